@@ -1,0 +1,420 @@
+#include "ExpFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <streambuf>
+#include <system_error>
+
+#include "ExpLogging.h"
+#include "ExpRuntimeRegistry.h"
+#include "ExpUtilities.h"
+#include "SchemaNames.h"
+
+namespace VELMAR {
+
+// --------------------------------------------------------------------------------------------------------- schemas
+
+const char* const ExpFile::SCHEMA_NAME_STEP_AP203 = "CONFIG_CONTROL_DESIGN";
+const char* const ExpFile::SCHEMA_NAME_STEP_AP203E2 =
+    "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF";
+const char* const ExpFile::SCHEMA_NAME_STEP_AP214 = "AUTOMOTIVE_DESIGN";
+const char* const ExpFile::SCHEMA_NAME_STEP_AP242 = "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM";
+const char* const ExpFile::SCHEMA_NAME_PLIB = "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA";
+const char* const ExpFile::SCHEMA_NAME_ISO13399 = "CUTTING_TOOL_SCHEMA_ARM";
+
+const SchemaNames* FindSchemaNames(Schema schema) {
+  static const SchemaNames kNames[] = {
+      {STEP_AP203,   ExpFile::SCHEMA_NAME_STEP_AP203,   "CONFIG_CONTROL_DESIGN"},
+      {STEP_AP203E2, ExpFile::SCHEMA_NAME_STEP_AP203E2, "AP203_E2"},
+      {STEP_AP214,   ExpFile::SCHEMA_NAME_STEP_AP214,   "AUTOMOTIVE_DESIGN"},
+      {STEP_AP242,   ExpFile::SCHEMA_NAME_STEP_AP242,   "AP242"},
+      {PLIB,         ExpFile::SCHEMA_NAME_PLIB,         "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA"},
+      {ISO13399,     ExpFile::SCHEMA_NAME_ISO13399,     "CUTTING_TOOL_SCHEMA_ARM"},
+  };
+  for (const SchemaNames& names : kNames) {
+    if (names.schema == schema) return &names;
+  }
+  return nullptr;
+}
+
+Schema SchemaLike(const std::string& name) {
+  enum Test { Is, Contains };
+  static constexpr struct {
+    Test test;
+    const char* text;
+    Schema schema;
+  } kTests[] = {
+      {Is,       "CONFIG_CONTROL_DESIGN", STEP_AP203},
+      {Is,       "CONFIG CONTROL DESIGN", STEP_AP203},
+      {Is,       "AP203",                 STEP_AP203},
+      {Is,       "AP203_E2",              STEP_AP203E2},
+      {Is,       "AP203 E2",              STEP_AP203E2},
+      {Contains, "AP203_CONFIGURATION",   STEP_AP203E2},
+      {Contains, "AP214",                 STEP_AP214},
+      {Contains, "AUTO",                  STEP_AP214},
+      {Contains, "242",                   STEP_AP242},
+      {Contains, "ISO13584",              PLIB},
+      {Contains, "ISO13399",              ISO13399},
+      {Contains, "CUTTING_TOOL",          ISO13399},
+  };
+  for (const auto& row : kTests) {
+    if (row.test == Is ? name == row.text : name.find(row.text) != std::string::npos) return row.schema;
+  }
+  return STEP_AP214;
+}
+
+std::string ExpFile::GetSchemaName() { return schemaName_; }
+Schema ExpFile::GetSchema() const { return schema_; }
+std::string ExpFile::GetEnforcedFactoryName() { return enforcedFactoryName_; }
+
+void ExpFile::SetSchema(Schema schema) {
+  const SchemaNames* names = FindSchemaNames(schema);
+  if (names == nullptr) throw descriptive_exception("ExpFile::SetSchema(): Unknown schema version!");
+  schemaName_ = names->canonicalName;
+  schema_ = schema;
+  enforcedFactoryName_ = ExpRuntimeRegistry::GetInstance()->EvalRegisteredSchema(schema);
+}
+
+void ExpFile::SetSchemaName(std::string name) {
+  name = ToUpperString(std::move(name));
+  SetSchema(SchemaLike(name));
+  ExpLogger::WriteLine("Input schema name: " + name + "  --  mapped schema name: " + name, ExpLogMessage);
+}
+
+// ------------------------------------------------------------------------------------------------------- lifecycle
+
+namespace {
+
+constexpr int kInitialSlots = 100000;
+
+}  // namespace
+
+ExpFile::ExpFile() : ExpFile(STEP_AP214) {}
+
+ExpFile::ExpFile(Schema schema) : ExpFile(schema, std::string()) {}
+
+ExpFile::ExpFile(Schema schema, const std::string& factoryName) : importer_(nullptr), schema_(STEP_AP214) {
+  try {
+    Init(schema, factoryName);
+  } catch (...) {
+    delete GetAdaptedAdmin();
+    delete importer_;
+    throw;
+  }
+}
+
+ExpFile::~ExpFile() {
+  try {
+    ClearEntityVector();
+  } catch (...) {  // an entity's destructor; the rest goes all the same
+  }
+  delete GetAdaptedAdmin();
+  delete importer_;
+}
+
+void ExpFile::Init(Schema schema, const std::string& factoryName) {
+  fileName_.clear();
+  DeleteEntities();
+  if (importer_ == nullptr) importer_ = new Part21Importer;
+  if (GetAdaptedAdmin() == nullptr) SetAdaptedAdmin(new ExpFlyweightAdministration(kInitialSlots));
+  SetSchema(schema);
+  if (!factoryName.empty()) enforcedFactoryName_ = factoryName;
+  DeleteEntities();
+}
+
+// ----------------------------------------------------------------------------------------------------------- store
+
+ExpEntity* ExpFile::GetEntity(int number) { return GetAdaptedAdmin()->GetEntity(number); }
+void ExpFile::AddEntity(int number, ExpEntity* entity) { GetAdaptedAdmin()->AddEntity(number, entity); }
+int ExpFile::CreateEntityNumber() { return GetAdaptedAdmin()->CreateEntityNumber(); }
+std::size_t ExpFile::GetEntityVectorSize() { return GetAdaptedAdmin()->GetEntityVectorSize(); }
+int ExpFile::GetMaxEntityNumber() { return GetAdaptedAdmin()->GetMaxEntityNumber(); }
+
+unsigned int ExpFile::GetAdminId() {
+  ExpAbstractObjectAdmin* store = GetAdaptedAdmin();
+  return store == nullptr ? static_cast<unsigned int>(-1) : store->GetAdminId();
+}
+
+void ExpFile::DeleteEntities() {
+  if (ExpAbstractObjectAdmin* store = GetAdaptedAdmin()) store->DeleteEntities();
+}
+
+void ExpFile::ClearEntityVector() {
+  if (ExpAbstractObjectAdmin* store = GetAdaptedAdmin()) store->ClearEntityVector();
+}
+
+void ExpFile::ResetEntityVector() {
+  if (ExpAbstractObjectAdmin* store = GetAdaptedAdmin()) store->ResetEntityVector();
+}
+
+// DeleteEntities, after which no slot leads to an entity that is gone and no header of before is left.
+void ExpFile::EmptyStore() {
+  DeleteEntities();
+  if (auto* store = dynamic_cast<ExpFlyweightAdministration*>(GetAdaptedAdmin())) store->ForgetEntities();
+}
+
+ExpEntity* ExpFile::CreateEntity(const std::string& entityName) {
+  ExpEntityRuntimeType* type = ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(
+      entityName, enforcedFactoryName_.empty() ? GetSchemaName() : enforcedFactoryName_);
+  return type == nullptr ? nullptr : type->CreateInstance(static_cast<int>(GetAdminId()));
+}
+
+void ExpFile::DumpEntity(int number, std::ostream& os) { DumpEntity(GetEntity(number), os); }
+
+void ExpFile::DumpEntity(ExpEntity* entity, std::ostream& os) {
+  WriteEncodingStart(os);
+  WriteHeaderSection(os);
+  os << "DATA;\n";
+  ExpAbstractObjectAdmin::DumpEntity(entity, os);
+  os << "ENDSEC;\n";
+  WriteEncodingEnd(os);
+}
+
+void ExpFile::Log(const std::string& message) { ExpLogger::Write(message, ExpLogMessage); }
+
+// --------------------------------------------------------------------------------------------------------- reading
+
+namespace {
+
+enum class Outcome { Done, Failed, FailedWithoutText };
+
+// Runs `action` and tells what became of it; `text` is that of the exception, if it has one.
+template <class Action>
+Outcome Attempt(Action action, std::string& text) {
+  try {
+    action();
+    return Outcome::Done;
+  } catch (const char* caught) {
+    text = caught;
+  } catch (const std::string& caught) {
+    text = caught;
+  } catch (const std::exception& caught) {
+    text = caught.what();
+  } catch (...) {
+    return Outcome::FailedWithoutText;
+  }
+  return Outcome::Failed;
+}
+
+// Opens a file for input; logs where that fails.
+bool Open(std::ifstream& file, const std::string& filename) {
+  std::error_code error;
+  if (!std::filesystem::is_directory(filename, error)) file.open(filename, std::ios::binary);
+  if (file.is_open()) return true;
+  ExpLogger::WriteLine("Error while opening file " + filename, ExpLogMessage);
+  return false;
+}
+
+}  // namespace
+
+// Runs `import`; an exception empties the store and is logged behind the text `failure`.
+template <class Import>
+void ExpFile::Guarded(const std::string& failure, Import import) {
+  std::string text;
+  const Outcome outcome = Attempt(import, text);
+  if (outcome == Outcome::Done) return;
+  EmptyStore();
+  ExpLogger::WriteLine(failure + (outcome == Outcome::Failed ? " " + text : "'\n   Unknown"), ExpLogException);
+}
+
+void ExpFile::Read(const std::string& filename) {
+  std::ifstream file;
+  if (!Open(file, filename)) return;
+  fileName_ = filename;
+  Read(file);
+}
+
+void ExpFile::Read(std::istream& is) {
+  static const std::string kFailure = "Error while reading from filestream";
+  EmptyStore();
+  Guarded(kFailure, [this, &is] {
+    ExpLogger::WriteLine("Reading from stream", ExpLogMessage);
+    importer_->ImportFromStream(&is, this, 0);
+  });
+}
+
+void ExpFile::Append(const std::string& filename) {
+  std::ifstream file;
+  if (Open(file, filename)) Append(file);
+}
+
+void ExpFile::Append(std::istream& is) {
+  static const std::string kFailure = "Error while appending from filestream";
+  const int offset = GetMaxEntityNumber();
+  Guarded(kFailure, [this, &is, offset] {
+    ExpLogger::WriteLine("Appending from stream", ExpLogMessage);
+    importer_->ImportFromStream(&is, this, offset, true);
+  });
+}
+
+// --------------------------------------------------------------------------------------------------------- writing
+
+namespace {
+
+std::string Now() {
+  char text[80];
+  const std::time_t now = std::time(nullptr);
+  return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::localtime(&now)));
+}
+
+// A default that has been stored is no longer missing.
+void ClearFlags(ExpAttribute& value) {
+  value.SetNotProvided(false);
+  value.SetOmitted(false);
+}
+
+// Stores `text` into the attribute of this name where it is empty: as its text, or as the one element of an aggregate.
+void FillIfEmpty(ExpEntity& entity, const std::string& attribute, const std::string& text) {
+  ExpAttribute* value = entity.GetMember(attribute);
+  if (text.empty()) return;
+  if (auto* string = dynamic_cast<ExpString*>(value)) {
+    if (!string->GetExpString().empty()) return;
+    string->SetExpString(text);
+    ClearFlags(*string);
+  } else if (auto* list = dynamic_cast<ExpAggregation*>(value)) {
+    if (list->NofElements() != 0) return;
+    list->AddValue(new ExpString(text));
+    ClearFlags(*list);
+  }
+}
+
+// One growing text.
+class TextBuffer : public std::streambuf {
+ public:
+  const std::string& Text() const { return text_; }
+
+ private:
+  int_type overflow(int_type character) override {
+    if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
+    text_ += traits_type::to_char_type(character);
+    return character;
+  }
+  std::streamsize xsputn(const char* text, std::streamsize length) override {
+    text_.append(text, static_cast<std::size_t>(length));
+    return length;
+  }
+
+  std::string text_;
+};
+
+// Writes and closes `file`. Throws the system's description of what fails.
+void WriteAndClose(std::FILE* file, const std::string& text) {
+  bool failed = std::fwrite(text.data(), 1, text.size(), file) != text.size();
+  int error = errno;
+  if (std::fclose(file) != 0 && !failed) {
+    failed = true;
+    error = errno;
+  }
+  if (failed) throw std::string(std::strerror(error));
+}
+
+// Makes `text` the contents of a file. What stands there before is replaced only once the new text is on the disk.
+// Nothing happens where the file cannot be opened for output.
+void WriteFile(const std::string& filename, const std::string& text) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const bool isThere = fs::exists(filename, error);
+  const bool isOrdinary = fs::is_regular_file(filename, error);
+  if (isOrdinary) {
+    std::FILE* file = std::fopen(filename.c_str(), "ab");
+    if (file == nullptr) return;
+    std::fclose(file);
+    const fs::path target = fs::canonical(filename, error);
+    const fs::path part = target.string() + ".part";
+    if (!fs::exists(part, error)) file = std::fopen(part.c_str(), "wb");
+    else file = nullptr;
+    if (file != nullptr) {
+      try {
+        WriteAndClose(file, text);
+        fs::permissions(part, fs::status(target).permissions());
+        fs::rename(part, target);
+      } catch (...) {
+        fs::remove(part, error);
+        throw;
+      }
+      return;
+    }
+  }
+  std::FILE* file = std::fopen(filename.c_str(), "wb");
+  if (file == nullptr) return;
+  try {
+    WriteAndClose(file, text);
+  } catch (...) {
+    if (!isThere) fs::remove(filename, error);
+    throw;
+  }
+}
+
+}  // namespace
+
+void ExpFile::WriteEncodingStart(std::ostream& os) { os << "ISO-10303-21;\n"; }
+void ExpFile::WriteEncodingEnd(std::ostream& os) { os << "END-ISO-10303-21;\n"; }
+
+ExpEntity* ExpFile::HeaderEntity(const std::string& typeName) {
+  std::list<ExpEntity*> entities;
+  GetEntities(entities, typeName, true);
+  return entities.empty() ? CreateEntity(typeName) : entities.front();
+}
+
+void ExpFile::WriteHeaderSection(std::ostream& os) {
+  ExpEntity* description = HeaderEntity("FILE_DESCRIPTION");
+  ExpEntity* name = HeaderEntity("FILE_NAME");
+  ExpEntity* schema = HeaderEntity("FILE_SCHEMA");
+
+  // A path is no Part 21 text yet: its apostrophes are doubled, to be single again in the value.
+  FillIfEmpty(*name, "name", ReplaceString(ReplaceString(fileName_, "\\", "/"), "'", "''"));
+  FillIfEmpty(*name, "time_stamp", Now());
+  FillIfEmpty(*name, "author", "Unknown");
+  FillIfEmpty(*name, "organization", "Unknown");
+  FillIfEmpty(*name, "preprocessor_version", "Korvane 3.1.1.0");
+  FillIfEmpty(*name, "originating_system", "Korvane");
+  FillIfEmpty(*name, "authorization", "Unknown");
+  FillIfEmpty(*description, "description", "STEP");
+  FillIfEmpty(*description, "implementation_level", "1");
+  FillIfEmpty(*schema, "schema_identifiers", GetSchemaName());
+
+  os << "HEADER;\n";
+  for (ExpEntity* entity : {description, name, schema}) os << entity->ToString() << '\n';
+  os << "ENDSEC;\n\n";
+}
+
+void ExpFile::WriteDataSection(std::ostream& os) {
+  os << "DATA;\n";
+  GetAdaptedAdmin()->Write(os);
+  os << "ENDSEC;\n";
+}
+
+void ExpFile::Write(std::ostream& os) {
+  WriteEncodingStart(os);
+  WriteHeaderSection(os);
+  WriteDataSection(os);
+  WriteEncodingEnd(os);
+}
+
+void ExpFile::Write(const std::string& filename) {
+  static const std::string kFailure = "Error while writing file";
+  std::string text;
+  const Outcome outcome = Attempt(
+      [this, &filename] {
+        ExpLogger::WriteLine("Write file: " + filename, ExpLogMessage);
+        TextBuffer buffer;
+        std::ostream stream(&buffer);
+        stream.exceptions(std::ios::badbit | std::ios::failbit);
+        WriteEncodingStart(stream);
+        WriteHeaderSection(stream);
+        WriteDataSection(stream);
+        WriteEncodingEnd(stream);
+        WriteFile(filename, buffer.Text());
+      },
+      text);
+  if (outcome == Outcome::Done) return;
+  if (outcome == Outcome::FailedWithoutText) text = "Unknown";
+  ExpLogger::WriteLine(kFailure + " '" + filename + "'\n   " + text, ExpLogException);
+}
+
+}  // namespace VELMAR

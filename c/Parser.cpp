@@ -1,0 +1,595 @@
+#include "Parser.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <limits>
+#include <list>
+#include <system_error>
+#include <utility>
+
+#include "ExpLogging.h"
+
+namespace VELMAR {
+
+// ---------------------------------------------------------------------------------------------------------- Errors
+
+namespace {
+
+constexpr const char* kSyntaxErrors[] = {
+    /*  0 */ "EOF expected",
+    /*  1 */ "INTEGER expected",
+    /*  2 */ "REAL expected",
+    /*  3 */ "ENTITYINSTANCENAME expected",
+    /*  4 */ "STRING expected",
+    /*  5 */ "BINARY expected",
+    /*  6 */ "IDENT expected",
+    /*  7 */ "HEADER expected",
+    /*  8 */ "DATA expected",
+    /*  9 */ "ENDSEC expected",
+    /* 10 */ "\"ISO-10303-21;\" expected",
+    /* 11 */ "\"END-ISO-10303-21;\" expected",
+    /* 12 */ "\";\" expected",
+    /* 13 */ "\"!\" expected",
+    /* 14 */ "\",\" expected",
+    /* 15 */ "\"(\" expected",
+    /* 16 */ "\")\" expected",
+    /* 17 */ "\"$\" expected",
+    /* 18 */ "\".\" expected",
+    /* 19 */ "\"*\" expected",
+    /* 20 */ "\"=\" expected",
+    /* 21 */ "\"&SCOPE\" expected",
+    /* 22 */ "\"ENDSCOPE\" expected",
+    /* 23 */ "\"/\" expected",
+    /* 24 */ "??? expected",
+    /* 25 */ "this symbol not expected in headerEntity",
+    /* 26 */ "invalid keyword",
+    /* 27 */ "invalid parameterArg",
+    /* 28 */ "invalid untypedParameterArg",
+    /* 29 */ "invalid parameterExpAggr",
+    /* 30 */ "invalid untypedParameterExpAggr",
+    /* 31 */ "invalid parameterExpAggrSelect",
+    /* 32 */ "invalid untypedParameterExpAggrSelect",
+    /* 33 */ "invalid parameter",
+    /* 34 */ "invalid untypedParameter",
+    /* 35 */ "invalid entityInstance",
+    /* 36 */ "this symbol not expected in entityInstance",
+};
+
+enum SyntaxError {
+  kNotInHeaderEntity = 25,
+  kInvalidKeyword = 26,
+  kInvalidParameter = 27,         // and every second number from here on, by family
+  kInvalidUntypedParameter = 28,  // the same
+  kInvalidEntityInstance = 35,
+  kNotInEntityInstance = 36,
+};
+
+void WritePlaced(int line, int col, const std::string& message) {
+  ExpLogger::WriteLine("-- line " + std::to_string(line) + " col " + std::to_string(col) + ": " + message,
+                       ExpLogMessage);
+}
+
+std::string Narrow(const wchar_t* text) {
+  std::string narrow;
+  for (; *text != L'\0'; ++text) narrow += static_cast<char>(*text);
+  return narrow;
+}
+
+}  // namespace
+
+Errors::Errors() : count(0) {}
+
+void Errors::SynErr(int line, int col, int n) {
+  constexpr int kMessages = sizeof kSyntaxErrors / sizeof *kSyntaxErrors;
+  WritePlaced(line, col, n >= 0 && n < kMessages ? kSyntaxErrors[n] : "error " + std::to_string(n));
+  ++count;
+}
+
+void Errors::Error(int line, int col, const wchar_t* s) {
+  WritePlaced(line, col, Narrow(s));
+  ++count;
+}
+
+void Errors::Warning(int line, int col, const wchar_t* s) { WritePlaced(line, col, Narrow(s)); }
+void Errors::Warning(const wchar_t* s) { ExpLogger::WriteLine(Narrow(s), ExpLogMessage); }
+
+void Errors::Exception(const wchar_t* s) {
+  ExpLogger::WriteLine(Narrow(s), ExpLogMessage);
+  std::exit(1);
+}
+
+// -------------------------------------------------------------------------------------------------- Parser: tokens
+
+namespace {
+
+constexpr int kMinErrDist = 2;
+
+constexpr unsigned int Bits() { return 0; }
+template <class... Kinds>
+constexpr unsigned int Bits(int kind, Kinds... kinds) {
+  return 1u << kind | Bits(kinds...);
+}
+
+enum StartSet { kEndsInstance, kStartsParameter, kStartsUntypedParameter };
+
+constexpr unsigned int kStartSets[] = {
+    Bits(Token::EoF, Token::Semicolon),
+    Bits(Token::Integer, Token::Real, Token::EntityInstanceName, Token::String, Token::Binary, Token::Ident,
+         Token::Exclamation, Token::LeftParenthesis, Token::Dollar, Token::Point, Token::Asterisk),
+    Bits(Token::Integer, Token::Real, Token::EntityInstanceName, Token::String, Token::Binary, Token::LeftParenthesis,
+         Token::Dollar, Token::Point),
+};
+
+// As strtol, base 10: numbers out of range become the nearest that there is.
+long LongOf(const char* begin, const char* end) {
+  const char* digits = *begin == '+' ? begin + 1 : begin;
+  long value = 0;
+  if (std::from_chars(digits, end, value).ec == std::errc::result_out_of_range) {
+    value = *begin == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
+  }
+  return value;
+}
+
+// The lower 32 bits of the number.
+int IntegerOf(const char* begin, const char* end) { return static_cast<int>(LongOf(begin, end)); }
+
+// As strtod: what is too large becomes infinite, what is too small zero.
+double RealOf(const char* begin, const char* end) {
+  const char* number = *begin == '+' ? begin + 1 : begin;
+  double value = 0;
+  if (std::from_chars(number, end, value).ec != std::errc::result_out_of_range) return value;
+  // Not zero, and out of range in the direction that the place of the first significant digit and the exponent tell.
+  const char* mantissaEnd = std::find_if(number, end, [](char c) { return c == 'E' || c == 'e'; });
+  const long exponent = mantissaEnd == end ? 0 : LongOf(mantissaEnd + 1, end);
+  const char* point = std::find(number, mantissaEnd, '.');
+  const char* first = std::find_if(number, mantissaEnd, [](char c) { return c >= '1' && c <= '9'; });
+  const long place = first < point ? point - first : point - first + 1;
+  value = exponent > -place ? std::numeric_limits<double>::infinity() : 0.0;
+  return *begin == '-' ? -value : value;
+}
+
+// Appends a new element to an aggregate and returns it; null without an aggregate.
+template <class Value, class... Arguments>
+Value* AddElement(ExpAttribute* aggregate, Arguments&&... arguments) {
+  if (aggregate == nullptr) return nullptr;
+  auto value = std::make_unique<Value>(std::forward<Arguments>(arguments)...);
+  aggregate->AddValue(value.get());
+  return value.release();
+}
+
+int Sum(int number, int offset) {
+  return static_cast<int>(static_cast<unsigned int>(number) + static_cast<unsigned int>(offset));
+}
+
+}  // namespace
+
+Parser::Parser(Scanner* scanner)
+    : scanner_(scanner),
+      errors_(new Errors),
+      errDist_(kMinErrDist),
+      t_(nullptr),
+      la_(nullptr),
+      provider_(nullptr),
+      skipHeader_(false),
+      offset_(0),
+      currentNumber_(0) {
+  scanner_->KeepSupplementaryCharacters();
+}
+
+Parser::~Parser() { delete errors_; }
+
+void Parser::Parse() {
+  dummy_.text = "Dummy Token";
+  dummy_.length = 11;
+  t_ = la_ = &dummy_;
+  Get();
+  Part21();
+  Expect(Token::EoF);
+}
+
+inline void Parser::Get() {
+  t_ = la_;
+  la_ = scanner_->ScanLexeme();
+  ++errDist_;
+}
+
+inline void Parser::Expect(int n) {
+  if (la_->kind == n) {
+    Get();
+  } else {
+    SynErr(n);
+  }
+}
+
+inline bool Parser::StartOf(int s) const { return (kStartSets[s] >> la_->kind & 1) != 0; }
+
+void Parser::SynErr(int n) {
+  if (errDist_ >= kMinErrDist) errors_->SynErr(la_->line, la_->col, n);
+  errDist_ = 0;
+}
+
+void Parser::SemErr(const wchar_t* msg) {
+  if (errDist_ >= kMinErrDist) errors_->Error(t_->line, t_->col, msg);
+  errDist_ = 0;
+}
+
+void Parser::ExpectWeak(int n, int follow) {
+  if (la_->kind == n) {
+    Get();
+    return;
+  }
+  SynErr(n);
+  while (!StartOf(follow) && la_->kind != Token::EoF) Get();
+}
+
+bool Parser::WeakSeparator(int n, int syFol, int repFol) {
+  if (la_->kind == n) {
+    Get();
+    return true;
+  }
+  if (StartOf(repFol)) return false;
+  SynErr(n);
+  while (!StartOf(syFol) && !StartOf(repFol) && !StartOf(kEndsInstance)) Get();
+  return StartOf(syFol);
+}
+
+// --------------------------------------------------------------------------------------------- Parser: productions
+
+// Part21 = "ISO-10303-21;" headerSection dataSection "END-ISO-10303-21;" .
+void Parser::Part21() {
+  schemaName_.clear();
+  Expect(Token::Iso10303_21);
+  headerSection();
+  if (!skipHeader_) SelectSchema();
+  skipHeader_ = false;
+  dataSection();
+  Expect(Token::EndIso10303_21);
+}
+
+// headerSection = HEADER [ headerEntityList ] ENDSEC .
+void Parser::headerSection() {
+  const bool isThere = la_->kind == Token::Header;
+  Expect(Token::Header);
+  const int begin = la_->pos;
+  if (StartsRecord()) headerEntityList();
+  const int end = t_->pos + 1;
+  Expect(Token::EndSec);
+  if (!isThere) return;
+  wchar_t* text = scanner_->GetString(begin, end);
+  headerText_ = std::string();
+  for (const wchar_t* c = text; *c != L'\0'; ++c) headerText_ += static_cast<char>(*c);
+  coco_string_delete(text);
+}
+
+// headerEntityList = headerEntity { headerEntity } .
+void Parser::headerEntityList() {
+  headerEntity();
+  while (StartsRecord()) headerEntity();
+}
+
+// headerEntity = simpleRecord ";" .
+void Parser::headerEntity() {
+  ExpEntity* entity = nullptr;
+  simpleRecord(entity, false, recordName_);
+  while (!StartOf(kEndsInstance)) {
+    SynErr(kNotInHeaderEntity);
+    Get();
+  }
+  Expect(Token::Semicolon);
+}
+
+// The schema of the provider is the first that the header names.
+void Parser::SelectSchema() {
+  std::list<ExpEntity*> entities;
+  provider_->GetEntities(entities, "FILE_SCHEMA", false);
+  entities.remove(nullptr);
+  if (!entities.empty()) {
+    auto* identifiers = dynamic_cast<ExpAggregation*>(entities.front()->GetMember("schema_identifiers"));
+    if (identifiers != nullptr && identifiers->NofElements() != 0) {
+      auto* first = dynamic_cast<ExpString*>(identifiers->GetExpAggregation()->front());
+      if (first != nullptr) schemaName_ = first->GetExpString();
+    }
+  }
+  provider_->SetSchemaName(schemaName_);
+}
+
+// dataSection = DATA entityInstanceList ENDSEC .
+void Parser::dataSection() {
+  Expect(Token::Data);
+  entityInstanceList();
+  Expect(Token::EndSec);
+}
+
+// entityInstanceList = entityInstance { entityInstance } .
+// entityInstance     = ENTITYINSTANCENAME "=" [ scope ] ( simpleRecord | subSuperRecord ) ";" .
+// scope              = "&SCOPE" entityInstanceList "ENDSCOPE" [ exportList ] .
+//
+// Scopes may be nested to any depth, so the instances whose scopes are open are kept in a list of our own.
+void Parser::entityInstanceList() {
+  struct Instance {
+    bool isNamed;
+    int number;
+  };
+  std::vector<Instance> open;
+  for (;;) {
+    Instance instance{};
+    instance.isNamed = entityInstanceName(instance.number);
+    Expect(Token::Equals);
+    if (la_->kind == Token::Scope) {
+      Get();
+      open.push_back(instance);
+      continue;
+    }
+    entityInstance(instance.isNamed, instance.number);
+    while (la_->kind != Token::EntityInstanceName) {
+      if (open.empty()) return;
+      Expect(Token::EndScope);
+      if (la_->kind == Token::Slash) exportList();
+      instance = open.back();
+      open.pop_back();
+      entityInstance(instance.isNamed, instance.number);
+    }
+  }
+}
+
+bool Parser::entityInstanceName(int& number) {
+  const bool isNamed = la_->kind == Token::EntityInstanceName;
+  Expect(Token::EntityInstanceName);
+  if (isNamed) number = Sum(IntegerOf(t_->text + 1, t_->text + t_->length), offset_);
+  return isNamed;
+}
+
+// What follows the instance name, "=" and the scope.
+void Parser::entityInstance(bool isNamed, int number) {
+  currentNumber_ = number;
+  ExpEntity* entity = nullptr;
+  recordName_.clear();
+  if (StartsRecord()) {
+    simpleRecord(entity, false, recordName_);
+  } else if (la_->kind == Token::LeftParenthesis) {
+    subSuperRecord(entity, recordName_);
+  } else {
+    SynErr(kInvalidEntityInstance);
+  }
+  while (!StartOf(kEndsInstance)) {
+    SynErr(kNotInEntityInstance);
+    Get();
+  }
+  Expect(Token::Semicolon);
+  if (entity != nullptr && isNamed) {
+    entity->SetEntityNumber(number);
+    provider_->AddEntity(number, entity);
+  } else {
+    Note(number, recordName_ + " ... entity creation failed\n");
+  }
+}
+
+// exportList = "/" ENTITYINSTANCENAME { "," ENTITYINSTANCENAME } "/" .
+void Parser::exportList() {
+  Expect(Token::Slash);
+  Expect(Token::EntityInstanceName);
+  while (la_->kind == Token::Comma) {
+    Get();
+    Expect(Token::EntityInstanceName);
+  }
+  Expect(Token::Slash);
+}
+
+// simpleRecord = keyword "(" [ entityParameterList ] ")" .
+void Parser::simpleRecord(ExpEntity*& entity, bool inComplex, std::string& name) {
+  keyword(name);
+  if (!skipHeader_) entity = Create(name);
+  bool ok = true;
+  try {
+    Expect(Token::LeftParenthesis);
+    if (StartOf(kStartsParameter)) entityParameterList(entity, inComplex, ok);
+    Expect(Token::RightParenthesis);
+  } catch (...) {  // an attribute rejects its value: the rest of the record is given up
+    levels_.clear();
+  }
+  if (!ok && entity != nullptr) {
+    Note(currentNumber_, entity->GetExpClassName() + " ... reading param list failed\n");
+  }
+}
+
+// subSuperRecord = "(" subSuperSimpleRecordList ")" .
+void Parser::subSuperRecord(ExpEntity*& entity, std::string& name) {
+  name = "ExpExternalMappingEntity";
+  auto* complex = dynamic_cast<ExpExternalMappingEntity*>(Create(name));
+  entity = complex;
+  Expect(Token::LeftParenthesis);
+  subSuperSimpleRecordList(complex);
+  Expect(Token::RightParenthesis);
+}
+
+// subSuperSimpleRecordList = simpleRecord { simpleRecord } .
+void Parser::subSuperSimpleRecordList(ExpExternalMappingEntity* complex) {
+  do {
+    ExpEntity* part = nullptr;
+    simpleRecord(part, true, partName_);
+    if (complex != nullptr) complex->AddEntity(part);
+  } while (StartsRecord());
+}
+
+// keyword             = userDefinedKeyword | standardKeyword .
+// userDefinedKeyword  = "!" standardKeyword .
+// standardKeyword     = IDENT .
+void Parser::keyword(std::string& name) {
+  name.clear();
+  if (!StartsRecord()) {
+    SynErr(kInvalidKeyword);
+    return;
+  }
+  if (la_->kind == Token::Exclamation) Get();
+  if (la_->kind == Token::Ident) name.assign(la_->text, la_->length);
+  Expect(Token::Ident);
+}
+
+// entityParameterList = parameterArg { "," parameterArg } .
+void Parser::entityParameterList(ExpEntity* entity, bool inComplex, bool& ok) {
+  int index = 0;
+  int end = 0;
+  ok = true;
+  if (entity != nullptr) {
+    index = inComplex ? entity->GetExternalMappingStartIndex() : 0;
+    end = entity->GetNofExplicitMembers();
+  }
+  for (bool more = true; more;) {
+    ExpAttribute* target = nullptr;
+    if (entity != nullptr) {
+      if (index < end) {
+        target = entity->GetMember(index++);
+      } else {
+        ok = false;
+      }
+    }
+    parameter(Family::Arg, target);
+    more = la_->kind == Token::Comma;
+    if (more) Get();
+  }
+}
+
+// parameter         = typedParameter | untypedParameter | omittedParameter .
+// typedParameter    = keyword "(" parameter ")" .
+// list              = "(" [ parameter { "," parameter } ] ")" .
+// omittedParameter  = "*" .
+//
+// The productions of all four families: parameterArg, parameterExpAggr, parameterExpAggrSelect and parameter. Lists and
+// typed parameters may be nested to any depth, so those that are open are kept in levels_.
+void Parser::parameter(Family family, ExpAttribute* target) {
+  for (;;) {
+    bool isComplete = true;
+    if (StartsRecord()) {
+      beginTypedParameter(family, target);
+      isComplete = false;
+    } else if (la_->kind == Token::LeftParenthesis) {
+      beginList(family, target);
+      isComplete = !StartOf(kStartsParameter);
+      if (isComplete) endLevel();
+    } else if (StartOf(kStartsUntypedParameter)) {
+      untypedParameter(family, target);
+    } else if (la_->kind == Token::Asterisk) {
+      Get();
+      if (family == Family::Arg && target != nullptr) target->SetOmitted(true);
+    } else {
+      SynErr(kInvalidParameter + 2 * static_cast<int>(family));
+    }
+    while (isComplete) {
+      if (levels_.empty()) return;
+      isComplete = !levels_.back().isList || la_->kind != Token::Comma;
+      if (isComplete) {
+        endLevel();
+      } else {
+        Get();
+      }
+    }
+    family = levels_.back().family;
+    target = levels_.back().target;
+  }
+}
+
+void Parser::beginTypedParameter(Family family, ExpAttribute* target) {
+  keyword(text_);
+  Level level{false, family, target, nullptr};
+  if (family == Family::ExpAggr) {
+    level.family = Family::ExpAggrSelect;
+    if (target != nullptr) {
+      level.made = std::make_unique<ExpSelect>();
+      level.target = level.made.get();
+    }
+  }
+  if (level.target != nullptr) level.target->AddExpSelectTypeName(text_);
+  Expect(Token::LeftParenthesis);
+  levels_.push_back(std::move(level));
+}
+
+void Parser::beginList(Family family, ExpAttribute* target) {
+  Get();
+  switch (family) {
+    case Family::Arg:
+      levels_.push_back({true, Family::ExpAggr, target, nullptr});
+      break;
+    case Family::ExpAggr:
+      levels_.push_back({true, Family::ExpAggr, AddElement<ExpAggregation>(target), nullptr});
+      break;
+    case Family::ExpAggrSelect:
+    case Family::Value:
+      levels_.push_back({true, Family::Value, nullptr, nullptr});
+      break;
+  }
+}
+
+void Parser::endLevel() {
+  Expect(Token::RightParenthesis);
+  std::unique_ptr<ExpSelect> made = std::move(levels_.back().made);
+  levels_.pop_back();
+  if (made == nullptr) return;
+  levels_.back().target->AddValue(made.get());
+  made.release();
+}
+
+// untypedParameter  = INTEGER | REAL | ENTITYINSTANCENAME | STRING | BINARY | "$" | enumeration | list .
+void Parser::untypedParameter(Family family, ExpAttribute* target) {
+  if (la_->kind == Token::Point) {
+    enumeration(family, target);
+    return;
+  }
+  Get();
+  if (target == nullptr) return;
+  const bool isElement = family == Family::ExpAggr;
+  const char* const begin = t_->text;
+  const char* const end = begin + t_->length;
+  switch (t_->kind) {
+    case Token::Integer: {
+      const int value = IntegerOf(begin, end);
+      isElement ? (void)AddElement<ExpInteger>(target, value) : target->SetExpInteger(value);
+      break;
+    }
+    case Token::Real: {
+      const double value = RealOf(begin, end);
+      isElement ? (void)AddElement<ExpReal>(target, value) : target->SetExpReal(value);
+      break;
+    }
+    case Token::EntityInstanceName: {
+      const int number = Sum(IntegerOf(begin + 1, end), offset_);
+      isElement ? (void)AddElement<ExpLink>(target, number) : target->SetExpLink(number);
+      break;
+    }
+    case Token::String: {
+      std::string body(begin + 1, end - 1);
+      isElement ? (void)AddElement<ExpString>(target, std::move(body)) : target->SetExpString(std::move(body));
+      break;
+    }
+    case Token::Dollar:
+      if (!isElement) target->SetNotProvided(true);
+      break;
+    default:  // a BINARY is passed over
+      break;
+  }
+}
+
+// enumeration       = "." IDENT "." .
+void Parser::enumeration(Family family, ExpAttribute* target) {
+  Expect(Token::Point);
+  text_.assign(la_->text, la_->length);
+  const bool isNamed = la_->kind == Token::Ident;
+  Expect(Token::Ident);
+  Expect(Token::Point);
+  if (isNamed && family == Family::Arg && target != nullptr) target->SetExpEnumeration(text_);
+}
+
+bool Parser::StartsRecord() const { return la_->kind == Token::Ident || la_->kind == Token::Exclamation; }
+
+// Null where the provider fails, too: the record is read all the same.
+ExpEntity* Parser::Create(const std::string& typeName) {
+  try {
+    return provider_->CreateEntity(typeName);
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+void Parser::Note(int number, const std::string& text) { notes_ += "#" + std::to_string(number) + " = " + text; }
+
+}  // namespace VELMAR

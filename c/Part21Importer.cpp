@@ -1,0 +1,72 @@
+#include "Part21Importer.h"
+
+#include <limits>
+#include <memory>
+#include <stdexcept>
+
+#include "ExpFile.h"
+#include "Parser.h"
+#include "Scanner.h"
+
+namespace VELMAR {
+
+Part21Importer::Part21Importer() : parser_(nullptr) {}
+Part21Importer::~Part21Importer() = default;
+
+void Part21Importer::Import(Scanner& scanner, ExpAbstractObjectProvider* provider, int offset, bool skipHeader) {
+  Parser parser(&scanner);
+  parser.SetProvider(provider);
+  parser.SetInstanceNumberOffset(offset);
+  parser.SetSkipHeader(skipHeader);
+  parser_ = &parser;
+  try {
+    parser.Parse();
+  } catch (...) {
+    parser_ = nullptr;
+    throw;
+  }
+  parser_ = nullptr;
+}
+
+void Part21Importer::ImportFromFile(std::string fileName, ExpAbstractObjectProvider* provider, int offset) {
+  // One character per byte, so that any name can be opened.
+  wchar_t* wideName = coco_string_create(fileName.c_str());
+  Scanner scanner(wideName);
+  coco_string_delete(wideName);
+  Import(scanner, provider, offset, false);
+}
+
+void Part21Importer::ImportFromStream(FILE* stream, ExpAbstractObjectProvider* provider, int offset) {
+  Scanner scanner(stream);
+  Import(scanner, provider, offset, false);
+}
+
+void Part21Importer::ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset) {
+  ImportFromStream(stream, provider, offset, false);
+}
+
+void Part21Importer::ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset,
+                                      bool skipHeader) {
+  if (stream == nullptr || stream->fail()) return;
+  stream->seekg(0, std::ios::end);
+  const std::streamoff length = stream->tellg();
+  stream->seekg(0, std::ios::beg);
+  if (length <= 0) return;
+  constexpr std::streamoff kMaxLength = std::numeric_limits<int>::max() - 1;
+  if (length > kMaxLength) {
+    throw std::length_error("the input is longer than " + std::to_string(kMaxLength) + " bytes");
+  }
+  // Not make_unique: it would write zeros over the block first.
+  std::unique_ptr<unsigned char[]> block(new unsigned char[static_cast<std::size_t>(length) + 1]);
+  stream->read(reinterpret_cast<char*>(block.get()), length);
+  Scanner scanner(std::move(block), static_cast<int>(stream->gcount()));
+  Import(scanner, provider, offset, skipHeader);
+}
+
+ExpFile* Part21Importer::ImportFromFile(std::string fileName) {
+  auto file = std::make_unique<ExpFile>();
+  file->Read(fileName);
+  return file.release();
+}
+
+}  // namespace VELMAR

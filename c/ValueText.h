@@ -1,0 +1,29 @@
+/// @file ValueText.h
+/// Prints attribute values behind each other into one text, for the library's own use.
+#pragma once
+
+#include <string>
+
+namespace VELMAR {
+
+class ExpAttribute;
+class ExpEntity;
+
+/// The Part 21 form of values, appended to a text: what ExpAttribute::ToString gives, without a string per value.
+///
+/// A value whose class is one of the library's own is printed in place; every other goes through its ToString, so that
+/// overrides count. Aggregates may be nested to any depth.
+class ValueText {
+ public:
+  /// Appends value.ToString(); `$` for null.
+  static void Append(std::string& out, ExpAttribute* value);
+  /// Appends the members `begin` to `end` - 1 of an entity, separated by ", ".
+  static void AppendMembers(std::string& out, ExpEntity& entity, int begin, int end);
+  static void AppendInteger(std::string& out, int value);
+  /// Appends the form of ExpReal without flags.
+  static void AppendReal(std::string& out, double value);
+  /// Appends `*` or `$` where a flag of the value says so, and tells whether it did.
+  static bool AppendMarker(std::string& out, const ExpAttribute& value);
+};
+
+}  // namespace VELMAR

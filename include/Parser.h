@@ -1,0 +1,128 @@
+/// @file Parser.h
+/// The parser of Part 21 files and the reporting of syntax errors.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Scanner.h"
+#include "VelmarApi.h"
+#include "VelmarClasses.h"
+
+namespace VELMAR {
+
+/// Writes syntax errors to the log, as "-- line 3 col 7: message", and counts them.
+class VELMAR_API Errors {
+ public:
+  int count;  ///< errors reported so far; warnings do not count
+
+  Errors();
+  /// Reports the error of a number: 0 to 24 for a token that is missing, 25 to 36 for what a production cannot start with.
+  void SynErr(int line, int col, int n);
+  void Error(int line, int col, const wchar_t* s);
+  void Warning(int line, int col, const wchar_t* s);
+  void Warning(const wchar_t* s);
+  /// Logs the message and ends the process with exit status 1.
+  void Exception(const wchar_t* s);
+};
+
+/// Reads the tokens of one Part 21 file into an object provider: a recursive-descent parser of ISO 10303-21's exchange
+/// structure with one token of look-ahead.
+///
+/// Every instance is created by the provider, filled through its members, numbered and added; references stay numbers.
+/// Syntax errors are reported and parsing goes on behind the next semicolon. Records that a provider cannot create are
+/// read and dropped. A parser reads one scanner to its end, once.
+class VELMAR_API Parser {
+ public:
+  /// Reads from `scanner`, which is not owned.
+  explicit Parser(Scanner* scanner);
+  ~Parser();
+  Parser(const Parser&) = delete;
+  Parser& operator=(const Parser&) = delete;
+
+  /// Where entities are created and added; must be set before Parse, and is not owned.
+  void SetProvider(ExpAbstractObjectProvider* provider) { provider_ = provider; }
+  /// Added to every instance number and reference.
+  void SetInstanceNumberOffset(int offset) { offset_ = offset; }
+  /// Whether header records are read without creating entities and without choosing the schema.
+  void SetSkipHeader(bool skipHeader) { skipHeader_ = skipHeader; }
+
+  /// Reads the file. Throws std::bad_array_new_length for a header section without any record, and lets the errors of
+  /// the provider's AddEntity through.
+  void Parse();
+
+  /// The errors reported so far.
+  const Errors& GetErrors() const { return *errors_; }
+  /// A line for every record that became no entity or had more parameters than its type has attributes.
+  const std::string& GetNotes() const { return notes_; }
+
+  // Tokens.
+  void Get();
+  void Expect(int n);
+  void ExpectWeak(int n, int follow);
+  bool WeakSeparator(int n, int syFol, int repFol);
+  bool StartOf(int s) const;
+  void SynErr(int n);
+  void SemErr(const wchar_t* msg);
+
+ private:
+  using Lexeme = Scanner::Lexeme;
+  // The productions of parameters come in four families with one grammar. They differ in where a value goes: into an
+  // attribute; into an aggregate, as a further element; into a select that is an element; nowhere.
+  enum class Family { Arg, ExpAggr, ExpAggrSelect, Value };
+  // A list or a typed parameter that has been begun: where the values in its parentheses go.
+  struct Level {
+    bool isList;
+    Family family;
+    ExpAttribute* target;
+    std::unique_ptr<ExpSelect> made;  // a typed element, which goes to the aggregate below once it is complete
+  };
+
+  // The productions, in the order of the grammar.
+  void Part21();
+  void headerSection();
+  void headerEntityList();
+  void headerEntity();
+  void dataSection();
+  void entityInstanceList();
+  bool entityInstanceName(int& number);
+  void entityInstance(bool isNamed, int number);
+  void exportList();
+  void simpleRecord(ExpEntity*& entity, bool inComplex, std::string& name);
+  void subSuperRecord(ExpEntity*& entity, std::string& name);
+  void subSuperSimpleRecordList(ExpExternalMappingEntity* complex);
+  void keyword(std::string& name);
+  void entityParameterList(ExpEntity* entity, bool inComplex, bool& ok);
+  void parameter(Family family, ExpAttribute* target);
+  void beginTypedParameter(Family family, ExpAttribute* target);
+  void beginList(Family family, ExpAttribute* target);
+  void endLevel();
+  void untypedParameter(Family family, ExpAttribute* target);
+  void enumeration(Family family, ExpAttribute* target);
+
+  bool StartsRecord() const;
+  void SelectSchema();
+  ExpEntity* Create(const std::string& typeName);
+  void Note(int number, const std::string& text);
+
+  Scanner* scanner_;
+  Errors* errors_;
+  int errDist_;
+  Lexeme dummy_;
+  const Lexeme* t_;   // the token just consumed
+  const Lexeme* la_;  // the look-ahead token
+  std::string notes_;
+  ExpAbstractObjectProvider* provider_;
+  bool skipHeader_;
+  int offset_;
+  int currentNumber_;
+  std::string headerText_;
+  std::string schemaName_;
+  std::vector<Level> levels_;
+  std::string recordName_;
+  std::string partName_;
+  std::string text_;
+};
+
+}  // namespace VELMAR

@@ -1,0 +1,49 @@
+/// @file Part21Importer.h
+/// Reads Part 21 files and streams into an object provider.
+#pragma once
+
+#include <cstdio>
+#include <istream>
+#include <string>
+
+#include "VelmarApi.h"
+
+namespace VELMAR {
+
+class ExpAbstractObjectProvider;
+class ExpFile;
+class Parser;
+class Scanner;
+
+/// Reads one exchange structure per call into a provider, which creates and keeps the entities.
+///
+/// `offset` is added to every instance number and every reference of the input, so that a second file can be put behind
+/// the instances of a first. Syntax errors are logged and do not stop the import. An importer may be used again and
+/// again, by one thread at a time.
+class VELMAR_API Part21Importer {
+ public:
+  Part21Importer();
+  virtual ~Part21Importer();
+  Part21Importer(const Part21Importer&) = delete;
+  Part21Importer& operator=(const Part21Importer&) = delete;
+
+  /// Reads a file by its name. Ends the process with a message where it cannot be opened; ExpFile::Read does not.
+  virtual void ImportFromFile(std::string fileName, ExpAbstractObjectProvider* provider, int offset);
+  /// Reads an open stream, which need not be seekable and stays open.
+  virtual void ImportFromStream(FILE* stream, ExpAbstractObjectProvider* provider, int offset);
+  /// As below, with the header.
+  virtual void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset);
+  /// Reads a seekable stream of at most 2^31 - 1 bytes as a whole; throws std::length_error for a longer one. Does
+  /// nothing for null, a failed or an empty stream. With `skipHeader` no header entities are created and the schema of
+  /// the provider stays.
+  virtual void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset, bool skipHeader);
+  /// A new ExpFile, owned by the caller, that has read the file.
+  virtual ExpFile* ImportFromFile(std::string fileName);
+
+ private:
+  void Import(Scanner& scanner, ExpAbstractObjectProvider* provider, int offset, bool skipHeader);
+
+  Parser* parser_;
+};
+
+}  // namespace VELMAR
