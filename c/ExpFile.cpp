@@ -1,5 +1,6 @@
 #include "ExpFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -283,28 +284,38 @@ void FillIfEmpty(ExpEntity& entity, const std::string& attribute, const std::str
   }
 }
 
-// One growing text.
+// A growing text, in blocks that are never moved.
 class TextBuffer : public std::streambuf {
  public:
-  const std::string& Text() const { return text_; }
+  const std::vector<std::string>& Blocks() const { return blocks_; }
 
  private:
+  static constexpr std::size_t kBlockSize = 1 << 20;
+
   int_type overflow(int_type character) override {
     if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
-    text_ += traits_type::to_char_type(character);
+    const char text = traits_type::to_char_type(character);
+    xsputn(&text, 1);
     return character;
   }
   std::streamsize xsputn(const char* text, std::streamsize length) override {
-    text_.append(text, static_cast<std::size_t>(length));
+    const auto size = static_cast<std::size_t>(length);
+    if (blocks_.empty() || blocks_.back().capacity() - blocks_.back().size() < size) {
+      blocks_.emplace_back().reserve(std::max(size, kBlockSize));
+    }
+    blocks_.back().append(text, size);
     return length;
   }
 
-  std::string text_;
+  std::vector<std::string> blocks_;
 };
 
 // Writes and closes `file`. Throws the system's description of what fails.
-void WriteAndClose(std::FILE* file, const std::string& text) {
-  bool failed = std::fwrite(text.data(), 1, text.size(), file) != text.size();
+void WriteAndClose(std::FILE* file, const std::vector<std::string>& text) {
+  bool failed = false;
+  for (const std::string& block : text) {
+    failed = failed || std::fwrite(block.data(), 1, block.size(), file) != block.size();
+  }
   int error = errno;
   if (std::fclose(file) != 0 && !failed) {
     failed = true;
@@ -313,22 +324,31 @@ void WriteAndClose(std::FILE* file, const std::string& text) {
   if (failed) throw std::string(std::strerror(error));
 }
 
-// Makes `text` the contents of a file. What stands there before is replaced only once the new text is on the disk.
-// Nothing happens where the file cannot be opened for output.
-void WriteFile(const std::string& filename, const std::string& text) {
+// A new file beside `target`, open for output; null with errno where there can be none.
+std::FILE* CreateBeside(const std::filesystem::path& target, std::filesystem::path& part) {
+  constexpr int kTries = 100;
+  std::FILE* file = nullptr;
+  for (int number = 0; file == nullptr && number < kTries; ++number) {
+    part = target.string() + "." + std::to_string(number) + ".part";
+    file = std::fopen(part.c_str(), "wbx");
+    if (file == nullptr && errno != EEXIST) break;
+  }
+  return file;
+}
+
+// Makes `text` the contents of a file. An ordinary file that stands there is replaced only once the new one is complete;
+// where its directory takes no new file, it is written over. Nothing happens where the file cannot be opened for output.
+void WriteFile(const std::string& filename, const std::vector<std::string>& text) {
   namespace fs = std::filesystem;
   std::error_code error;
   const bool isThere = fs::exists(filename, error);
-  const bool isOrdinary = fs::is_regular_file(filename, error);
-  if (isOrdinary) {
-    std::FILE* file = std::fopen(filename.c_str(), "ab");
-    if (file == nullptr) return;
-    std::fclose(file);
-    const fs::path target = fs::canonical(filename, error);
-    const fs::path part = target.string() + ".part";
-    if (!fs::exists(part, error)) file = std::fopen(part.c_str(), "wb");
-    else file = nullptr;
-    if (file != nullptr) {
+  if (fs::is_regular_file(filename, error)) {
+    std::FILE* existing = std::fopen(filename.c_str(), "ab");
+    if (existing == nullptr) return;
+    std::fclose(existing);
+    const fs::path target = fs::canonical(filename);
+    fs::path part;
+    if (std::FILE* file = CreateBeside(target, part)) {
       try {
         WriteAndClose(file, text);
         fs::permissions(part, fs::status(target).permissions());
@@ -339,6 +359,7 @@ void WriteFile(const std::string& filename, const std::string& text) {
       }
       return;
     }
+    if (errno != EACCES && errno != EPERM && errno != EROFS) throw std::string(std::strerror(errno));
   }
   std::FILE* file = std::fopen(filename.c_str(), "wb");
   if (file == nullptr) return;
@@ -409,7 +430,7 @@ void ExpFile::Write(const std::string& filename) {
         WriteHeaderSection(stream);
         WriteDataSection(stream);
         WriteEncodingEnd(stream);
-        WriteFile(filename, buffer.Text());
+        WriteFile(filename, buffer.Blocks());
       },
       text);
   if (outcome == Outcome::Done) return;

@@ -26,12 +26,17 @@ namespace {
   throw std::string("error ExpAttribute::") + operation;
 }
 
+// Whether a type is exactly this class. Quicker than comparing the types; where the class has a second description in
+// another shared object, the answer is no.
+template <class Class>
+bool Is(const std::type_info& type) {
+  return &type == &typeid(Class);
+}
+
 // What an aggregate, or a select that holds one, has as its elements; null for every other value.
 std::list<ExpAttribute*>* ElementsOf(ExpAttribute* value) {
   const std::type_info& type = typeid(*value);
-  if (type == typeid(ExpReal) || type == typeid(ExpLink) || type == typeid(ExpString) || type == typeid(ExpInteger)) {
-    return nullptr;
-  }
+  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type)) return nullptr;
   if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
   auto* aggregation = dynamic_cast<ExpAggregation*>(value);
   return aggregation ? aggregation->GetExpAggregation() : nullptr;
@@ -435,25 +440,25 @@ void ValueText::Append(std::string& out, ExpAttribute* value) {
         break;
       }
       const std::type_info& type = typeid(*value);
-      if (type == typeid(ExpReal)) {
+      if (Is<ExpReal>(type)) {
         auto* real = static_cast<ExpReal*>(value);
         if (!real->omitted_ && !real->notProvided_) AppendReal(out, real->value_);
-      } else if (type == typeid(ExpLink)) {
+      } else if (Is<ExpLink>(type)) {
         if (AppendMarker(out, *value)) break;
         out += '#';
         AppendInteger(out, static_cast<ExpLink*>(value)->number_);
-      } else if (type == typeid(ExpString)) {
+      } else if (Is<ExpString>(type)) {
         if (AppendMarker(out, *value)) break;
         out += '\'';
         AppendUtf8AsStepText(static_cast<ExpString*>(value)->text_, out);
         out += '\'';
-      } else if (type == typeid(ExpSchemaReal)) {
+      } else if (Is<ExpSchemaReal>(type)) {
         if (!AppendMarker(out, *value)) AppendReal(out, static_cast<ExpReal*>(value)->value_);
-      } else if (type == typeid(ExpInteger)) {
+      } else if (Is<ExpInteger>(type)) {
         if (!AppendMarker(out, *value)) AppendInteger(out, static_cast<ExpInteger*>(value)->value_);
-      } else if (type == typeid(ExpAggregation)) {
+      } else if (Is<ExpAggregation>(type)) {
         if (!AppendMarker(out, *value)) elements = &static_cast<ExpAggregation*>(value)->elements_;
-      } else if (type == typeid(ExpSelect)) {
+      } else if (Is<ExpSelect>(type)) {
         if (AppendMarker(out, *value)) break;
         auto* select = static_cast<ExpSelect*>(value);
         for (const std::string& name : select->typeNames_) {
