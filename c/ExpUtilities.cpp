@@ -645,8 +645,17 @@ void ExpFullEntityWriter::WriteAggregation(ExpAggregation* aggregation) {
   Run(steps);
 }
 
-// The top of the stack is the entity to look at next; what an entity refers to is put above it.
 void ExpFullEntityWriter::Run(std::vector<Step>& steps) {
+  try {
+    Walk(steps);
+  } catch (...) {
+    inProgress_.clear();
+    throw;
+  }
+}
+
+// The top of the stack is the entity to look at next; what an entity refers to is put above it.
+void ExpFullEntityWriter::Walk(std::vector<Step>& steps) {
   while (!steps.empty()) {
     const Step step = steps.back();
     steps.pop_back();

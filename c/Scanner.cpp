@@ -1005,11 +1005,13 @@ int Scanner::ScanBinary() {
 }
 
 int Scanner::ScanInvalid() {
-  if (utf8_ && *cur_ >= 0x80) {
-    AppendUtf8(static_cast<unsigned int>(TakeCodePoint(kLastCodePoint)), KeepText());
-  } else {
+  if (!utf8_ || *cur_ < 0x80) {
     Take();
+    return Token::Invalid;
   }
+  const int codePoint = TakeCodePoint(kLastCodePoint);
+  if (codePoint == Buffer::EoF && !keepSupplementary_) return Token::EoF;  // the character that stands for the end
+  AppendUtf8(static_cast<unsigned int>(codePoint), KeepText());
   return Token::Invalid;
 }
 

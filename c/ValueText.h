@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <typeinfo>
 
 namespace VELMAR {
 
@@ -17,6 +18,8 @@ class ValueText {
  public:
   /// Appends value.ToString(); `$` for null.
   static void Append(std::string& out, ExpAttribute* value);
+  /// The same, with the first value printed as one of the class `type`, which it is or is derived from.
+  static void AppendAs(const std::type_info& type, std::string& out, ExpAttribute* value);
   /// Appends the members `begin` to `end` - 1 of an entity, separated by ", ".
   static void AppendMembers(std::string& out, ExpEntity& entity, int begin, int end);
   static void AppendInteger(std::string& out, int value);

@@ -163,7 +163,7 @@ void ExpAggregation::RemoveAllValues() {
 
 std::string ExpAggregation::ToString() {
   std::string text;
-  ValueText::Append(text, this);
+  ValueText::AppendAs(typeid(ExpAggregation), text, this);
   return text;
 }
 
@@ -342,7 +342,7 @@ bool ExpSelect::CheckType(const std::string& typeName, ExpAbstractObjectAdmin* a
 
 std::string ExpSelect::ToString() {
   std::string text;
-  ValueText::Append(text, this);
+  ValueText::AppendAs(typeid(ExpSelect), text, this);
   return text;
 }
 
@@ -420,6 +420,10 @@ void ValueText::AppendReal(std::string& out, double value) {
 }
 
 void ValueText::Append(std::string& out, ExpAttribute* value) {
+  AppendAs(value == nullptr ? typeid(void) : typeid(*value), out, value);
+}
+
+void ValueText::AppendAs(const std::type_info& valueType, std::string& out, ExpAttribute* value) {
   // An aggregate that has been begun: the elements still to come, and how many ")" follow its own.
   struct Level {
     std::list<ExpAttribute*>::iterator next, end;
@@ -428,6 +432,7 @@ void ValueText::Append(std::string& out, ExpAttribute* value) {
   std::vector<Level> outer;
   Level level{{}, {}, 0};
   bool inAggregate = false;
+  const std::type_info* nextType = &valueType;
 
   for (;;) {
     // One value; an aggregate begins a level, and its elements follow.
@@ -439,7 +444,8 @@ void ValueText::Append(std::string& out, ExpAttribute* value) {
         out += '$';
         break;
       }
-      const std::type_info& type = typeid(*value);
+      const std::type_info& type = nextType == nullptr ? typeid(*value) : *nextType;
+      nextType = nullptr;
       if (Is<ExpReal>(type)) {
         auto* real = static_cast<ExpReal*>(value);
         if (!real->omitted_ && !real->notProvided_) AppendReal(out, real->value_);

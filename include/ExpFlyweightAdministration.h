@@ -31,7 +31,7 @@ class ExpZeroedAllocator {
   void construct(U*) {}
   template <class U, class V>
   void construct(U* place, V&& value) {
-    ::new (static_cast<void*>(place)) U(static_cast<V&&>(value));
+    if (value != U()) ::new (static_cast<void*>(place)) U(static_cast<V&&>(value));
   }
   friend bool operator==(const ExpZeroedAllocator&, const ExpZeroedAllocator&) { return true; }
   friend bool operator!=(const ExpZeroedAllocator&, const ExpZeroedAllocator&) { return false; }

@@ -175,6 +175,7 @@ class VELMAR_API ExpFullEntityWriter {
  private:
   struct Step;
   void Run(std::vector<Step>& steps);
+  void Walk(std::vector<Step>& steps);
   void CollectReferences(ExpAttribute* value, std::vector<Step>& steps);
 
   ExpAbstractObjectAdmin* admin_;
