@@ -1,0 +1,651 @@
+#include "CppWriter.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "TextTemplate.h"
+
+namespace VELMAR::Express {
+namespace {
+
+// Names that the base classes and the library use themselves: an accessor or a class of such a name would
+// hide them.
+constexpr const char* kTaken[] = {
+    "Accept",
+    "Enumeration",
+    "ExpAggregation",
+    "ExpAttribute",
+    "ExpBoolean",
+    "ExpEntity",
+    "ExpEntityTypeRow",
+    "ExpInteger",
+    "ExpLink",
+    "ExpLogical",
+    "ExpSchemaBinary",
+    "ExpSchemaCreate",
+    "ExpSchemaEnumeration",
+    "ExpSchemaReal",
+    "ExpSelect",
+    "ExpString",
+    "GetEntityNumber",
+    "GetExpClassName",
+    "GetExpSubClasses",
+    "GetExpSuperClasses",
+    "GetExternalMappingStartIndex",
+    "GetMember",
+    "GetMemberNames",
+    "GetNofExplicitMembers",
+    "GetNofInverseMembers",
+    "GetTypeNumberOfEntity",
+    "InsertInObjTree",
+    "Load",
+    "New",
+    "RegisterEntityTypes",
+    "SetEntityNumber",
+    "ToString",
+};
+
+// cartesian_point -> CartesianPoint, AUTOMOTIVE_DESIGN -> AutomotiveDesign.
+std::string CamelCase(const std::string& name) {
+  std::string result;
+  bool first = true;
+  for (const char c : name) {
+    if (c == '_') {
+      first = true;
+      continue;
+    }
+    const bool isUpper = c >= 'A' && c <= 'Z';
+    const bool isLower = c >= 'a' && c <= 'z';
+    if (first) {
+      result += isLower ? static_cast<char>(c - 'a' + 'A') : c;
+    } else {
+      result += isUpper ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    first = false;
+  }
+  return result;
+}
+
+std::string UpperCase(std::string text) {
+  for (char& c : text) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return text;
+}
+
+std::string Join(const std::vector<std::string>& parts, const char* separator) {
+  std::string result;
+  for (const std::string& part : parts) {
+    if (!result.empty()) result += separator;
+    result += part;
+  }
+  return result;
+}
+
+// Gives out names; one that is taken already gets "_" appended until it is new.
+class NameGiver {
+ public:
+  NameGiver() : taken_(std::begin(kTaken), std::end(kTaken)) {}
+  explicit NameGiver(std::unordered_set<std::string> taken) : taken_(std::move(taken)) {}
+
+  std::string Give(std::string name) {
+    while (!taken_.insert(name).second) name += '_';
+    return name;
+  }
+
+ private:
+  std::unordered_set<std::string> taken_;
+};
+
+class Writer {
+ public:
+  Writer(const Model& model, const SchemaDeclaration& schema, const CppOptions& options)
+      : model_(model), schema_(schema), options_(options), space_(CppSchemaName(options.registryName)) {
+    Collect();
+    NameClasses();
+    FindVirtualBases();
+  }
+
+  std::vector<GeneratedFile> Files() {
+    std::vector<GeneratedFile> files{{space_ + ".h", Header()}, {space_ + ".cpp", Registration()}};
+    for (int part = 1; part <= options_.parts; ++part) {
+      files.push_back({space_ + '_' + std::to_string(part) + ".cpp", Part(part)});
+    }
+    return files;
+  }
+
+ private:
+  // ---- what is to be written --------------------------------------------------------------------
+
+  // All visible entities and enumerations with what they need, in the order of their names.
+  void Collect() {
+    for (const auto& [name, declaration] : schema_.scope) {
+      if (declaration->kind == DeclarationKind::Entity) {
+        AddEntity(static_cast<const Entity&>(*declaration), name);
+      } else if (declaration->kind == DeclarationKind::Type) {
+        AddEnumeration(static_cast<const DefinedType&>(*declaration), name);
+      }
+    }
+    const std::map<std::string, const Entity*> visible = entities_;
+    for (const auto& [name, entity] : visible) {
+      for (const Entity* ancestor : AncestorsOf(*entity)) AddEntity(*ancestor, ancestor->name.text);
+    }
+    for (const auto& [name, entity] : entities_) {
+      for (const Attribute& attribute : entity->attributes) {
+        if (IsSlot(attribute)) AddEnumerationOf(*attribute.type);
+      }
+    }
+  }
+
+  void AddEntity(const Entity& entity, const std::string& name) {
+    if (expressNames_.count(&entity)) return;
+    expressNames_[&entity] = Unused(entities_, name);
+    entities_[expressNames_[&entity]] = &entity;
+  }
+
+  void AddEnumeration(const DefinedType& type, const std::string& name) {
+    if (type.underlying.kind != TypeKind::Enumeration || expressNames_.count(&type)) return;
+    expressNames_[&type] = Unused(enumerations_, name);
+    enumerations_[expressNames_[&type]] = &type;
+  }
+
+  // An enumeration that is not visible by name, but is the type of an attribute of something interfaced.
+  void AddEnumerationOf(const TypeExpression& type) {
+    const TypeExpression* at = &type;
+    while (at->kind == TypeKind::Named && at->declaration->kind == DeclarationKind::Type) {
+      const auto& declared = static_cast<const DefinedType&>(*at->declaration);
+      AddEnumeration(declared, declared.name.text);
+      at = &declared.underlying;
+    }
+  }
+
+  // Declarations of different schemas may bear one name; the one that is not visible by it gives way.
+  template <class Map>
+  static std::string Unused(const Map& map, std::string name) {
+    while (map.count(name)) name += '_';
+    return name;
+  }
+
+  void NameClasses() {
+    NameGiver names;
+    names.Give(space_);
+    for (const auto& [name, entity] : entities_) classNames_[entity] = names.Give(CamelCase(name));
+    for (const auto& [name, type] : enumerations_) classNames_[type] = names.Give(CamelCase(name));
+  }
+
+  // A base is virtual where some entity reaches it through two of its direct subtypes; null is ExpEntity.
+  void FindVirtualBases() {
+    for (const auto& [name, entity] : entities_) {
+      if (entity->supertypes.size() < 2) continue;
+      std::map<const Entity*, int> ways;
+      std::vector<const Entity*> all = AncestorsOf(*entity);
+      all.push_back(entity);
+      for (const Entity* subtype : all) {
+        if (subtype->supertypes.empty()) ++ways[nullptr];
+        for (const Entity* supertype : subtype->supertypes) ++ways[supertype];
+      }
+      for (const auto& [base, count] : ways) {
+        if (count > 1) virtualBases_.insert(base);
+      }
+    }
+  }
+
+  // The entities with every supertype before its subtypes.
+  std::vector<const Entity*> SupertypesFirst() const {
+    std::vector<const Entity*> order;
+    std::set<const Entity*> seen;
+    for (const auto& [name, entity] : entities_) {
+      if (seen.count(entity)) continue;
+      for (const Entity* ancestor : AncestorsOf(*entity)) {
+        if (seen.insert(ancestor).second) order.push_back(ancestor);
+      }
+      seen.insert(entity);
+      order.push_back(entity);
+    }
+    return order;
+  }
+
+  const std::string& ClassName(const Declaration& declaration) const { return classNames_.at(&declaration); }
+
+  static std::string MemberName(const Attribute& attribute) { return attribute.name.text + '_'; }
+
+  // The class that holds a value of the type.
+  std::string ValueClass(const TypeExpression& type) const {
+    const TypeExpression* at = &type;
+    const DefinedType* declared = nullptr;
+    while (at->kind == TypeKind::Named && at->declaration->kind == DeclarationKind::Type) {
+      declared = static_cast<const DefinedType*>(at->declaration);
+      at = &declared->underlying;
+    }
+    switch (at->kind) {
+      case TypeKind::Number:
+      case TypeKind::Real:
+        return "ExpSchemaReal";
+      case TypeKind::Integer:
+        return "ExpInteger";
+      case TypeKind::String:
+        return "ExpString";
+      case TypeKind::Boolean:
+        return "ExpBoolean";
+      case TypeKind::Logical:
+        return "ExpLogical";
+      case TypeKind::Binary:
+        return "ExpSchemaBinary";
+      case TypeKind::Enumeration:
+        return ClassName(*declared);
+      case TypeKind::Select:
+      case TypeKind::Generic:
+        return "ExpSelect";
+      case TypeKind::GenericEntity:
+      case TypeKind::Named:
+        return "ExpLink";
+      default:
+        return "ExpAggregation";
+    }
+  }
+
+  // ---- the header -------------------------------------------------------------------------------
+
+  std::string Header() const {
+    std::string enumerations;
+    for (const auto& [name, type] : enumerations_) enumerations += EnumerationClass(*type);
+    std::string entities;
+    for (const Entity* entity : SupertypesFirst()) entities += EntityClass(*entity);
+    return Fill(R"(
+// Generated from $source$ by velmar-express $version$. Do not edit.
+#pragma once
+
+#include "ExpSchemaLibrary.h"
+
+#if VELMAR_VERSION_MAJOR != $major$ || VELMAR_VERSION_MINOR != $minor$
+#error "Generated for Velmar $version$: generate this schema library again with the velmar-express of your version"
+#endif
+
+namespace VELMAR::$space$ {
+
+/// Registers the entity types of $registry$, which loading the library does, too. A call makes sure
+/// that the library is linked and loaded; any further one does nothing.
+VELMAR_API void Load();
+$enumerations$
+$entities$
+
+}  // namespace VELMAR::$space$
+)",
+                {{"source", options_.sourceName},
+                 {"version", kVersion},
+                 {"major", std::to_string(kMajor)},
+                 {"minor", std::to_string(kMinor)},
+                 {"space", space_},
+                 {"registry", options_.registryName},
+                 {"enumerations", enumerations},
+                 {"entities", entities}});
+  }
+
+  std::string EnumerationClass(const DefinedType& type) const {
+    std::vector<std::string> items{"Unset = -1"};
+    std::vector<std::string> names;
+    NameGiver giver(std::unordered_set<std::string>{"Unset"});
+    for (const TypeItem& item : AllItems(type.underlying)) {
+      items.push_back(giver.Give(CamelCase(item.name.text)));
+      names.push_back(UpperCase(item.name.text));
+    }
+    return Fill(R"(
+
+/// $express$
+class VELMAR_API $class$ : public ExpSchemaEnumeration<$class$> {
+ public:
+  enum class Enumeration { $items$ };
+  static constexpr const char* kNames =$names$;
+};
+)",
+                {{"express", expressNames_.at(&type)},
+                 {"class", ClassName(type)},
+                 {"items", List(items, kLineWidth - 31, "                           ")},
+                 {"names", NamesLiteral(names)}});
+  }
+
+  static std::string NamesLiteral(const std::vector<std::string>& names) {
+    const std::string literal = Literal(names, "      ");
+    return (literal.size() < kLineWidth - 42 ? " " : "\n      ") + literal;
+  }
+
+  // Words as one string literal; where it is long, as several on lines of their own, which the compiler
+  // joins.
+  static std::string Literal(const std::vector<std::string>& words, const std::string& indent) {
+    std::vector<std::string> lines(1);
+    for (const std::string& word : words) {
+      if (!lines.back().empty() && lines.back().size() + word.size() > kLineWidth - 10) lines.emplace_back();
+      lines.back() += word + ' ';
+    }
+    if (!lines.back().empty()) lines.back().pop_back();
+    return '"' + Join(lines, ("\"\n" + indent + '"').c_str()) + '"';
+  }
+
+  // A list in one line, or with a line for each part where that gets too long.
+  static std::string List(const std::vector<std::string>& parts, std::size_t room,
+                          const std::string& indent) {
+    const std::string line = Join(parts, ", ");
+    return line.size() <= room ? line : Join(parts, (",\n" + indent).c_str());
+  }
+
+  std::string EntityClass(const Entity& entity) const {
+    return Fill(R"(
+
+/// $express$
+class VELMAR_API $class$ : $bases$ {
+ public:
+$operations$
+$accessors$
+$members$
+};
+)",
+                {{"express", ExpressHead(entity)},
+                 {"class", ClassName(entity)},
+                 {"bases", Bases(entity)},
+                 {"operations", Operations(entity)},
+                 {"accessors", Accessors(entity)},
+                 {"members", Members(entity)}});
+  }
+
+  std::string ExpressHead(const Entity& entity) const {
+    std::string head = expressNames_.at(&entity);
+    if (entity.isAbstract) head += ", abstract";
+    return head;
+  }
+
+  std::string Bases(const Entity& entity) const {
+    const auto base = [&](const Entity* supertype) {
+      const std::string name = supertype ? ClassName(*supertype) : "ExpEntity";
+      return (virtualBases_.count(supertype) ? "virtual public " : "public ") + name;
+    };
+    std::vector<std::string> bases;
+    for (const Entity* supertype : entity.supertypes) bases.push_back(base(supertype));
+    if (bases.empty()) bases.push_back(base(nullptr));
+    const std::size_t before = ("class VELMAR_API  : " + ClassName(entity)).size();
+    return List(bases, kLineWidth - before - 2, std::string(before, ' '));
+  }
+
+  std::string Operations(const Entity& entity) const {
+    std::string operations;
+    if (!Omitted(entity).empty()) operations += "  " + ClassName(entity) + "();\n";
+    operations += "  ~" + ClassName(entity) + "() override;\n";
+    if (HasGetMember(entity)) {
+      operations += "  using ExpEntity::GetMember;\n  ExpAttribute* GetMember(int index) override;\n";
+    }
+    return operations;
+  }
+
+  // One accessor for each attribute that the entity declares, and for each that it renames.
+  std::string Accessors(const Entity& entity) const {
+    std::string accessors;
+    NameGiver names;
+    names.Give(ClassName(entity));
+    const std::set<std::string> hidden = AccessorNames(entity);
+    for (const Attribute& attribute : entity.attributes) {
+      const bool isRenamed = attribute.renamed && attribute.original && IsSlot(*attribute.original);
+      if (!IsSlot(attribute) && !isRenamed) continue;
+      const Attribute& stored = isRenamed ? *attribute.original : attribute;
+      std::string value = ValueClass(*stored.type);
+      if (hidden.count(value)) value = space_ + "::" + value;
+      accessors += Fill(
+          "  $value$& $name$() { return $member$; }  ///< $type$\n",
+          {{"value", value},
+           {"name", names.Give(CamelCase(attribute.name.text))},
+           {"member", isRenamed ? ClassName(*stored.owner) + "::" + MemberName(stored) : MemberName(stored)},
+           {"type", (attribute.optional ? "optional " : "") + TypeText(model_, *attribute.type)}});
+    }
+    return accessors.empty() ? accessors : "\n" + accessors;
+  }
+
+  // The names that accessors of the entity and its ancestors may have: within the class they hide types.
+  std::set<std::string> AccessorNames(const Entity& entity) const {
+    std::set<std::string> names;
+    std::vector<const Entity*> all = AncestorsOf(entity);
+    all.push_back(&entity);
+    for (const Entity* owner : all) {
+      for (const Attribute& attribute : owner->attributes) names.insert(CamelCase(attribute.name.text));
+    }
+    for (const char* taken : kTaken) names.erase(taken);  // no accessor gets such a name
+    return names;
+  }
+
+  std::string Members(const Entity& entity) const {
+    std::string members;
+    const std::set<std::string> hidden = AccessorNames(entity);
+    for (const Attribute& attribute : entity.attributes) {
+      if (!IsSlot(attribute)) continue;
+      std::string value = ValueClass(*attribute.type);
+      if (hidden.count(value)) value = space_ + "::" + value;
+      members += "  " + value + ' ' + MemberName(attribute) + ";\n";
+    }
+    return members.empty() ? members : "\n protected:\n" + members;
+  }
+
+  // ---- the definitions --------------------------------------------------------------------------
+
+  // The attributes that the entity derives although an ancestor declares them explicit: they are written '*'.
+  static std::vector<const Attribute*> Omitted(const Entity& entity) {
+    std::vector<const Attribute*> omitted;
+    for (const Attribute& attribute : entity.attributes) {
+      const bool isDerived = attribute.kind == AttributeKind::Derived && attribute.redeclared;
+      if (isDerived && attribute.original && IsSlot(*attribute.original))
+        omitted.push_back(attribute.original);
+    }
+    return omitted;
+  }
+
+  // A class with one base and no attribute of its own inherits it.
+  static bool HasGetMember(const Entity& entity) {
+    return entity.supertypes.size() > 1 ||
+           std::any_of(entity.attributes.begin(), entity.attributes.end(), IsSlot);
+  }
+
+  std::string Part(int part) const {
+    std::vector<const Entity*> all;
+    for (const auto& [name, entity] : entities_) all.push_back(entity);
+    const std::size_t parts = static_cast<std::size_t>(options_.parts);
+    const std::size_t first = all.size() * (static_cast<std::size_t>(part) - 1) / parts;
+    const std::size_t last = all.size() * static_cast<std::size_t>(part) / parts;
+    std::string definitions;
+    std::string rows;
+    for (std::size_t i = first; i < last; ++i) {
+      definitions += Definitions(*all[i]);
+      rows += Row(*all[i], i + 1);
+    }
+    const bool isEmpty = first == last;
+    return Fill(R"(
+// Generated from $source$ by velmar-express $version$. Do not edit.
+#include "$space$.h"
+
+namespace VELMAR::$space$ {
+$definitions$
+$table$
+
+void Load$part$() {$call$}
+
+}  // namespace VELMAR::$space$
+)",
+                {{"source", options_.sourceName},
+                 {"version", kVersion},
+                 {"space", space_},
+                 {"part", std::to_string(part)},
+                 {"definitions", definitions},
+                 {"table", isEmpty ? "" : Table(rows)},
+                 {"call", isEmpty ? ""
+                                  : " RegisterEntityTypes(\"" + options_.registryName + "\", kEntityTypes, " +
+                                        std::to_string(last - first) + "); "}});
+  }
+
+  static std::string Table(const std::string& rows) {
+    return Fill(R"(
+
+namespace {
+
+constexpr ExpEntityTypeRow kEntityTypes[] = {
+$rows$
+};
+
+}  // namespace
+)",
+                {{"rows", rows}});
+  }
+
+  std::string Definitions(const Entity& entity) const {
+    std::string constructor;
+    for (const Attribute* attribute : Omitted(entity)) {
+      constructor +=
+          "  " + ClassName(*attribute->owner) + "::" + MemberName(*attribute) + ".SetOmitted(true);\n";
+    }
+    if (!constructor.empty()) {
+      constructor = "\n" + ClassName(entity) + "::" + ClassName(entity) + "() {\n" + constructor + "}\n";
+    }
+    return Fill(R"($constructor$
+
+$class$::~$class$() = default;
+$getMember$)",
+                {{"constructor", constructor},
+                 {"class", ClassName(entity)},
+                 {"getMember", HasGetMember(entity) ? GetMember(entity) : ""}});
+  }
+
+  // Own attributes by a switch; the single base answers for its own, several bases are laid out one after the
+  // other.
+  std::string GetMember(const Entity& entity) const {
+    const std::vector<Slot> slots = InternalMapping(entity);
+    const bool isFlat = entity.supertypes.size() > 1;
+    std::string cases;
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+      const bool isOwn = slots[i].owner == &entity;
+      if (!isOwn && !isFlat) continue;
+      cases += "    case " + std::to_string(i) + ": return &" +
+               (isOwn ? "" : "this->" + ClassName(*slots[i].owner) + "::") + MemberName(*slots[i].attribute) +
+               ";\n";
+    }
+    const bool delegates = entity.supertypes.size() == 1;
+    return Fill(
+        R"(
+
+ExpAttribute* $class$::GetMember(int index) {
+  switch (index) {
+$cases$
+    default: return $otherwise$;
+  }
+}
+)",
+        {{"class", ClassName(entity)},
+         {"cases", cases},
+         {"otherwise", delegates ? ClassName(*entity.supertypes[0]) + "::GetMember(index)" : "nullptr"}});
+  }
+
+  std::string Row(const Entity& entity, std::size_t number) const {
+    const std::vector<const Entity*> ancestors = AncestorsOf(entity);
+    std::vector<std::string> superClasses{"VELMAR::ExpEntity"};
+    for (const Entity* ancestor : ancestors) superClasses.push_back(Qualified(*ancestor));
+    std::vector<std::string> subClasses;
+    for (const Entity* subtype : entity.subtypes) {
+      if (expressNames_.count(subtype)) subClasses.push_back(Qualified(*subtype));
+    }
+    std::vector<std::string> memberNames;
+    std::size_t own = 0;
+    for (const Slot& slot : InternalMapping(entity)) {
+      memberNames.push_back(slot.attribute->name.text);
+      if (slot.owner == &entity) ++own;
+    }
+    int inverse = OwnInverseAttributes(entity);
+    for (const Entity* ancestor : ancestors) inverse += OwnInverseAttributes(*ancestor);
+    return Fill(R"(
+    {"$name$", &ExpSchemaCreate<$class$>, $explicit$, $inverse$, $start$, $number$,
+     $super$,
+     $sub$,
+     $members$},
+)",
+                {{"name", UpperCase(expressNames_.at(&entity))},
+                 {"class", ClassName(entity)},
+                 {"explicit", std::to_string(memberNames.size())},
+                 {"inverse", std::to_string(inverse)},
+                 {"start", std::to_string(memberNames.size() - own)},
+                 {"number", std::to_string(number)},
+                 {"super", Literal(superClasses, "     ")},
+                 {"sub", Literal(subClasses, "     ")},
+                 {"members", Literal(memberNames, "     ")}});
+  }
+
+  std::string Qualified(const Entity& entity) const {
+    return options_.registryName + "::" + UpperCase(expressNames_.at(&entity));
+  }
+
+  static int OwnInverseAttributes(const Entity& entity) {
+    return static_cast<int>(
+        std::count_if(entity.attributes.begin(), entity.attributes.end(),
+                      [](const Attribute& a) { return a.kind == AttributeKind::Inverse && !a.redeclared; }));
+  }
+
+  // ---- registration -----------------------------------------------------------------------------
+
+  std::string Registration() const {
+    std::string declarations;
+    std::string calls;
+    for (int part = 1; part <= options_.parts; ++part) {
+      declarations += "void Load" + std::to_string(part) + "();\n";
+      calls += "    Load" + std::to_string(part) + "();\n";
+    }
+    return Fill(R"(
+// Generated from $source$ by velmar-express $version$. Do not edit.
+#include "$space$.h"
+
+namespace VELMAR::$space$ {
+
+$declarations$
+
+void Load() {
+  static const bool loaded = [] {
+$calls$
+    return true;
+  }();
+  static_cast<void>(loaded);
+}
+
+namespace {
+
+[[maybe_unused]] const bool loadedWithTheLibrary = (Load(), true);
+
+}  // namespace
+}  // namespace VELMAR::$space$
+)",
+                {{"source", options_.sourceName},
+                 {"version", kVersion},
+                 {"space", space_},
+                 {"declarations", declarations},
+                 {"calls", calls}});
+  }
+
+  static constexpr std::size_t kLineWidth = 110;
+  static constexpr int kMajor = 3;
+  static constexpr int kMinor = 1;
+  static constexpr const char* kVersion = "3.1";
+
+  const Model& model_;
+  const SchemaDeclaration& schema_;
+  const CppOptions& options_;
+  const std::string space_;
+  std::map<std::string, const Entity*> entities_;  // by EXPRESS name, as are the enumerations
+  std::map<std::string, const DefinedType*> enumerations_;
+  std::unordered_map<const Declaration*, std::string> expressNames_;
+  std::unordered_map<const Declaration*, std::string> classNames_;
+  std::set<const Entity*> virtualBases_;
+};
+
+}  // namespace
+
+std::string CppSchemaName(const std::string& registryName) { return CamelCase(registryName); }
+
+std::vector<GeneratedFile> WriteCpp(const Model& model, const SchemaDeclaration& schema,
+                                    const CppOptions& options) {
+  return Writer(model, schema, options).Files();
+}
+
+}  // namespace VELMAR::Express

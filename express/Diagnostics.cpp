@@ -1,0 +1,171 @@
+#include "Diagnostics.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ostream>
+#include <string_view>
+#include <utility>
+
+namespace VELMAR::Express {
+namespace {
+
+// Numbers below 10 are the lexer's, 10 to 19 the parser's, from 20 on the resolver's. A number is never given
+// twice.
+constexpr CatalogueRow kCatalogue[] = {
+    {"E001", Severity::Error, "The character belongs to no token of the language (7.1)."},
+    {"E002", Severity::Error, "A string literal ends on the line where it begins (7.5.4)."},
+    {"E003", Severity::Error, "Every (* has its *); remarks nest (7.1.6.1)."},
+    {"E004", Severity::Error, "A *) outside of a remark closes nothing (7.1.6.1)."},
+    {"E005", Severity::Error, "An encoded string literal holds groups of eight hexadecimal digits (7.5.4)."},
+    {"E006", Severity::Error, "A binary literal is % followed by the digits 0 and 1 (7.5.1)."},
+    {"E007", Severity::Error, "The exponent of a real literal has at least one digit (7.5.3)."},
+    {"E010", Severity::Error, "The text does not follow the grammar (annex A)."},
+    {"E011", Severity::Error, "A reserved word is no name (7.2)."},
+    {"E012", Severity::Error, "Every declaration and statement that opens a block closes it (annex A)."},
+    {"E013", Severity::Error, "An END_ word closes the innermost open block of its kind (annex A)."},
+    {"E014", Severity::Error, "Types and supertype expressions are read to a nesting depth of 200."},
+    {"E015", Severity::Error, "An EXPRESS text holds at least one schema (annex A, syntax)."},
+    {"E016", Severity::Error, "A derived attribute gives the expression that derives it (9.2.1.2)."},
+    {"E021", Severity::Error, "A type that is used is declared or interfaced (10.2)."},
+    {"E022", Severity::Error, "An entity that is used is declared or interfaced (10.2)."},
+    {"E023", Severity::Error, "A schema that is interfaced is among the files given (11)."},
+    {"E024", Severity::Error, "What is interfaced is declared in the other schema (11)."},
+    {"E025", Severity::Error, "An attribute that is used is declared in the entity or inherited (9.2)."},
+    {"E026", Severity::Error,
+     "A name is declared once in its scope; the case of letters does not matter (10.1)."},
+    {"E027", Severity::Error, "An attribute is declared once, and not again in a subtype (9.2.3.3)."},
+    {"E028", Severity::Error, "The items of an enumeration or a select differ (8.4.1, 8.4.2)."},
+    {"E029", Severity::Error, "Supertypes, subtypes and the entities of an inverse are entities (9.2.3)."},
+    {"E030", Severity::Error, "An attribute's type is a type or an entity (9.2.1)."},
+    {"E031", Severity::Error, "BASED_ON names an extensible enumeration or select (8.4.1, 8.4.2)."},
+    {"E032", Severity::Error, "An entity is not its own supertype (9.2.3.1)."},
+    {"E033", Severity::Error, "A defined type does not stand for itself (8.3.2)."},
+    {"E034", Severity::Error, "A select does not select itself (8.4.2)."},
+    {"E035", Severity::Error, "Only an inherited attribute can be redeclared (9.2.3.4)."},
+    {"E036", Severity::Error,
+     "A redeclared attribute has the inherited type or a specialisation of it (9.2.7)."},
+    {"E037", Severity::Error, "An array gives both bounds, the lower not above the upper (8.2.1)."},
+    {"E038", Severity::Error, "Only an abstract entity has attributes of a generalised type (9.2.1, 8.1)."},
+    {"E039", Severity::Error, "A supertype expression names subtypes of the entity (9.2.5)."},
+    {"E040", Severity::Error,
+     "The attribute that is inverted refers to the entity with the inverse (9.2.1.3)."},
+    {"W001", Severity::Warning,
+     "A reserved word names a schema (7.2); nothing can be mistaken, so it is accepted."},
+};
+static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == static_cast<std::size_t>(Code::kCount),
+              "one row for each code");
+
+const char* SeverityText(Severity severity) { return severity == Severity::Error ? "error" : "warning"; }
+
+void PrintPlace(std::ostream& out, const Location& where) {
+  const Position position = where.file->PositionOf(where.offset);
+  out << where.file->Name() << ':' << position.line << ':' << position.column << ": ";
+}
+
+// The line and below it a caret and tildes under the stretch. Tabs are repeated so that the caret stands
+// right.
+void PrintExcerpt(std::ostream& out, const Location& where) {
+  const std::string_view line = where.file->LineOf(where.offset);
+  if (line.empty() || line.size() > 500) return;
+  const Position position = where.file->PositionOf(where.offset);
+  std::string under;
+  int column = 1;
+  std::size_t at = 0;
+  for (; at < line.size() && column < position.column; ++at) {
+    if ((static_cast<unsigned char>(line[at]) & 0xC0) == 0x80) continue;
+    under += line[at] == '\t' ? '\t' : ' ';
+    ++column;
+  }
+  while (at < line.size() && (static_cast<unsigned char>(line[at]) & 0xC0) == 0x80) ++at;
+  under += '^';
+  const std::size_t end = std::min<std::size_t>(line.size(), at + where.length);
+  for (std::size_t i = at + 1; i < end; ++i) {
+    if ((static_cast<unsigned char>(line[i]) & 0xC0) != 0x80) under += '~';
+  }
+  out << "    " << line << "\n    " << under << '\n';
+}
+
+// The number of letters to change, insert, delete or exchange with a neighbour to make one text of the other.
+std::size_t EditDistance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> before(b.size() + 1), last(b.size() + 1), row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      const bool exchanged = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
+      if (exchanged) row[j] = std::min(row[j], before[j - 2] + 1);
+    }
+    before.swap(last);
+    last.swap(row);
+  }
+  return last[b.size()];
+}
+
+}  // namespace
+
+const CatalogueRow& CatalogueRowOf(Code code) { return kCatalogue[static_cast<std::size_t>(code)]; }
+
+void Diagnostics::Report(Code code, Location where, std::string text, std::string hint) {
+  Add({code, where, std::move(text), std::move(hint), {}, {}});
+}
+
+void Diagnostics::Report(Code code, Location where, std::string text, Location related,
+                         std::string relatedText) {
+  Add({code, where, std::move(text), {}, related, std::move(relatedText)});
+}
+
+void Diagnostics::Add(Diagnostic diagnostic) {
+  ++(CatalogueRowOf(diagnostic.code).severity == Severity::Error ? errors_ : warnings_);
+  if (all_.size() < kKept) all_.push_back(std::move(diagnostic));
+}
+
+void Diagnostics::Print(std::ostream& out) const {
+  std::vector<const Diagnostic*> sorted;
+  std::vector<const SourceFile*> files;
+  for (const Diagnostic& diagnostic : all_) {
+    sorted.push_back(&diagnostic);
+    if (std::find(files.begin(), files.end(), diagnostic.where.file) == files.end()) {
+      files.push_back(diagnostic.where.file);
+    }
+  }
+  const auto rank = [&](const Diagnostic* d) {
+    return std::make_pair(std::find(files.begin(), files.end(), d->where.file) - files.begin(),
+                          d->where.offset);
+  };
+  std::stable_sort(sorted.begin(), sorted.end(),
+                   [&](const Diagnostic* a, const Diagnostic* b) { return rank(a) < rank(b); });
+  for (const Diagnostic* diagnostic : sorted) {
+    const CatalogueRow& row = CatalogueRowOf(diagnostic->code);
+    if (diagnostic->where.file) PrintPlace(out, diagnostic->where);
+    out << SeverityText(row.severity) << ": " << diagnostic->text << " [" << row.number << ']';
+    if (!diagnostic->hint.empty()) out << "; " << diagnostic->hint;
+    out << '\n';
+    if (diagnostic->where.file) PrintExcerpt(out, diagnostic->where);
+    if (diagnostic->related.file) {
+      PrintPlace(out, diagnostic->related);
+      out << "note: " << diagnostic->relatedText << '\n';
+      PrintExcerpt(out, diagnostic->related);
+    }
+  }
+  const std::size_t dropped = errors_ + warnings_ - all_.size();
+  if (dropped > 0) out << "and " << dropped << " more\n";
+}
+
+std::string Nearest(const std::string& name, const std::vector<std::string>& candidates) {
+  std::size_t best = std::max<std::size_t>(1, name.size() / 3) + 1;
+  std::string nearest;
+  for (const std::string& candidate : candidates) {
+    const std::size_t shorter = std::min(name.size(), candidate.size());
+    const std::size_t longer = std::max(name.size(), candidate.size());
+    if (longer - shorter >= best || longer > 200) continue;
+    const std::size_t distance = EditDistance(name, candidate);
+    if (distance < best && distance < shorter) {
+      best = distance;
+      nearest = candidate;
+    }
+  }
+  return nearest;
+}
+
+}  // namespace VELMAR::Express

@@ -1,0 +1,183 @@
+#include "Model.h"
+
+#include <algorithm>
+#include <set>
+
+namespace VELMAR::Express {
+namespace {
+
+std::string LowerCase(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+// The types that a type is based on; the cycle that bad input may form ends at the first type met again.
+std::vector<const TypeExpression*> BaseChain(const TypeExpression& type) {
+  std::vector<const TypeExpression*> chain{&type};
+  while (chain.back()->base) {
+    const TypeExpression* base = &chain.back()->base->underlying;
+    if (std::find(chain.begin(), chain.end(), base) != chain.end()) break;
+    chain.push_back(base);
+  }
+  return chain;
+}
+
+// Calls visit(entity) for every ancestor once, supertypes before their subtypes. Without recursion.
+template <class Visit>
+void VisitAncestors(const Entity& entity, Visit visit) {
+  struct Frame {
+    const Entity* entity;
+    std::size_t next;
+  };
+  std::set<const Entity*> seen{&entity};
+  std::vector<Frame> stack{{&entity, 0}};
+  while (!stack.empty()) {
+    Frame& frame = stack.back();
+    if (frame.next < frame.entity->supertypes.size()) {
+      const Entity* supertype = frame.entity->supertypes[frame.next++];
+      if (seen.insert(supertype).second) stack.push_back({supertype, 0});
+    } else {
+      if (frame.entity != &entity) visit(*frame.entity);
+      stack.pop_back();
+    }
+  }
+}
+
+const char* KindText(TypeKind kind) {
+  switch (kind) {
+    case TypeKind::Number:
+      return "number";
+    case TypeKind::Real:
+      return "real";
+    case TypeKind::Integer:
+      return "integer";
+    case TypeKind::String:
+      return "string";
+    case TypeKind::Boolean:
+      return "boolean";
+    case TypeKind::Logical:
+      return "logical";
+    case TypeKind::Binary:
+      return "binary";
+    case TypeKind::Array:
+      return "array";
+    case TypeKind::Bag:
+      return "bag";
+    case TypeKind::List:
+      return "list";
+    case TypeKind::Set:
+      return "set";
+    case TypeKind::Aggregate:
+      return "aggregate";
+    case TypeKind::Enumeration:
+      return "enumeration";
+    case TypeKind::Select:
+      return "select";
+    case TypeKind::Generic:
+      return "generic";
+    case TypeKind::GenericEntity:
+      return "generic_entity";
+    case TypeKind::Named:
+      return "";
+  }
+  return "";
+}
+
+std::string TokensText(const Model& model, const Location& near, const TokenRange& range) {
+  std::string text;
+  for (const auto& file : model.files) {
+    if (file->source.get() != near.file) continue;
+    for (std::uint32_t i = range.begin; i < range.end; ++i) {
+      const Token& token = file->tokens[i];
+      const bool bracket =
+          token.kind == TokenKind::RightParenthesis || token.kind == TokenKind::LeftParenthesis;
+      if (!text.empty() && !bracket && text.back() != '(') text += ' ';
+      text += LowerCase(std::string(file->source->Text(token.offset, token.length)));
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+bool IsAggregate(TypeKind kind) { return kind >= TypeKind::Array && kind <= TypeKind::Aggregate; }
+
+SchemaDeclaration* Model::FindSchema(const std::string& name) const {
+  const std::string wanted = LowerCase(name);
+  for (const auto& schema : schemas) {
+    if (schema->name.text == wanted) return schema.get();
+  }
+  return nullptr;
+}
+
+const TypeExpression* Underlying(const TypeExpression& type) {
+  const TypeExpression* at = &type;
+  std::set<const TypeExpression*> seen;
+  while (at->kind == TypeKind::Named) {
+    if (!at->declaration || !seen.insert(at).second) return nullptr;
+    if (at->declaration->kind == DeclarationKind::Entity) return at;
+    at = &static_cast<const DefinedType*>(at->declaration)->underlying;
+  }
+  return at;
+}
+
+std::vector<TypeItem> AllItems(const TypeExpression& enumerationOrSelect) {
+  std::vector<TypeItem> items;
+  const std::vector<const TypeExpression*> chain = BaseChain(enumerationOrSelect);
+  for (auto type = chain.rbegin(); type != chain.rend(); ++type) {
+    items.insert(items.end(), (*type)->items.begin(), (*type)->items.end());
+  }
+  return items;
+}
+
+bool IsKindOf(const Entity& entity, const Entity& ancestor) {
+  if (&entity == &ancestor) return true;
+  bool found = false;
+  VisitAncestors(entity, [&](const Entity& visited) { found = found || &visited == &ancestor; });
+  return found;
+}
+
+std::vector<const Entity*> AncestorsOf(const Entity& entity) {
+  std::vector<const Entity*> ancestors;
+  VisitAncestors(entity, [&](const Entity& visited) { ancestors.push_back(&visited); });
+  return ancestors;
+}
+
+bool IsSlot(const Attribute& attribute) {
+  return attribute.kind == AttributeKind::Explicit && !attribute.redeclared;
+}
+
+std::vector<Slot> InternalMapping(const Entity& entity) {
+  std::vector<Slot> slots;
+  const auto addOwn = [&](const Entity& owner) {
+    for (const Attribute& attribute : owner.attributes) {
+      if (IsSlot(attribute)) slots.push_back({&owner, &attribute});
+    }
+  };
+  VisitAncestors(entity, addOwn);
+  addOwn(entity);
+  return slots;
+}
+
+std::string TypeText(const Model& model, const TypeExpression& type) {
+  std::string text;
+  const TypeExpression* at = &type;
+  for (; IsAggregate(at->kind) && at->element; at = at->element.get()) {
+    text += KindText(at->kind);
+    if (at->hasBounds) {
+      text += " [" + TokensText(model, at->where, at->lower) + " : " +
+              TokensText(model, at->where, at->upper) + ']';
+    }
+    text += " of ";
+    if (at->optionalElements) text += "optional ";
+    if (at->uniqueElements) text += "unique ";
+  }
+  text += at->kind == TypeKind::Named ? at->name.text : KindText(at->kind);
+  if (!at->width.IsEmpty()) text += " (" + TokensText(model, at->where, at->width) + ')';
+  if (at->fixed) text += " fixed";
+  return text;
+}
+
+}  // namespace VELMAR::Express

@@ -1,0 +1,280 @@
+/// @file Model.h
+/// What an EXPRESS text declares: the tree that the parser builds and the resolver completes.
+///
+/// The parser fills in names and places. The resolver sets the pointers marked "resolved"; each of them stays
+/// null where it has reported why. All names are in lower case, for EXPRESS does not distinguish cases.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Diagnostics.h"
+#include "Lexer.h"
+#include "SourceFile.h"
+
+namespace VELMAR::Express {
+
+struct Entity;
+struct DefinedType;
+struct SchemaDeclaration;
+
+/// A name as it stands somewhere in a text.
+struct Name {
+  std::string text;  ///< lower case; empty where there is no name
+  Location where;
+};
+
+/// Tokens [begin, end) of a file: an expression, or the body of an algorithm.
+struct TokenRange {
+  std::uint32_t begin = 0;
+  std::uint32_t end = 0;
+  bool IsEmpty() const { return begin == end; }
+};
+
+/// WHERE and UNIQUE rules: an optional label and the tokens of the rule.
+struct LabelledRule {
+  Name label;
+  TokenRange tokens;
+};
+
+enum class DeclarationKind { Type, Entity, Constant, Function, Procedure, Rule, SubtypeConstraint };
+
+/// Anything that a schema declares under a name.
+struct Declaration {
+  Declaration(DeclarationKind declarationKind, Name declarationName, SchemaDeclaration* owner)
+      : kind(declarationKind), name(std::move(declarationName)), schema(owner) {}
+  virtual ~Declaration() = default;
+
+  const DeclarationKind kind;
+  Name name;
+  SchemaDeclaration* schema;  ///< the schema that declares it
+};
+
+// ---- types --------------------------------------------------------------------------------------
+
+enum class TypeKind {
+  Number,
+  Real,
+  Integer,
+  String,
+  Boolean,
+  Logical,
+  Binary,
+  Array,
+  Bag,
+  List,
+  Set,
+  Aggregate,
+  Enumeration,
+  Select,
+  Generic,
+  GenericEntity,
+  Named
+};
+
+/// An item of an enumeration, or of a select.
+struct TypeItem {
+  Name name;
+  Declaration* declaration =
+      nullptr;  ///< resolved; the selected type or entity, null for items of an enumeration
+};
+
+/// The right-hand side of a type declaration, or the type of an attribute (ISO 10303-11, clause 8).
+struct TypeExpression {
+  TypeKind kind = TypeKind::Named;
+  Location where;
+
+  Name name;                           ///< Named: the type or entity
+  Declaration* declaration = nullptr;  ///< Named, resolved: a DefinedType or an Entity
+
+  TokenRange width;    ///< String, Binary: the width; Real: the precision; empty where none is given
+  bool fixed = false;  ///< String, Binary: FIXED
+
+  bool hasBounds = false;                   ///< aggregates
+  TokenRange lower, upper;                  ///< aggregates with bounds
+  bool optionalElements = false;            ///< Array: OPTIONAL elements
+  bool uniqueElements = false;              ///< Array, List: UNIQUE elements
+  std::shared_ptr<TypeExpression> element;  ///< aggregates
+
+  bool extensible = false;      ///< Enumeration, Select: EXTENSIBLE
+  bool genericEntity = false;   ///< Select: GENERIC_ENTITY
+  Name basedOn;                 ///< Enumeration, Select: BASED_ON
+  DefinedType* base = nullptr;  ///< resolved BASED_ON
+  std::vector<TypeItem> items;  ///< Enumeration, Select: those that this declaration gives itself
+};
+
+bool IsAggregate(TypeKind kind);
+
+/// TYPE name = underlying ... END_TYPE.
+struct DefinedType : Declaration {
+  DefinedType(Name typeName, SchemaDeclaration* owner)
+      : Declaration(DeclarationKind::Type, std::move(typeName), owner) {}
+
+  TypeExpression underlying;
+  std::vector<LabelledRule> where;
+};
+
+// ---- entities -----------------------------------------------------------------------------------
+
+enum class AttributeKind { Explicit, Derived, Inverse };
+
+/// One attribute of an entity, or its redeclaration in a subtype.
+struct Attribute {
+  AttributeKind kind = AttributeKind::Explicit;
+  Name name;  ///< the name it has in this entity: the new name where it is RENAMED
+  Entity* owner = nullptr;
+  bool optional = false;
+  std::shared_ptr<TypeExpression> type;  ///< Explicit, Derived; shared by the attributes of one declaration
+
+  bool redeclared = false;  ///< SELF\entity.attribute
+  bool renamed = false;
+  Name redeclaredEntity;                ///< the qualifier of a redeclaration
+  Name redeclaredAttribute;             ///< the inherited attribute's name
+  const Attribute* original = nullptr;  ///< resolved: the attribute that an ancestor declared first
+
+  TokenRange expression;  ///< Derived: the expression
+
+  TypeKind inverseKind = TypeKind::Named;  ///< Inverse: Set, Bag, or Named for a single entity
+  bool inverseHasBounds = false;
+  TokenRange inverseLower, inverseUpper;
+  Name inverseEntity;     ///< Inverse: the referring entity
+  Name inverseGroup;      ///< Inverse: FOR group.attribute; empty where there is no group
+  Name inverseAttribute;  ///< Inverse: its attribute
+  Entity* inverseEntityDeclaration = nullptr;              ///< resolved
+  const Attribute* inverseAttributeDeclaration = nullptr;  ///< resolved
+};
+
+/// SUPERTYPE OF: an entity, or several combined (ISO 10303-11, 9.2.5).
+struct SupertypeExpression {
+  enum class Kind { Entity, OneOf, And, AndOr };
+  Kind kind = Kind::Entity;
+  Name name;                 ///< Entity
+  Entity* entity = nullptr;  ///< Entity, resolved
+  std::vector<SupertypeExpression> operands;
+};
+
+/// UNIQUE rule of an entity: the attributes whose values differ together.
+struct UniqueRule {
+  Name label;
+  std::vector<TokenRange> attributes;
+};
+
+/// ENTITY ... END_ENTITY.
+struct Entity : Declaration {
+  Entity(Name entityName, SchemaDeclaration* owner)
+      : Declaration(DeclarationKind::Entity, std::move(entityName), owner) {}
+
+  bool isAbstract = false;
+  std::unique_ptr<SupertypeExpression> supertypeExpression;  ///< null without SUPERTYPE OF
+  std::vector<Name> supertypeNames;
+  std::vector<Entity*> supertypes;   ///< resolved, in the order of SUBTYPE OF; unknown ones left out
+  std::vector<Entity*> subtypes;     ///< resolved: the direct subtypes, in the order of their declaration
+  std::deque<Attribute> attributes;  ///< all kinds in the order of declaration; addresses stay
+  std::vector<UniqueRule> unique;
+  std::vector<LabelledRule> where;
+};
+
+/// SUBTYPE_CONSTRAINT ... END_SUBTYPE_CONSTRAINT (ISO 10303-11, 9.7).
+struct SubtypeConstraint : Declaration {
+  SubtypeConstraint(Name constraintName, SchemaDeclaration* owner)
+      : Declaration(DeclarationKind::SubtypeConstraint, std::move(constraintName), owner) {}
+
+  Name entityName;
+  Entity* entity = nullptr;  ///< resolved
+  bool isAbstract = false;
+  std::vector<SupertypeExpression> totalOver;  ///< each of kind Entity
+  std::unique_ptr<SupertypeExpression> expression;
+};
+
+// ---- the remainder ------------------------------------------------------------------------------
+
+/// CONSTANT: one of its constants.
+struct Constant : Declaration {
+  Constant(Name constantName, SchemaDeclaration* owner)
+      : Declaration(DeclarationKind::Constant, std::move(constantName), owner) {}
+
+  TypeExpression type;
+  TokenRange expression;
+};
+
+/// FUNCTION, PROCEDURE or RULE, with everything between its name and its END_ word as tokens.
+struct Algorithm : Declaration {
+  using Declaration::Declaration;
+  TokenRange tokens;
+};
+
+/// One name of a USE or REFERENCE, with the name it gets here.
+struct InterfaceItem {
+  Name name;
+  Name alias;  ///< equal to `name` without AS
+};
+
+/// USE FROM or REFERENCE FROM (ISO 10303-11, clause 11).
+struct Interface {
+  bool isUse = false;
+  Name schemaName;
+  SchemaDeclaration* schema = nullptr;  ///< resolved
+  std::vector<InterfaceItem> items;     ///< empty: all that the schema declares
+};
+
+/// SCHEMA ... END_SCHEMA.
+struct SchemaDeclaration {
+  Name name;
+  std::string version;  ///< the text of the version string as it stands; empty without one
+  std::vector<Interface> interfaces;
+  std::vector<std::unique_ptr<Declaration>> declarations;  ///< in the order of the text
+
+  std::map<std::string, Declaration*>
+      scope;  ///< resolved: every name visible in the schema, interfaced ones included
+};
+
+/// All schemas of the files read, with the files that the places in them refer to.
+struct Model {
+  struct File {
+    std::unique_ptr<SourceFile> source;
+    std::vector<Token> tokens;
+  };
+  std::vector<std::unique_ptr<File>> files;
+  std::vector<std::unique_ptr<SchemaDeclaration>> schemas;  ///< in the order of the texts
+
+  /// The schema of this name in any case of letters; null where there is none.
+  SchemaDeclaration* FindSchema(const std::string& name) const;
+};
+
+// ---- questions about a resolved model -----------------------------------------------------------
+
+/// What a type finally stands for: follows names of defined types. Null where a name on the way is unknown or
+/// cyclic. An entity is returned as the TypeExpression that names it.
+const TypeExpression* Underlying(const TypeExpression& type);
+
+/// All items of an enumeration, those of the types that it is based on first.
+std::vector<TypeItem> AllItems(const TypeExpression& enumerationOrSelect);
+
+/// The entity itself or one of its ancestors is `ancestor`.
+bool IsKindOf(const Entity& entity, const Entity& ancestor);
+
+/// All ancestors, each once: for every supertype in order its ancestors, then itself. So roots come first.
+std::vector<const Entity*> AncestorsOf(const Entity& entity);
+
+/// One place in the parameter list of an instance.
+struct Slot {
+  const Entity* owner;         ///< the entity that declares the attribute
+  const Attribute* attribute;  ///< as declared there
+};
+
+/// The explicit attributes in the order in which Part 21 writes them (ISO 10303-21, mapping of entities,
+/// internal mapping): those of the supertypes in the order of SUBTYPE OF, each entity once, then the entity's
+/// own. Redeclared attributes keep the place of the original.
+std::vector<Slot> InternalMapping(const Entity& entity);
+
+/// Whether the attribute starts a place in a parameter list: explicit and not a redeclaration.
+bool IsSlot(const Attribute& attribute);
+
+/// The type as EXPRESS text in lower case: "list [1 : 3] of length_measure".
+std::string TypeText(const Model& model, const TypeExpression& type);
+
+}  // namespace VELMAR::Express

@@ -1,0 +1,691 @@
+#include "Resolver.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace VELMAR::Express {
+namespace {
+
+constexpr std::size_t kDeepestInheritance = 200;
+
+const char* KindText(DeclarationKind kind) {
+  switch (kind) {
+    case DeclarationKind::Type:
+      return "a type";
+    case DeclarationKind::Entity:
+      return "an entity";
+    case DeclarationKind::Constant:
+      return "a constant";
+    case DeclarationKind::Function:
+      return "a function";
+    case DeclarationKind::Procedure:
+      return "a procedure";
+    case DeclarationKind::Rule:
+      return "a rule";
+    case DeclarationKind::SubtypeConstraint:
+      return "a subtype constraint";
+  }
+  return "";
+}
+
+Entity* AsEntity(Declaration* declaration) {
+  return declaration && declaration->kind == DeclarationKind::Entity ? static_cast<Entity*>(declaration)
+                                                                     : nullptr;
+}
+
+DefinedType* AsType(Declaration* declaration) {
+  return declaration && declaration->kind == DeclarationKind::Type ? static_cast<DefinedType*>(declaration)
+                                                                   : nullptr;
+}
+
+std::string Quoted(const Name& name) { return "'" + name.text + "'"; }
+
+// Walks a graph depth first without recursion. `edges(node)` gives the nodes that a node leads to, `cut(node,
+// i)` is called for the i-th edge of a node where it closes a cycle.
+template <class Node, class Edges, class Cut>
+void FindCycles(const std::vector<Node*>& nodes, Edges edges, Cut cut) {
+  enum class Colour { White, Grey, Black };
+  struct Frame {
+    Node* node;
+    std::vector<Node*> targets;
+    std::size_t next;
+  };
+  std::unordered_map<Node*, Colour> colours;
+  std::vector<Frame> stack;
+  const auto enter = [&](Node* node) {
+    colours[node] = Colour::Grey;
+    stack.push_back({node, edges(node), 0});
+  };
+  for (Node* start : nodes) {
+    if (colours[start] != Colour::White) continue;
+    enter(start);
+    while (!stack.empty()) {
+      Frame& frame = stack.back();
+      if (frame.next == frame.targets.size()) {
+        colours[frame.node] = Colour::Black;
+        stack.pop_back();
+        continue;
+      }
+      const std::size_t index = frame.next++;
+      Node* target = frame.targets[index];
+      if (!target) continue;
+      if (colours[target] == Colour::Grey) {
+        cut(frame.node, index);
+      } else if (colours[target] == Colour::White) {
+        enter(target);
+      }
+    }
+  }
+}
+
+class Resolver {
+ public:
+  Resolver(Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
+
+  void Run() {
+    Schemas();
+    Interfaces();
+    ForAll<Entity>(DeclarationKind::Entity, entities_);
+    ForAll<DefinedType>(DeclarationKind::Type, types_);
+    for (Entity* entity : entities_) Supertypes(*entity);
+    InheritanceCycles();
+    for (Entity* entity : entities_) {
+      for (Entity* supertype : entity->supertypes) supertype->subtypes.push_back(entity);
+    }
+    for (DefinedType* type : types_) Type(*type->schema, type->underlying, false);
+    TypeCycles();
+    for (DefinedType* type : types_) Items(*type);
+    for (Entity* entity : entities_) AttributeTypes(*entity);
+    for (Entity* entity : SupertypesFirst()) EntityRules(*entity);
+    Remainder();
+  }
+
+ private:
+  using Kinds = std::set<DeclarationKind>;
+
+  // ---- scopes -----------------------------------------------------------------------------------
+
+  void Schemas() {
+    std::map<std::string, SchemaDeclaration*> seen;
+    for (const auto& schema : model_.schemas) {
+      const auto [first, added] = seen.emplace(schema->name.text, schema.get());
+      if (!added) Duplicate("schema", schema->name, first->second->name);
+      for (const auto& declaration : schema->declarations) {
+        const auto [other, isNew] = schema->scope.emplace(declaration->name.text, declaration.get());
+        if (!isNew) Duplicate("name", declaration->name, other->second->name);
+        if (isNew) exported_[schema.get()].insert(declaration->name.text);
+      }
+    }
+  }
+
+  void Duplicate(const char* what, const Name& name, const Name& first) {
+    diagnostics_.Report(Code::DuplicateName, name.where,
+                        std::string(what) + ' ' + Quoted(name) + " is declared twice", first.where,
+                        "first declared here");
+  }
+
+  // Carries names over until nothing changes, for a schema may use what another one uses.
+  void Interfaces() {
+    for (const auto& schema : model_.schemas) {
+      for (Interface& interface : schema->interfaces) {
+        interface.schema = model_.FindSchema(interface.schemaName.text);
+        if (!interface.schema) UnknownSchema(interface.schemaName);
+      }
+    }
+    bool changed = true;
+    while (changed) {
+      changed = false;
+      for (const auto& schema : model_.schemas) {
+        for (const Interface& interface : schema->interfaces)
+          changed = CarryOver(*schema, interface) || changed;
+      }
+    }
+    for (const auto& schema : model_.schemas) {
+      for (const Interface& interface : schema->interfaces) CheckItems(*schema, interface);
+    }
+  }
+
+  bool CarryOver(SchemaDeclaration& schema, const Interface& interface) {
+    if (!interface.schema || interface.schema == &schema) return false;
+    bool changed = false;
+    const auto add = [&](const std::string& name, Declaration* declaration) {
+      changed = schema.scope.emplace(name, declaration).second || changed;
+      if (interface.isUse) changed = exported_[&schema].insert(name).second || changed;
+    };
+    const SchemaDeclaration& from = *interface.schema;
+    for (const InterfaceItem& item : interface.items) {
+      const auto found = from.scope.find(item.name.text);
+      if (found != from.scope.end()) add(item.alias.text, found->second);
+    }
+    if (!interface.items.empty()) return changed;
+    const std::set<std::string> all = exported_[interface.schema];
+    for (const std::string& name : all) {
+      Declaration* declaration = from.scope.at(name);
+      const bool usable = AsEntity(declaration) || AsType(declaration);
+      if (usable || !interface.isUse) add(name, declaration);
+    }
+    return changed;
+  }
+
+  void CheckItems(const SchemaDeclaration& schema, const Interface& interface) {
+    if (!interface.schema) return;
+    for (const InterfaceItem& item : interface.items) {
+      const auto found = interface.schema->scope.find(item.name.text);
+      if (found == interface.schema->scope.end()) {
+        diagnostics_.Report(
+            Code::UnknownInterfaceItem, item.name.where,
+            "schema " + Quoted(interface.schemaName) + " has no declaration " + Quoted(item.name),
+            DidYouMean(*interface.schema, item.name.text, {}));
+        continue;
+      }
+      const Declaration* here = schema.scope.at(item.alias.text);
+      if (here != found->second) Duplicate("name", item.alias, here->name);
+    }
+  }
+
+  void UnknownSchema(const Name& name) {
+    std::vector<std::string> names;
+    for (const auto& schema : model_.schemas) names.push_back(schema->name.text);
+    const std::string nearest = Nearest(name.text, names);
+    diagnostics_.Report(
+        Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
+        nearest.empty() ? "give the file that declares it, too" : "did you mean '" + nearest + "'?");
+  }
+
+  std::string DidYouMean(const SchemaDeclaration& schema, const std::string& name, const Kinds& kinds) {
+    // Looking for a near name is what costs; after so many errors nobody reads the hints.
+    if (diagnostics_.ErrorCount() >= 200) return "";
+    std::vector<std::string> names;
+    for (const auto& [visible, declaration] : schema.scope) {
+      if (kinds.empty() || kinds.count(declaration->kind)) names.push_back(visible);
+    }
+    const std::string nearest = Nearest(name, names);
+    return nearest.empty() ? "" : "did you mean '" + nearest + "'?";
+  }
+
+  // A declaration that a name may refer to; reports and gives null where there is none of the kinds.
+  Declaration* Find(const SchemaDeclaration& schema, const Name& name, const Kinds& kinds, Code unknown,
+                    const char* what) {
+    if (name.text.empty()) return nullptr;
+    const auto found = schema.scope.find(name.text);
+    if (found == schema.scope.end()) {
+      if (!HasUnknownInterface(schema, name)) {
+        diagnostics_.Report(unknown, name.where, "unknown " + std::string(what) + ' ' + Quoted(name),
+                            DidYouMean(schema, name.text, kinds));
+      }
+      return nullptr;
+    }
+    if (kinds.count(found->second->kind)) return found->second;
+    const Code code = unknown == Code::UnknownEntity ? Code::NotAnEntity : Code::NotAType;
+    diagnostics_.Report(code, name.where,
+                        Quoted(name) + " is " + KindText(found->second->kind) + ", expected the name of " +
+                            (what[0] == 'e' ? "an " : "a ") + what,
+                        found->second->name.where, "declared here");
+    return nullptr;
+  }
+
+  // Whether the name was to come from a schema that is missing: that has been reported, once.
+  static bool HasUnknownInterface(const SchemaDeclaration& schema, const Name& name) {
+    for (const Interface& interface : schema.interfaces) {
+      if (interface.schema && interface.items.empty()) continue;
+      if (!interface.schema && interface.items.empty()) return true;
+      for (const InterfaceItem& item : interface.items) {
+        if (item.alias.text == name.text) return true;
+      }
+    }
+    return false;
+  }
+
+  Entity* FindEntity(const SchemaDeclaration& schema, const Name& name) {
+    return AsEntity(Find(schema, name, {DeclarationKind::Entity}, Code::UnknownEntity, "entity"));
+  }
+
+  template <class T>
+  void ForAll(DeclarationKind kind, std::vector<T*>& all) {
+    for (const auto& schema : model_.schemas) {
+      for (const auto& declaration : schema->declarations) {
+        if (declaration->kind == kind) all.push_back(static_cast<T*>(declaration.get()));
+      }
+    }
+  }
+
+  // ---- inheritance ------------------------------------------------------------------------------
+
+  void Supertypes(Entity& entity) {
+    for (const Name& name : entity.supertypeNames) {
+      Entity* supertype = FindEntity(*entity.schema, name);
+      if (!supertype) continue;
+      if (std::find(entity.supertypes.begin(), entity.supertypes.end(), supertype) !=
+          entity.supertypes.end()) {
+        diagnostics_.Report(Code::DuplicateItem, name.where, "supertype " + Quoted(name) + " is given twice");
+        continue;
+      }
+      entity.supertypes.push_back(supertype);
+    }
+  }
+
+  void InheritanceCycles() {
+    FindCycles(
+        entities_, [](Entity* entity) { return entity->supertypes; },
+        [&](Entity* entity, std::size_t index) {
+          Entity*& supertype = entity->supertypes[index];
+          diagnostics_.Report(Code::CyclicInheritance, entity->name.where,
+                              supertype == entity
+                                  ? "entity " + Quoted(entity->name) + " is its own supertype"
+                                  : "entity " + Quoted(entity->name) +
+                                        " is a supertype of its own supertype " + Quoted(supertype->name),
+                              supertype->name.where, Quoted(supertype->name) + " is declared here");
+          supertype = nullptr;
+        });
+    for (Entity* entity : entities_) RemoveNulls(entity->supertypes);
+    std::unordered_map<const Entity*, std::size_t> depths;
+    for (Entity* entity : SupertypesFirst()) {
+      std::size_t depth = 0;
+      for (const Entity* supertype : entity->supertypes) depth = std::max(depth, depths[supertype] + 1);
+      if (depth > kDeepestInheritance) {
+        diagnostics_.Report(Code::TooDeep, entity->name.where,
+                            "entity " + Quoted(entity->name) + " has more than 200 levels of supertypes");
+        entity->supertypes.clear();
+        depth = 0;
+      }
+      depths[entity] = depth;
+    }
+  }
+
+  static void RemoveNulls(std::vector<Entity*>& list) {
+    list.erase(std::remove(list.begin(), list.end(), nullptr), list.end());
+  }
+
+  std::vector<Entity*> SupertypesFirst() const {
+    std::unordered_map<const Entity*, std::size_t> missing;
+    std::unordered_map<const Entity*, std::vector<Entity*>> subtypes;
+    std::vector<Entity*> order;
+    for (Entity* entity : entities_) {
+      missing[entity] = entity->supertypes.size();
+      for (const Entity* supertype : entity->supertypes) subtypes[supertype].push_back(entity);
+      if (entity->supertypes.empty()) order.push_back(entity);
+    }
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      for (Entity* subtype : subtypes[order[i]]) {
+        if (--missing[subtype] == 0) order.push_back(subtype);
+      }
+    }
+    return order;
+  }
+
+  // ---- types ------------------------------------------------------------------------------------
+
+  void Type(const SchemaDeclaration& schema, TypeExpression& type, bool isGenericAllowed) {
+    for (TypeExpression* at = &type; at; at = at->element.get()) {
+      if (at->kind == TypeKind::Named) {
+        at->declaration = Find(schema, at->name, {DeclarationKind::Type, DeclarationKind::Entity},
+                               Code::UnknownType, "type");
+      }
+      if (at->kind == TypeKind::Array) ArrayBounds(*at, isGenericAllowed);
+      const bool isGeneric = at->kind == TypeKind::Generic || at->kind == TypeKind::GenericEntity ||
+                             at->kind == TypeKind::Aggregate;
+      if (isGeneric && !isGenericAllowed) {
+        diagnostics_.Report(Code::GenericAttribute, at->where,
+                            "a generalised type stands only in abstract entities");
+      }
+      BasedOn(schema, *at);
+      if (at->kind == TypeKind::Select) {
+        for (TypeItem& item : at->items) {
+          item.declaration = Find(schema, item.name, {DeclarationKind::Type, DeclarationKind::Entity},
+                                  Code::UnknownType, "type");
+        }
+      }
+    }
+  }
+
+  void BasedOn(const SchemaDeclaration& schema, TypeExpression& type) {
+    if (type.basedOn.text.empty()) return;
+    type.base = AsType(Find(schema, type.basedOn, {DeclarationKind::Type}, Code::UnknownType, "type"));
+    if (!type.base) return;
+    if (type.base->underlying.kind == type.kind && type.base->underlying.extensible) return;
+    diagnostics_.Report(Code::NotExtensible, type.basedOn.where,
+                        Quoted(type.basedOn) + " is not an extensible " +
+                            (type.kind == TypeKind::Enumeration ? "enumeration" : "select"),
+                        type.base->name.where, "declared here");
+    type.base = nullptr;
+  }
+
+  void ArrayBounds(const TypeExpression& array, bool isGenericAllowed) {
+    if (!array.hasBounds) {
+      if (!isGenericAllowed) {
+        diagnostics_.Report(Code::ArrayBounds, array.where,
+                            "an array gives its bounds: ARRAY [1 : 3] OF ...");
+      }
+      return;
+    }
+    long lower = 0;
+    long upper = 0;
+    if (IsIndeterminate(array, array.lower) || IsIndeterminate(array, array.upper)) {
+      diagnostics_.Report(Code::ArrayBounds, array.where, "a bound of an array is not '?'");
+    } else if (Literal(array, array.lower, lower) && Literal(array, array.upper, upper) && lower > upper) {
+      diagnostics_.Report(
+          Code::ArrayBounds, array.where,
+          "the lower bound " + std::to_string(lower) + " is above the upper bound " + std::to_string(upper));
+    }
+  }
+
+  const Model::File* FileOf(const Location& where) const {
+    for (const auto& file : model_.files) {
+      if (file->source.get() == where.file) return file.get();
+    }
+    return nullptr;
+  }
+
+  bool IsIndeterminate(const TypeExpression& type, const TokenRange& range) const {
+    return range.end - range.begin == 1 &&
+           FileOf(type.where)->tokens[range.begin].kind == TokenKind::Question;
+  }
+
+  // The value of an integer literal with or without a sign; up to nine digits.
+  bool Literal(const TypeExpression& type, const TokenRange& range, long& value) const {
+    const Model::File& file = *FileOf(type.where);
+    const bool negative = file.tokens[range.begin].kind == TokenKind::Minus;
+    const std::uint32_t at = range.begin + (negative ? 1 : 0);
+    if (at + 1 != range.end || file.tokens[at].kind != TokenKind::IntegerLiteral) return false;
+    if (file.tokens[at].length > 9) return false;
+    value = std::stol(std::string(file.source->Text(file.tokens[at].offset, file.tokens[at].length)));
+    if (negative) value = -value;
+    return true;
+  }
+
+  // A type must not stand for itself, by names and elements of aggregates, nor a select select itself, by
+  // names and items.
+  void TypeCycles() {
+    FindCycles(
+        types_,
+        [](DefinedType* type) {
+          std::vector<DefinedType*> targets{type->underlying.base};
+          for (TypeExpression* at = &type->underlying; at; at = at->element.get()) {
+            targets.push_back(AsType(at->declaration));
+          }
+          return targets;
+        },
+        [&](DefinedType* type, std::size_t index) {
+          diagnostics_.Report(Code::CyclicType, type->name.where,
+                              "type " + Quoted(type->name) + " stands for itself");
+          if (index == 0) type->underlying.base = nullptr;
+          for (TypeExpression* at = &type->underlying; at && index > 0; at = at->element.get()) {
+            if (--index == 0) at->declaration = nullptr;
+          }
+        });
+    FindCycles(
+        types_,
+        [](DefinedType* type) {
+          std::vector<DefinedType*> targets{AsType(type->underlying.declaration)};
+          for (const TypeItem& item : type->underlying.items) targets.push_back(AsType(item.declaration));
+          return targets;
+        },
+        [&](DefinedType* type, std::size_t index) {
+          if (index == 0) {
+            type->underlying.declaration = nullptr;
+            diagnostics_.Report(Code::CyclicSelect, type->name.where,
+                                "type " + Quoted(type->name) + " stands for a select that selects it");
+            return;
+          }
+          TypeItem& item = type->underlying.items[index - 1];
+          diagnostics_.Report(
+              Code::CyclicSelect, item.name.where,
+              "select " + Quoted(type->name) + " selects itself through " + Quoted(item.name));
+          item.declaration = nullptr;
+        });
+  }
+
+  // The items of an enumeration or a select differ from each other and from those of the type it is based on.
+  void Items(const DefinedType& type) {
+    std::map<std::string, const Name*> seen;
+    const std::vector<TypeItem> items = AllItems(type.underlying);
+    const std::size_t inherited = items.size() - type.underlying.items.size();
+    for (std::size_t i = 0; i < inherited; ++i) seen.emplace(items[i].name.text, &items[i].name);
+    for (const TypeItem& item : type.underlying.items) {
+      const auto [first, isNew] = seen.emplace(item.name.text, &item.name);
+      if (isNew) continue;
+      diagnostics_.Report(Code::DuplicateItem, item.name.where,
+                          "item " + Quoted(item.name) + " of " + Quoted(type.name) + " is given twice",
+                          first->second->where, "first given here");
+    }
+  }
+
+  // ---- entities ---------------------------------------------------------------------------------
+
+  void AttributeTypes(Entity& entity) {
+    const TypeExpression* last = nullptr;
+    for (Attribute& attribute : entity.attributes) {
+      // Attributes that were declared together share their type; it is looked at once.
+      if (attribute.type && attribute.type.get() != last)
+        Type(*entity.schema, *attribute.type, entity.isAbstract);
+      last = attribute.type.get();
+    }
+  }
+
+  void EntityRules(Entity& entity) {
+    const std::vector<const Entity*> ancestors = AncestorsOf(entity);
+    std::map<std::string, const Attribute*> inherited;
+    for (const Entity* ancestor : ancestors) {
+      for (const Attribute& attribute : ancestor->attributes)
+        inherited.emplace(attribute.name.text, &attribute);
+    }
+    std::map<std::string, const Attribute*> own;
+    for (Attribute& attribute : entity.attributes) {
+      DuplicateAttributes(entity, attribute, own, inherited);
+      if (attribute.redeclared) Redeclaration(entity, ancestors, attribute);
+      if (attribute.kind == AttributeKind::Inverse) Inverse(entity, attribute);
+    }
+    for (const UniqueRule& rule : entity.unique) Unique(entity, rule, own, inherited);
+    if (entity.supertypeExpression) Subtypes(entity, *entity.supertypeExpression);
+  }
+
+  void DuplicateAttributes(const Entity& entity, const Attribute& attribute,
+                           std::map<std::string, const Attribute*>& own,
+                           const std::map<std::string, const Attribute*>& inherited) {
+    const auto [first, isNew] = own.emplace(attribute.name.text, &attribute);
+    if (!isNew && !(attribute.redeclared && first->second->redeclared &&
+                    attribute.redeclaredEntity.text != first->second->redeclaredEntity.text)) {
+      diagnostics_.Report(
+          Code::DuplicateAttribute, attribute.name.where,
+          "attribute " + Quoted(attribute.name) + " of " + Quoted(entity.name) + " is declared twice",
+          first->second->name.where, "first declared here");
+      return;
+    }
+    const auto other = inherited.find(attribute.name.text);
+    if (attribute.redeclared || other == inherited.end()) return;
+    diagnostics_.Report(Code::DuplicateAttribute, attribute.name.where,
+                        "attribute " + Quoted(attribute.name) + " of " + Quoted(entity.name) +
+                            " is inherited from " + Quoted(other->second->owner->name) +
+                            "; to redeclare it write SELF\\" + other->second->owner->name.text + '.' +
+                            attribute.name.text,
+                        other->second->name.where, "declared here");
+  }
+
+  void Redeclaration(const Entity& entity, const std::vector<const Entity*>& ancestors,
+                     Attribute& attribute) {
+    const Entity* group = FindEntity(*entity.schema, attribute.redeclaredEntity);
+    if (!group) return;
+    if (std::find(ancestors.begin(), ancestors.end(), group) == ancestors.end()) {
+      diagnostics_.Report(Code::NotInherited, attribute.redeclaredEntity.where,
+                          Quoted(attribute.redeclaredEntity) + " is no supertype of " + Quoted(entity.name));
+      return;
+    }
+    const Attribute* inherited = FindAttribute(*group, attribute.redeclaredAttribute.text);
+    if (!inherited) {
+      UnknownAttribute(*group, attribute.redeclaredAttribute);
+      return;
+    }
+    attribute.original = inherited->redeclared ? inherited->original : inherited;
+    if (!attribute.type || !inherited->type || IsSpecialisation(*attribute.type, *inherited->type)) return;
+    diagnostics_.Report(Code::NotSpecialised, attribute.type->where,
+                        "attribute " + Quoted(attribute.name) + " is redeclared as " +
+                            TypeText(model_, *attribute.type) + ", which is no specialisation of " +
+                            TypeText(model_, *inherited->type),
+                        inherited->name.where, "declared here");
+  }
+
+  // The attribute of this name that the entity declares or inherits; null where there is none.
+  static const Attribute* FindAttribute(const Entity& entity, const std::string& name) {
+    const auto declaredIn = [&](const Entity& owner) -> const Attribute* {
+      for (const Attribute& attribute : owner.attributes) {
+        if (attribute.name.text == name) return &attribute;
+      }
+      return nullptr;
+    };
+    if (const Attribute* attribute = declaredIn(entity)) return attribute;
+    const std::vector<const Entity*> ancestors = AncestorsOf(entity);
+    for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor) {
+      if (const Attribute* attribute = declaredIn(**ancestor)) return attribute;
+    }
+    return nullptr;
+  }
+
+  void UnknownAttribute(const Entity& entity, const Name& name) {
+    std::vector<std::string> names;
+    for (const Attribute& attribute : entity.attributes) names.push_back(attribute.name.text);
+    for (const Entity* ancestor : AncestorsOf(entity)) {
+      for (const Attribute& attribute : ancestor->attributes) names.push_back(attribute.name.text);
+    }
+    const std::string nearest = Nearest(name.text, names);
+    diagnostics_.Report(Code::UnknownAttribute, name.where,
+                        "entity " + Quoted(entity.name) + " has no attribute " + Quoted(name),
+                        nearest.empty() ? "" : "did you mean '" + nearest + "'?");
+  }
+
+  // ISO 10303-11, 9.2.7. Says no only where the types can never agree; what select and generalised types
+  // leave open passes.
+  static bool IsSpecialisation(const TypeExpression& narrow, const TypeExpression& wide) {
+    const TypeExpression* to = Underlying(narrow);
+    const TypeExpression* from = Underlying(wide);
+    if (!to || !from || to == from) return true;
+    const bool isOpen = from->kind == TypeKind::Select || from->kind == TypeKind::Generic ||
+                        from->kind == TypeKind::GenericEntity || to->kind == TypeKind::Select;
+    if (isOpen) return true;
+    switch (from->kind) {
+      case TypeKind::Number:
+        return to->kind == TypeKind::Number || to->kind == TypeKind::Real || to->kind == TypeKind::Integer;
+      case TypeKind::Real:
+        return to->kind == TypeKind::Real || to->kind == TypeKind::Integer;
+      case TypeKind::Logical:
+        return to->kind == TypeKind::Logical || to->kind == TypeKind::Boolean;
+      case TypeKind::Aggregate:
+        return IsAggregate(to->kind) && IsSpecialisation(*to->element, *from->element);
+      case TypeKind::Bag:
+        return (to->kind == TypeKind::Bag || to->kind == TypeKind::Set) &&
+               IsSpecialisation(*to->element, *from->element);
+      case TypeKind::Array:
+      case TypeKind::List:
+      case TypeKind::Set:
+        return to->kind == from->kind && IsSpecialisation(*to->element, *from->element);
+      case TypeKind::Named:
+        return to->kind == TypeKind::Named &&
+               IsKindOf(*AsEntity(to->declaration), *AsEntity(from->declaration));
+      default:
+        return to->kind == from->kind;
+    }
+  }
+
+  void Inverse(const Entity& entity, Attribute& attribute) {
+    attribute.inverseEntityDeclaration = FindEntity(*entity.schema, attribute.inverseEntity);
+    if (!attribute.inverseEntityDeclaration) return;
+    const Entity* owner = attribute.inverseEntityDeclaration;
+    if (!attribute.inverseGroup.text.empty()) owner = FindEntity(*entity.schema, attribute.inverseGroup);
+    if (!owner) return;
+    const Attribute* inverted = FindAttribute(*owner, attribute.inverseAttribute.text);
+    if (!inverted) {
+      UnknownAttribute(*owner, attribute.inverseAttribute);
+      return;
+    }
+    attribute.inverseAttributeDeclaration = inverted;
+    if (inverted->kind == AttributeKind::Explicit && (!inverted->type || CanReferTo(*inverted->type, entity)))
+      return;
+    diagnostics_.Report(Code::InverseNotReferring, attribute.inverseAttribute.where,
+                        "attribute " + Quoted(attribute.inverseAttribute) + " of " + Quoted(owner->name) +
+                            " does not refer to " + Quoted(entity.name),
+                        inverted->name.where, "declared here");
+  }
+
+  // Whether a value of the type may hold a reference to an instance of the entity.
+  static bool CanReferTo(const TypeExpression& type, const Entity& entity) {
+    std::vector<const TypeExpression*> open{&type};
+    std::set<const TypeExpression*> seen;
+    while (!open.empty()) {
+      const TypeExpression* at = Underlying(*open.back());
+      open.pop_back();
+      if (!at || at->kind == TypeKind::Generic || at->kind == TypeKind::GenericEntity) return true;
+      if (!seen.insert(at).second) continue;
+      if (at->element) open.push_back(at->element.get());
+      if (at->kind == TypeKind::Named) {
+        const Entity& target = *AsEntity(at->declaration);
+        if (IsKindOf(entity, target) || IsKindOf(target, entity)) return true;
+      }
+      if (at->kind != TypeKind::Select) continue;
+      if (at->extensible) return true;
+      for (const TypeItem& item : AllItems(*at)) {
+        if (!item.declaration) return true;
+        if (const Entity* target = AsEntity(item.declaration)) {
+          if (IsKindOf(entity, *target) || IsKindOf(*target, entity)) return true;
+        } else {
+          open.push_back(&AsType(item.declaration)->underlying);
+        }
+      }
+    }
+    return false;
+  }
+
+  void Unique(const Entity& entity, const UniqueRule& rule,
+              const std::map<std::string, const Attribute*>& own,
+              const std::map<std::string, const Attribute*>& inherited) {
+    const Model::File& file = *FileOf(entity.name.where);
+    for (const TokenRange& range : rule.attributes) {
+      const Token& token = file.tokens[range.end - 1];
+      Name name{std::string(file.source->Text(token.offset, token.length)),
+                {file.source.get(), token.offset, token.length}};
+      for (char& c : name.text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+      if (!own.count(name.text) && !inherited.count(name.text)) UnknownAttribute(entity, name);
+    }
+  }
+
+  void Subtypes(const Entity& entity, SupertypeExpression& expression) {
+    for (SupertypeExpression& operand : expression.operands) Subtypes(entity, operand);
+    if (expression.kind != SupertypeExpression::Kind::Entity) return;
+    expression.entity = FindEntity(*entity.schema, expression.name);
+    if (!expression.entity || IsKindOf(*expression.entity, entity)) return;
+    diagnostics_.Report(Code::NotASubtype, expression.name.where,
+                        Quoted(expression.name) + " is not a subtype of " + Quoted(entity.name),
+                        expression.entity->name.where, Quoted(expression.name) + " is declared here");
+  }
+
+  void Remainder() {
+    for (const auto& schema : model_.schemas) {
+      for (const auto& declaration : schema->declarations) {
+        if (declaration->kind == DeclarationKind::Constant) {
+          Type(*schema, static_cast<Constant&>(*declaration).type, false);
+        }
+        if (declaration->kind != DeclarationKind::SubtypeConstraint) continue;
+        auto& constraint = static_cast<SubtypeConstraint&>(*declaration);
+        constraint.entity = FindEntity(*schema, constraint.entityName);
+        if (!constraint.entity) continue;
+        for (SupertypeExpression& entity : constraint.totalOver) Subtypes(*constraint.entity, entity);
+        if (constraint.expression) Subtypes(*constraint.entity, *constraint.expression);
+      }
+    }
+  }
+
+  Model& model_;
+  Diagnostics& diagnostics_;
+  std::vector<Entity*> entities_;
+  std::vector<DefinedType*> types_;
+  std::map<const SchemaDeclaration*, std::set<std::string>>
+      exported_;  // what USE FROM without a list carries over
+};
+
+}  // namespace
+
+void Resolve(Model& model, Diagnostics& diagnostics) { Resolver(model, diagnostics).Run(); }
+
+}  // namespace VELMAR::Express

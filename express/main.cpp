@@ -1,0 +1,144 @@
+// velmar-express: checks EXPRESS schemas and writes the C++ of schema libraries.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "CppWriter.h"
+#include "Diagnostics.h"
+#include "ExpressParser.h"
+#include "Model.h"
+#include "Resolver.h"
+
+namespace {
+
+using namespace VELMAR::Express;
+
+constexpr int kGood = 0;
+constexpr int kSchemaErrors = 1;
+constexpr int kUsage = 2;
+
+constexpr const char* kExitStatus =
+    "Messages go to standard error. Exit status: 0 where all is well, 1 for errors in a schema,\n"
+    "2 for wrong usage or a file that cannot be read or written.";
+
+struct Options {
+  std::vector<std::string> files;
+  std::string outputDirectory = ".";
+  std::string registryName;
+  std::string schemaName;
+  int parts = 8;
+};
+
+// Reads and resolves all files, prints what was found. False where there is an error.
+bool Load(const std::vector<std::string>& files, Model& model) {
+  Diagnostics diagnostics;
+  for (const std::string& file : files) ParseFile(model, SourceFile::Read(file), diagnostics);
+  Resolve(model, diagnostics);
+  diagnostics.Print(std::cerr);
+  return diagnostics.ErrorCount() == 0;
+}
+
+int Check(const Options& options) {
+  Model model;
+  return Load(options.files, model) ? kGood : kSchemaErrors;
+}
+
+// Leaves a file alone that already has the text, so that nothing is built again without a reason.
+void WriteWhereChanged(const std::filesystem::path& path, const std::string& text) {
+  {
+    std::ifstream before(path, std::ios::binary);
+    if (before && std::string(std::istreambuf_iterator<char>(before), {}) == text) return;
+  }
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << text;
+  out.close();
+  if (!out) throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+int Generate(const Options& options) {
+  Model model;
+  if (!Load(options.files, model)) return kSchemaErrors;
+  const SchemaDeclaration* schema = model.schemas.back().get();
+  if (!options.schemaName.empty()) schema = model.FindSchema(options.schemaName);
+  if (!schema) {
+    std::cerr << "velmar-express: the files declare no schema '" << options.schemaName << "'\n";
+    return kUsage;
+  }
+  CppOptions cpp;
+  cpp.sourceName = std::filesystem::path(schema->name.where.file->Name()).filename().string();
+  cpp.registryName = options.registryName.empty() ? schema->name.text : options.registryName;
+  for (char& c : cpp.registryName) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  cpp.parts = options.parts;
+  std::filesystem::create_directories(options.outputDirectory);
+  for (const GeneratedFile& file : WriteCpp(model, *schema, cpp)) {
+    WriteWhereChanged(std::filesystem::path(options.outputDirectory) / file.name, file.text);
+  }
+  return kGood;
+}
+
+std::string ValidateRegistryName(const std::string& name) {
+  const auto isPart = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+  const bool good = !name.empty() && std::isalpha(static_cast<unsigned char>(name[0])) &&
+                    std::all_of(name.begin(), name.end(), isPart);
+  return good ? "" : "a registry name is made of letters, digits and '_', a letter first";
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app("velmar-express reads EXPRESS schemas (ISO 10303-11).");
+  app.footer(kExitStatus);
+  app.set_version_flag("--version", "velmar-express 3.1");
+  app.require_subcommand(1);
+  Options options;
+
+  CLI::App* check = app.add_subcommand("check", "Read schemas and report what is wrong with them");
+  check->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
+      ->required();
+  check->footer(kExitStatus);
+
+  CLI::App* generate = app.add_subcommand("generate", "Write the C++ of a schema library");
+  generate->add_option("FILE", options.files, "EXPRESS files: the schema and those it interfaces")
+      ->required();
+  generate
+      ->add_option("--output-dir", options.outputDirectory,
+                   "Where the files go; made where it does not exist")
+      ->capture_default_str();
+  generate
+      ->add_option(
+          "--registry-name", options.registryName,
+          "The schema name that the types are registered under; in camel case it names the C++ namespace and "
+          "the files. Default: the name of the schema")
+      ->check(ValidateRegistryName);
+  generate->add_option("--schema", options.schemaName, "Which schema of the files. Default: the last one");
+  generate->add_option("--parts", options.parts, "Into how many .cpp files the classes go")
+      ->check(CLI::Range(1, 999))
+      ->capture_default_str();
+  generate->footer(kExitStatus);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kGood : kUsage;
+  }
+  return *check ? Check(options) : Generate(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "velmar-express: " << error.what() << '\n';
+    return kUsage;
+  }
+}

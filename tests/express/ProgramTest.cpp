@@ -1,0 +1,138 @@
+// velmar-express as a user runs it: its exit status, its streams and the files it writes.
+
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "SchemaText.h"
+
+namespace VELMAR::Express {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+namespace fs = std::filesystem;
+
+class Program : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ =
+        fs::temp_directory_path() /
+        ("velmar-express-" + std::to_string(getpid()));
+    fs::remove_all(folder_);
+    fs::create_directories(folder_);
+    Write("good.exp", "SCHEMA good; ENTITY a; END_ENTITY; END_SCHEMA;");
+    Write("bad.exp", "SCHEMA bad; ENTITY a; x : b; END_ENTITY; END_SCHEMA;");
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  void Write(const std::string& name, const std::string& text) {
+    std::ofstream(folder_ / name, std::ios::binary) << text;
+  }
+
+  // Runs the program in the test's folder; returns its exit status.
+  int Run(const std::string& arguments) {
+    const std::string command = "cd '" + folder_.string() + "' && '" VELMAR_EXPRESS_PROGRAM "' " + arguments +
+                                " > stdout.txt 2> stderr.txt";
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  std::string Content(const std::string& name) const { return ContentOf((folder_ / name).string()); }
+
+  fs::path folder_;
+};
+
+TEST_F(Program, CheckOfAGoodSchemaSaysNothing) {
+  EXPECT_EQ(Run("check good.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"), "");
+  EXPECT_EQ(Content("stderr.txt"), "");
+}
+
+TEST_F(Program, CheckOfABadSchemaSaysWhyOnStandardError) {
+  EXPECT_EQ(Run("check good.exp bad.exp"), 1);
+  EXPECT_EQ(Content("stdout.txt"), "");
+  EXPECT_THAT(Content("stderr.txt"), StartsWith("bad.exp:1:27: error: unknown type 'b' [E021]"));
+}
+
+TEST_F(Program, WarningsAreNoErrors) {
+  Write("warned.exp", "SCHEMA rule; END_SCHEMA;");
+  EXPECT_EQ(Run("check warned.exp"), 0);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("warning: "));
+}
+
+TEST_F(Program, FileThatCannotBeReadIsWrongUsage) {
+  EXPECT_EQ(Run("check missing.exp"), 2);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("missing.exp"));
+  EXPECT_EQ(Run("check ."), 2);
+}
+
+TEST_F(Program, WrongUsage) {
+  EXPECT_EQ(Run(""), 2);
+  EXPECT_EQ(Run("check"), 2);
+  EXPECT_EQ(Run("nonsense"), 2);
+  EXPECT_EQ(Run("check --nonsense good.exp"), 2);
+  EXPECT_EQ(Run("generate good.exp --parts 0"), 2);
+  EXPECT_EQ(Run("generate good.exp --registry-name 1x"), 2);
+  EXPECT_EQ(Run("generate good.exp --schema other"), 2);
+  EXPECT_FALSE(fs::exists(folder_ / "Good.h"));
+}
+
+TEST_F(Program, HelpGoesToStandardOutput) {
+  for (const char* arguments : {"--help", "check --help", "generate --help"}) {
+    EXPECT_EQ(Run(arguments), 0);
+    EXPECT_THAT(Content("stdout.txt"), HasSubstr("Exit status: 0"));
+    EXPECT_EQ(Content("stderr.txt"), "");
+  }
+}
+
+TEST_F(Program, GenerateWritesTheFilesAndMakesTheFolder) {
+  EXPECT_EQ(Run("generate good.exp --output-dir a/b --registry-name MY_NAME --parts 2"), 0);
+  for (const char* name : {"MyName.h", "MyName.cpp", "MyName_1.cpp", "MyName_2.cpp"}) {
+    EXPECT_THAT(Content(std::string("a/b/") + name),
+                StartsWith("// Generated from good.exp by velmar-express 3.1. Do not edit.\n"));
+  }
+}
+
+TEST_F(Program, RegistryNameIsTheSchemasNameUnlessGivenAndUpperCase) {
+  EXPECT_EQ(Run("generate good.exp --parts 1"), 0);
+  EXPECT_THAT(Content("Good_1.cpp"), HasSubstr("RegisterEntityTypes(\"GOOD\", "));
+  EXPECT_EQ(Run("generate good.exp --parts 1 --registry-name better"), 0);
+  EXPECT_THAT(Content("Better_1.cpp"), HasSubstr("RegisterEntityTypes(\"BETTER\", "));
+}
+
+TEST_F(Program, FilesAreLeftAloneUnlessTheirTextChanges) {
+  ASSERT_EQ(Run("generate good.exp"), 0);
+  const fs::file_time_type old = fs::last_write_time(folder_ / "Good.h") - std::chrono::hours(1);
+  fs::last_write_time(folder_ / "Good.h", old);
+  fs::last_write_time(folder_ / "Good_1.cpp", old);
+  Write("Good_1.cpp", "changed");
+  ASSERT_EQ(Run("generate good.exp"), 0);
+  EXPECT_EQ(fs::last_write_time(folder_ / "Good.h"), old);
+  EXPECT_THAT(Content("Good_1.cpp"), StartsWith("// Generated"));
+}
+
+TEST_F(Program, NothingIsWrittenForASchemaWithErrors) {
+  EXPECT_EQ(Run("generate bad.exp --output-dir out"), 1);
+  EXPECT_FALSE(fs::exists(folder_ / "out"));
+}
+
+TEST_F(Program, FolderThatCannotBeWrittenIsReported) {
+  EXPECT_EQ(Run("generate good.exp --output-dir good.exp/x"), 2);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("velmar-express: "));
+}
+
+TEST_F(Program, SchemaIsChosenByName) {
+  Write("two.exp", "SCHEMA one; END_SCHEMA; SCHEMA two; END_SCHEMA;");
+  EXPECT_EQ(Run("generate two.exp"), 0);
+  EXPECT_TRUE(fs::exists(folder_ / "Two.h"));
+  EXPECT_FALSE(fs::exists(folder_ / "One.h"));
+  EXPECT_EQ(Run("generate two.exp --schema ONE"), 0);
+  EXPECT_TRUE(fs::exists(folder_ / "One.h"));
+}
+
+}  // namespace
+}  // namespace VELMAR::Express

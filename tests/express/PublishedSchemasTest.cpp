@@ -1,0 +1,88 @@
+// Whole published schemas, where they lie beside the repository.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "SchemaText.h"
+
+namespace VELMAR::Express {
+namespace {
+
+const std::filesystem::path kSchemas = std::filesystem::path(VELMAR_TEST_SHARED) / "schemas";
+
+std::vector<std::filesystem::path> AllIn(const char* folder) {
+  std::vector<std::filesystem::path> files;
+  if (!std::filesystem::exists(kSchemas / folder)) return files;
+  for (const auto& entry : std::filesystem::directory_iterator(kSchemas / folder))
+    files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+TEST(PublishedSchemas, AreAcceptedWithoutAMessage) {
+  const auto files = AllIn("published");
+  if (files.empty()) GTEST_SKIP() << "no folder " << (kSchemas / "published");
+  for (const auto& file : files) {
+    const SchemaText text(ContentOf(file.string()), file.filename().string());
+    std::ostringstream out;
+    text.diagnostics.Print(out);
+    EXPECT_EQ(out.str(), "") << file;
+  }
+}
+
+// The places of the first messages; the schemas that are not listed are accepted.
+const std::map<std::string, std::string> kRejected = {
+    {"array_without_bounds", "3:7 E037"},
+    {"bad_aggregate_bounds", "3:15 E010"},
+    {"cyclic_inheritance", "4:8 E032"},
+    {"cyclic_select", "4:18 E034"},
+    {"cyclic_type", "4:6 E033"},
+    {"derive_without_expression", "5:14 E016"},
+    {"duplicate_attribute", "4:3 E027"},
+    {"duplicate_attribute_inherited", "6:3 E027"},
+    {"duplicate_entity", "4:8 E026"},
+    {"empty_file", "1:1 E015"},
+    {"enum_duplicate_item", "2:38 E028"},
+    {"inverse_no_such_attribute", "4:20 E025"},
+    {"missing_end_entity", "4:1 E012"},
+    {"missing_semicolon", "2:9 E010"},
+    {"no_end_schema", "3:12 E012"},
+    {"non_ascii_identifier", "2:10 E001"},
+    {"only_remark", "2:1 E015"},
+    {"redeclare_not_specialised", "6:14 E036"},
+    {"reserved_word_as_name", "2:8 E011"},
+    {"supertype_expr_unknown", "2:34 E022"},
+    {"undefined_supertype", "2:22 E022"},
+    {"undefined_type_ref", "3:7 E021"},
+    {"unterminated_remark", "2:1 E003"},
+    {"unterminated_string", "3:16 E002"},
+    {"use_from_unknown_schema", "2:10 E023"},
+};
+
+TEST(ConstructSchemas, AreRejectedAtTheRightPlaceOrAccepted) {
+  const auto files = AllIn("constructs");
+  if (files.empty()) GTEST_SKIP() << "no folder " << (kSchemas / "constructs");
+  std::size_t rejected = 0;
+  for (const auto& file : files) {
+    const SchemaText text(ContentOf(file.string()), file.filename().string());
+    const auto expected = kRejected.find(file.stem().string());
+    if (expected == kRejected.end()) {
+      EXPECT_EQ(text.diagnostics.ErrorCount(), 0u) << file;
+      continue;
+    }
+    ++rejected;
+    ASSERT_EQ(text.diagnostics.ErrorCount(), 1u) << file;
+    const Diagnostic& first = text.diagnostics.All()[0];
+    const Position position = first.where.file->PositionOf(first.where.offset);
+    EXPECT_EQ(std::to_string(position.line) + ':' + std::to_string(position.column) + ' ' +
+                  CatalogueRowOf(first.code).number,
+              expected->second)
+        << file;
+  }
+  EXPECT_EQ(rejected, kRejected.size());
+}
+
+}  // namespace
+}  // namespace VELMAR::Express

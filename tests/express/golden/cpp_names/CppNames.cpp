@@ -1,0 +1,21 @@
+// Generated from cpp_names.exp by velmar-express 3.1. Do not edit.
+#include "CppNames.h"
+
+namespace VELMAR::CppNames {
+
+void Load1();
+
+void Load() {
+  static const bool loaded = [] {
+    Load1();
+    return true;
+  }();
+  static_cast<void>(loaded);
+}
+
+namespace {
+
+[[maybe_unused]] const bool loadedWithTheLibrary = (Load(), true);
+
+}  // namespace
+}  // namespace VELMAR::CppNames

@@ -1,0 +1,107 @@
+// Generated from cpp_names.exp by velmar-express 3.1. Do not edit.
+#pragma once
+
+#include "ExpSchemaLibrary.h"
+
+#if VELMAR_VERSION_MAJOR != 3 || VELMAR_VERSION_MINOR != 1
+#error "Generated for Velmar 3.1: generate this schema library again with the velmar-express of your version"
+#endif
+
+namespace VELMAR::CppNames {
+
+/// Registers the entity types of CPP_NAMES, which loading the library does, too. A call makes sure
+/// that the library is linked and loaded; any further one does nothing.
+VELMAR_API void Load();
+
+/// colour
+class VELMAR_API Colour : public ExpSchemaEnumeration<Colour> {
+ public:
+  enum class Enumeration { Unset = -1, Red };
+  static constexpr const char* kNames = "RED";
+};
+
+/// namespace
+class VELMAR_API Namespace : public ExpSchemaEnumeration<Namespace> {
+ public:
+  enum class Enumeration { Unset = -1, True, Null, Void, Delete, Unset_ };
+  static constexpr const char* kNames = "TRUE_ NULL VOID DELETE UNSET";
+};
+
+/// class
+class VELMAR_API Class : public ExpEntity {
+ public:
+  ~Class() override;
+  using ExpEntity::GetMember;
+  ExpAttribute* GetMember(int index) override;
+
+  ExpInteger& Int() { return int_; }  ///< integer
+  ExpString& This() { return this_; }  ///< string
+  ExpLink& Operator() { return operator_; }  ///< optional class
+  CppNames::Namespace& Class_() { return class_; }  ///< namespace
+  ExpString& ToString_() { return to_string_; }  ///< string
+  ExpString& Tostring() { return tostring__; }  ///< string
+  ExpInteger& GetMember_() { return get_member_; }  ///< integer
+  ExpString& ExpString_() { return exp_string_; }  ///< string
+  CppNames::Namespace& Namespace() { return namespace_; }  ///< namespace
+
+ protected:
+  ExpInteger int_;
+  ExpString this_;
+  ExpLink operator_;
+  CppNames::Namespace class_;
+  ExpString to_string_;
+  ExpString tostring__;
+  ExpInteger get_member_;
+  ExpString exp_string_;
+  CppNames::Namespace namespace_;
+};
+
+/// cpp_names
+class VELMAR_API CppNames_ : public ExpEntity {
+ public:
+  ~CppNames_() override;
+};
+
+/// exp_entity
+class VELMAR_API ExpEntity_ : public ExpEntity {
+ public:
+  ~ExpEntity_() override;
+};
+
+/// load
+class VELMAR_API Load_ : public ExpEntity {
+ public:
+  ~Load_() override;
+  using ExpEntity::GetMember;
+  ExpAttribute* GetMember(int index) override;
+
+  ExpInteger& A1() { return a_1_; }  ///< integer
+  ExpInteger& A1_() { return a1_; }  ///< integer
+  CppNames::Colour& Colour() { return colour_; }  ///< colour
+
+ protected:
+  ExpInteger a_1_;
+  ExpInteger a1_;
+  CppNames::Colour colour_;
+};
+
+/// late
+class VELMAR_API Late : public Load_ {
+ public:
+  ~Late() override;
+  using ExpEntity::GetMember;
+  ExpAttribute* GetMember(int index) override;
+
+  CppNames::Colour& Other() { return other_; }  ///< colour
+
+ protected:
+  CppNames::Colour other_;
+};
+
+/// lo_ad
+class VELMAR_API LoAd : public ExpEntity {
+ public:
+  ~LoAd() override;
+};
+
+}  // namespace VELMAR::CppNames

@@ -1,0 +1,29 @@
+// Generated from enumeration.exp by velmar-express 3.1. Do not edit.
+#include "EnumerationType.h"
+
+namespace VELMAR::EnumerationType {
+
+Crossing::~Crossing() = default;
+
+ExpAttribute* Crossing::GetMember(int index) {
+  switch (index) {
+    case 0: return &shows_;
+    case 1: return &other_;
+    default: return nullptr;
+  }
+}
+
+namespace {
+
+constexpr ExpEntityTypeRow kEntityTypes[] = {
+    {"CROSSING", &ExpSchemaCreate<Crossing>, 2, 0, 0, 1,
+     "VELMAR::ExpEntity",
+     "",
+     "shows other"},
+};
+
+}  // namespace
+
+void Load1() { RegisterEntityTypes("ENUMERATION_TYPE", kEntityTypes, 1); }
+
+}  // namespace VELMAR::EnumerationType

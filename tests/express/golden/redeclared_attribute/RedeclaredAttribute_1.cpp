@@ -1,0 +1,59 @@
+// Generated from redeclared_attribute.exp by velmar-express 3.1. Do not edit.
+#include "RedeclaredAttribute.h"
+
+namespace VELMAR::RedeclaredAttribute {
+
+CountUnit::~CountUnit() = default;
+
+ExpAttribute* CountUnit::GetMember(int index) {
+  switch (index) {
+    case 2: return &own_;
+    default: return Unit::GetMember(index);
+  }
+}
+
+FixedUnit::FixedUnit() {
+  Unit::dimensions_.SetOmitted(true);
+}
+
+FixedUnit::~FixedUnit() = default;
+
+ExpAttribute* FixedUnit::GetMember(int index) {
+  switch (index) {
+    case 3: return &label_;
+    default: return CountUnit::GetMember(index);
+  }
+}
+
+Unit::~Unit() = default;
+
+ExpAttribute* Unit::GetMember(int index) {
+  switch (index) {
+    case 0: return &dimensions_;
+    case 1: return &note_;
+    default: return nullptr;
+  }
+}
+
+namespace {
+
+constexpr ExpEntityTypeRow kEntityTypes[] = {
+    {"COUNT_UNIT", &ExpSchemaCreate<CountUnit>, 3, 0, 2, 1,
+     "VELMAR::ExpEntity REDECLARED_ATTRIBUTE::UNIT",
+     "REDECLARED_ATTRIBUTE::FIXED_UNIT",
+     "dimensions note own"},
+    {"FIXED_UNIT", &ExpSchemaCreate<FixedUnit>, 4, 0, 3, 2,
+     "VELMAR::ExpEntity REDECLARED_ATTRIBUTE::UNIT REDECLARED_ATTRIBUTE::COUNT_UNIT",
+     "",
+     "dimensions note own label"},
+    {"UNIT", &ExpSchemaCreate<Unit>, 2, 0, 0, 3,
+     "VELMAR::ExpEntity",
+     "REDECLARED_ATTRIBUTE::COUNT_UNIT",
+     "dimensions note"},
+};
+
+}  // namespace
+
+void Load1() { RegisterEntityTypes("REDECLARED_ATTRIBUTE", kEntityTypes, 3); }
+
+}  // namespace VELMAR::RedeclaredAttribute

@@ -1,0 +1,48 @@
+// Generated from renamed_attribute.exp by velmar-express 3.1. Do not edit.
+#include "RenamedAttribute.h"
+
+namespace VELMAR::RenamedAttribute {
+
+AssemblyRelation::~AssemblyRelation() = default;
+
+ExpAttribute* AssemblyRelation::GetMember(int index) {
+  switch (index) {
+    case 2: return &quantity_;
+    default: return Relation::GetMember(index);
+  }
+}
+
+NarrowRelation::~NarrowRelation() = default;
+
+Relation::~Relation() = default;
+
+ExpAttribute* Relation::GetMember(int index) {
+  switch (index) {
+    case 0: return &relating_;
+    case 1: return &related_;
+    default: return nullptr;
+  }
+}
+
+namespace {
+
+constexpr ExpEntityTypeRow kEntityTypes[] = {
+    {"ASSEMBLY_RELATION", &ExpSchemaCreate<AssemblyRelation>, 3, 0, 2, 1,
+     "VELMAR::ExpEntity RENAMED_ATTRIBUTE::RELATION",
+     "RENAMED_ATTRIBUTE::NARROW_RELATION",
+     "relating related quantity"},
+    {"NARROW_RELATION", &ExpSchemaCreate<NarrowRelation>, 3, 0, 3, 2,
+     "VELMAR::ExpEntity RENAMED_ATTRIBUTE::RELATION RENAMED_ATTRIBUTE::ASSEMBLY_RELATION",
+     "",
+     "relating related quantity"},
+    {"RELATION", &ExpSchemaCreate<Relation>, 2, 0, 0, 3,
+     "VELMAR::ExpEntity",
+     "RENAMED_ATTRIBUTE::ASSEMBLY_RELATION",
+     "relating related"},
+};
+
+}  // namespace
+
+void Load1() { RegisterEntityTypes("RENAMED_ATTRIBUTE", kEntityTypes, 3); }
+
+}  // namespace VELMAR::RenamedAttribute
