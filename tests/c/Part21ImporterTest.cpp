@@ -1,0 +1,341 @@
+// The importer: files, streams and memory into a provider, with an offset and with or without the header.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include "CapturedLog.h"
+#include "ExpFile.h"
+#include "Part21Importer.h"
+#include "ReadingSupport.h"
+#include "TestEntities.h"
+
+namespace {
+
+using namespace VELMAR;
+using reading::Ended;
+using reading::PipeStream;
+using reading::RunInChild;
+using reading::TemporaryFile;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VELMAR::TestData::CapturedLog;
+using VELMAR::TestData::Node;
+using VELMAR::TestData::TestProvider;
+
+const char kText[] =
+    "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'),'1');\nFILE_NAME('n','t',('a'),('o'),'p','s','z');\n"
+    "FILE_SCHEMA(('TEST'));\nENDSEC;\nDATA;\n#1=NODE('one',#2,(),$);\n#2=NODE('two',#1,(#1),$);\nENDSEC;\n"
+    "END-ISO-10303-21;\n";
+const char kPopulation[] = "#1 = NODE('one', #2, (), $);\n#2 = NODE('two', #1, (#1), $);\n";
+
+std::string Population(TestProvider& provider) {
+  std::ostringstream out;
+  provider.Write(out);
+  return out.str();
+}
+
+const std::vector<std::string> kHeaderAndData = {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA", "NODE", "NODE"};
+
+TEST(Part21Importer, ImportsAFileByItsName) {
+  TemporaryFile file(kText);
+  TestProvider provider;
+  Part21Importer().ImportFromFile(file.Path(), &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+  EXPECT_EQ(provider.askedTypes, kHeaderAndData);
+  EXPECT_THAT(provider.givenSchemaNames, ElementsAre("TEST"));
+}
+
+TEST(Part21Importer, ImportsAFileWhoseNameIsNotAscii) {
+  TemporaryFile file(kText);
+  const std::string renamed = file.Path() + "_\xC3\xA9\xE4\xB8\x80";
+  ASSERT_EQ(std::rename(file.Path().c_str(), renamed.c_str()), 0);
+  TestProvider provider;
+  Part21Importer().ImportFromFile(renamed, &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+  std::remove(renamed.c_str());
+}
+
+TEST(Part21Importer, AFileThatCannotBeOpenedEndsTheProcess) {
+  const Ended ended = RunInChild([] {
+    TestProvider provider;
+    Part21Importer().ImportFromFile("/no/such/part.stp", &provider, 0);
+  });
+  EXPECT_EQ(ended.exitStatus, 1);
+  EXPECT_EQ(ended.output, "--- Cannot open file /no/such/part.stp\n");
+}
+
+TEST(Part21Importer, ABrokenByteOrderMarkEndsTheProcess) {
+  const Ended ended = RunInChild([] {
+    TestProvider provider;
+    std::istringstream in("\xEF\xBBISO-10303-21;");
+    Part21Importer().ImportFromStream(&in, &provider, 0);
+  });
+  EXPECT_EQ(ended.exitStatus, 1);
+  EXPECT_EQ(ended.output, "Illegal byte order mark at start of file");
+}
+
+TEST(Part21Importer, ImportsAFileStreamAndLeavesItOpen) {
+  TemporaryFile file(kText);
+  FILE* stream = fopen(file.Path().c_str(), "rb");
+  TestProvider provider;
+  Part21Importer().ImportFromStream(stream, &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+  EXPECT_NE(fcntl(fileno(stream), F_GETFD), -1);
+  EXPECT_EQ(fclose(stream), 0);
+}
+
+TEST(Part21Importer, ImportsAPipe) {
+  PipeStream pipe(kText);
+  TestProvider provider;
+  Part21Importer().ImportFromStream(pipe.Stream(), &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+}
+
+TEST(Part21Importer, ImportsAStream) {
+  std::istringstream in(kText);
+  TestProvider provider;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+  EXPECT_EQ(provider.askedTypes, kHeaderAndData);
+  EXPECT_THAT(provider.givenSchemaNames, ElementsAre("TEST"));
+}
+
+TEST(Part21Importer, ImportsAStreamThatBeginsWithTheByteOrderMark) {
+  std::istringstream in(std::string(reading::kByteOrderMark) + kText);
+  TestProvider provider;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+}
+
+TEST(Part21Importer, AStreamInTheMiddleOrAtItsEndIsImportedFromItsStart) {
+  std::istringstream in(kText);
+  in.ignore(50);
+  TestProvider provider;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+
+  std::istringstream atEnd(kText);
+  atEnd.seekg(0, std::ios::end);
+  TestProvider second;
+  Part21Importer().ImportFromStream(&atEnd, &second, 0);
+  EXPECT_EQ(Population(second), kPopulation);
+}
+
+TEST(Part21Importer, TheSameStreamTwiceWithAnOffsetGivesTheInstancesTwice) {
+  std::istringstream in(kText);
+  TestProvider provider;
+  Part21Importer importer;
+  importer.ImportFromStream(&in, &provider, 0);
+  importer.ImportFromStream(&in, &provider, 1000);
+  EXPECT_EQ(Population(provider), std::string(kPopulation) +
+                                      "#1001 = NODE('one', #1002, (), $);\n"
+                                      "#1002 = NODE('two', #1001, (#1001), $);\n");
+}
+
+TEST(Part21Importer, EveryWayTakesTheOffset) {
+  TemporaryFile file(kText);
+  const std::string shifted = "#8 = NODE('one', #9, (), $);\n#9 = NODE('two', #8, (#8), $);\n";
+  {
+    TestProvider provider;
+    Part21Importer().ImportFromFile(file.Path(), &provider, 7);
+    EXPECT_EQ(Population(provider), shifted);
+  }
+  {
+    TestProvider provider;
+    PipeStream pipe(kText);
+    Part21Importer().ImportFromStream(pipe.Stream(), &provider, 7);
+    EXPECT_EQ(Population(provider), shifted);
+  }
+  for (const bool skipHeader : {false, true}) {
+    TestProvider provider;
+    std::istringstream in(kText);
+    Part21Importer().ImportFromStream(&in, &provider, 7, skipHeader);
+    EXPECT_EQ(Population(provider), shifted);
+  }
+}
+
+TEST(Part21Importer, SkippingTheHeaderCreatesDataOnly) {
+  std::istringstream in(kText);
+  TestProvider provider;
+  Part21Importer().ImportFromStream(&in, &provider, 0, true);
+  EXPECT_THAT(provider.askedTypes, ElementsAre("NODE", "NODE"));
+  EXPECT_THAT(provider.givenSchemaNames, IsEmpty());
+  EXPECT_EQ(Population(provider), kPopulation);
+  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"}) {
+    std::list<ExpEntity*> entities;
+    provider.GetEntities(entities, type, false);
+    EXPECT_THAT(entities, IsEmpty()) << type;
+  }
+}
+
+TEST(Part21Importer, NotSkippingTheHeaderIsTheSameAsTheShortForm) {
+  std::istringstream in(kText);
+  TestProvider provider;
+  Part21Importer().ImportFromStream(&in, &provider, 0, false);
+  EXPECT_EQ(provider.askedTypes, kHeaderAndData);
+  EXPECT_THAT(provider.givenSchemaNames, ElementsAre("TEST"));
+}
+
+TEST(Part21Importer, TheShortFormCallsTheLongOneWithTheHeader) {
+  class Watching : public Part21Importer {
+   public:
+    using Part21Importer::ImportFromStream;
+    void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset,
+                          bool skipHeader) override {
+      calls.push_back({stream, provider, offset, skipHeader});
+    }
+    struct Call {
+      std::istream* stream;
+      ExpAbstractObjectProvider* provider;
+      int offset;
+      bool skipHeader;
+    };
+    std::vector<Call> calls;
+  } importer;
+  std::istringstream in(kText);
+  TestProvider provider;
+  importer.ImportFromStream(&in, &provider, 42);
+  ASSERT_EQ(importer.calls.size(), 1u);
+  EXPECT_EQ(importer.calls[0].stream, &in);
+  EXPECT_EQ(importer.calls[0].provider, &provider);
+  EXPECT_EQ(importer.calls[0].offset, 42);
+  EXPECT_FALSE(importer.calls[0].skipHeader);
+}
+
+void ExpectNothingImported(std::istream* stream) {
+  for (const bool skipHeader : {false, true}) {
+    TestProvider provider;
+    CapturedLog log;
+    Part21Importer importer;
+    importer.ImportFromStream(stream, &provider, 0, skipHeader);
+    importer.ImportFromStream(stream, &provider, 0);
+    EXPECT_THAT(provider.askedTypes, IsEmpty());
+    EXPECT_THAT(provider.givenSchemaNames, IsEmpty());
+    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_EQ(provider.GetMaxEntityNumber(), 0);
+  }
+}
+
+TEST(Part21Importer, NullImportsNothing) { ExpectNothingImported(nullptr); }
+
+TEST(Part21Importer, AFailedStreamImportsNothing) {
+  std::istringstream in(kText);
+  in.setstate(std::ios::failbit);
+  ExpectNothingImported(&in);
+}
+
+TEST(Part21Importer, ABadStreamImportsNothing) {
+  std::istringstream in(kText);
+  in.setstate(std::ios::badbit);
+  ExpectNothingImported(&in);
+}
+
+TEST(Part21Importer, AnEmptyStreamImportsNothing) {
+  std::istringstream in("");
+  ExpectNothingImported(&in);
+}
+
+TEST(Part21Importer, AStreamThatCannotSeekImportsNothingOrLess) {
+  class Unseekable : public std::streambuf {
+   public:
+    explicit Unseekable(std::string text) : text_(std::move(text)) { setg(&text_[0], &text_[0], &text_[0] + text_.size()); }
+
+   private:
+    std::string text_;
+  } buffer(kText);
+  std::istream in(&buffer);
+  TestProvider provider;
+  CapturedLog log;
+  try {
+    Part21Importer().ImportFromStream(&in, &provider, 0);
+  } catch (const std::exception&) {
+    // Less than a file may be no file.
+  }
+  EXPECT_LE(provider.GetMaxEntityNumber(), 2);
+}
+
+TEST(Part21Importer, SyntaxErrorsAreLoggedAndDoNotStopIt) {
+  std::istringstream in(
+      "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('TEST'));\nENDSEC;\nDATA;\n#1=node();\n#2=EMPTY();\nENDSEC;\n");
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_THAT(log.lines, ElementsAre("-- line 6 col 4: invalid entityInstance",
+                                     "-- line 9 col 1: \"END-ISO-10303-21;\" expected"));
+  EXPECT_EQ(Population(provider), "#2 = EMPTY();\n");
+}
+
+TEST(Part21Importer, AnExceptionLeavesTheImportAndTheImporterServesOn) {
+  const std::string broken = "ISO-10303-21;HEADER;ENDSEC;DATA;#1=EMPTY();ENDSEC;END-ISO-10303-21;";
+  TemporaryFile file(broken);
+  Part21Importer importer;
+  TestProvider provider;
+  std::istringstream in(broken);
+  EXPECT_THROW(importer.ImportFromStream(&in, &provider, 0), std::bad_array_new_length);
+  EXPECT_THROW(importer.ImportFromStream(&in, &provider, 0, true), std::bad_array_new_length);
+  EXPECT_THROW(importer.ImportFromFile(file.Path(), &provider, 0), std::bad_array_new_length);
+  {
+    PipeStream pipe(broken);
+    EXPECT_THROW(importer.ImportFromStream(pipe.Stream(), &provider, 0), std::bad_array_new_length);
+  }
+  std::istringstream whole(kText);
+  importer.ImportFromStream(&whole, &provider, 0);
+  EXPECT_EQ(Population(provider), kPopulation);
+}
+
+TEST(Part21Importer, ImportFromFileAloneMakesAFile) {
+  TemporaryFile file(
+      "ISO-10303-21;HEADER;FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));ENDSEC;DATA;#1=EMPTY();ENDSEC;END-ISO-10303-21;");
+  CapturedLog log;
+  const std::unique_ptr<ExpFile> made(Part21Importer().ImportFromFile(file.Path()));
+  ASSERT_NE(made, nullptr);
+  EXPECT_NE(made->GetEntity(1), nullptr);
+  EXPECT_EQ(made->GetSchema(), STEP_AP214);
+}
+
+TEST(Part21Importer, ImportFromFileAloneMakesAnEmptyFileWhereThereIsNone) {
+  CapturedLog log;
+  const std::unique_ptr<ExpFile> made(Part21Importer().ImportFromFile("/no/such/part.stp"));
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(made->GetMaxEntityNumber(), 0);
+  EXPECT_THAT(log.lines, ElementsAre("Error while opening file /no/such/part.stp"));
+}
+
+TEST(Part21Importer, EveryWayReadsTheSame) {
+  std::string text =
+      "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('TEST'));\nENDSEC;\nDATA;\n#1=NODE('\xC3\xA9',#2,(1,2.5),L('x'));\n";
+  for (int i = 2; i < 6000; ++i) text += "#" + std::to_string(i) + "=NODE('n',#1,(#1),$);/* c */\r\n";
+  text += "ENDSEC;\nEND-ISO-10303-21;\n";
+  std::vector<std::string> populations;
+  TemporaryFile file(text);
+  {
+    TestProvider provider;
+    Part21Importer().ImportFromFile(file.Path(), &provider, 0);
+    populations.push_back(Population(provider));
+  }
+  {
+    TestProvider provider;
+    std::istringstream in(text);
+    Part21Importer().ImportFromStream(&in, &provider, 0);
+    populations.push_back(Population(provider));
+  }
+  {
+    TestProvider provider;
+    PipeStream pipe(text);
+    Part21Importer().ImportFromStream(pipe.Stream(), &provider, 0);
+    populations.push_back(Population(provider));
+  }
+  EXPECT_GT(populations[0].size(), 100000u);
+  EXPECT_EQ(populations[0], populations[1]);
+  EXPECT_EQ(populations[0], populations[2]);
+}
+
+}  // namespace

@@ -1,0 +1,41 @@
+# Installs under one prefix and moves it to another: nothing may remember where it was.
+include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
+file(REMOVE_RECURSE ${WORK_DIR})
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --config ${CONFIG} --prefix ${WORK_DIR}/installed)
+file(RENAME ${WORK_DIR}/installed ${prefix})
+
+foreach(file IN ITEMS
+    bin/velmar
+    bin/velmar-express
+    include/velmar/ExpFile.h
+    include/velmar/AutomotiveDesign.h
+    ${LIBDIR}/libVelmar_3.1.so
+    ${LIBDIR}/libVelmarAutomotiveDesign_3.1.so
+    ${LIBDIR}/cmake/Velmar/VelmarConfig.cmake
+    ${LIBDIR}/pkgconfig/velmar.pc
+    ${LIBDIR}/pkgconfig/velmar-automotive-design.pc
+  )
+  if(NOT EXISTS ${prefix}/${file})
+    message(FATAL_ERROR "${file} was not installed")
+  endif()
+endforeach()
+
+# Texts and run paths name no folder of this machine.
+file(GLOB_RECURSE texts ${prefix}/*.h ${prefix}/*.cmake ${prefix}/*.pc)
+foreach(file IN LISTS texts)
+  file(READ ${file} text)
+  foreach(folder IN ITEMS ${BUILD_DIR} ${SOURCE_DIR})
+    string(FIND "${text}" "${folder}" at)
+    if(NOT at EQUAL -1)
+      message(FATAL_ERROR "${file} names ${folder}")
+    endif()
+  endforeach()
+endforeach()
+file(GLOB binaries ${prefix}/bin/* ${prefix}/${LIBDIR}/*.so)
+foreach(file IN LISTS binaries)
+  run(readelf -d ${file})
+  string(FIND "${output}" "${BUILD_DIR}" at)
+  if(NOT at EQUAL -1)
+    message(FATAL_ERROR "the run path of ${file} leads to ${BUILD_DIR}\n${output}")
+  endif()
+endforeach()

@@ -1,0 +1,331 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "RunProgram.h"
+#include "SampleFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+// Converts files within a directory of its own.
+class Convert : public testing::Test {
+ protected:
+  void Write(const std::string& name, const std::string& text) { WriteFile(directory_.Path(name), text); }
+  std::string Read(const std::string& name) { return ReadFile(directory_.Path(name)); }
+  bool Exists(const std::string& name) { return fs::exists(directory_.Path(name)); }
+  Outcome Run(const std::string& in, const std::string& out, Setting setting = {}) {
+    setting.directory = directory_.Path("");
+    return RunProgram({VELMAR_PROGRAM, "convert", in, "-o", out}, setting);
+  }
+  std::size_t FilesThere() {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(directory_.Path("")), {}));
+  }
+
+  TemporaryDirectory directory_;
+};
+
+const std::string kBroken = FileWith("#1=CARTESIAN_POINT('p',(1.,2.);\n");
+const std::string kNothing = FileWith("#1=NO_SUCH_TYPE();\n");
+
+TEST_F(Convert, WritesWhatItHasRead) {
+  Write("in.stp", FileWith(kPoint));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, MatchesRegex("in.stp: 1 instance, 240 bytes, read in [0-9.]+ ms\n"
+                                        "out.stp: 1 instance, [0-9]+ bytes, written in [0-9.]+ ms\n"));
+  EXPECT_EQ(Read("out.stp"),
+            "ISO-10303-21;\n"
+            "HEADER;\n"
+            "FILE_DESCRIPTION(('a test'), '2;1');\n"
+            "FILE_NAME('t.stp', '2026-01-01T00:00:00', ('A', 'B'), ('O'), 'P', 'S', 'Z');\n"
+            "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n"
+            "ENDSEC;\n"
+            "\n"
+            "DATA;\n"
+            "#1 = CARTESIAN_POINT('p', (1., 2., 3.));\n"
+            "ENDSEC;\n"
+            "END-ISO-10303-21;\n");
+}
+
+TEST_F(Convert, WritingTheSampleTwiceGivesTheSameBytes) {
+  ASSERT_EQ(Run(SAMPLE_FILE, "first.stp").status, 0);
+  ASSERT_EQ(Run("first.stp", "second.stp").status, 0);
+  EXPECT_EQ(Read("first.stp"), Read("second.stp"));
+  EXPECT_THAT(Read("first.stp"),
+              HasSubstr("#383 = MECHANICAL_DESIGN_GEOMETRIC_PRESENTATION_REPRESENTATION("));
+}
+
+TEST_F(Convert, InAndOutMayBeTheSameFile) {
+  Write("a.stp", FileWith(kPoint));
+  EXPECT_EQ(Run("a.stp", "a.stp").status, 0);
+  EXPECT_THAT(Read("a.stp"), HasSubstr("\n#1 = CARTESIAN_POINT('p', (1., 2., 3.));\n"));
+  EXPECT_EQ(FilesThere(), 1u);
+}
+
+TEST_F(Convert, AFileThatCouldNotBeKeptWholeIsNotReplacedByItself) {
+  Write("a.stp", kBroken);
+  const Outcome outcome = Run("a.stp", "./a.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.err,
+              HasSubstr("a.stp: error: the file is left as it is: not all of it could be kept\n"));
+  EXPECT_EQ(Read("a.stp"), kBroken);
+}
+
+TEST_F(Convert, WhatCouldBeKeptOfAFileWithErrorsIsWritten) {
+  Write("in.stp", kBroken);
+  Write("out.stp", "something else");
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(Read("out.stp"), HasSubstr("#1 = CARTESIAN_POINT('p', (1., 2.));\n"));
+}
+
+TEST_F(Convert, NothingIsWrittenWhereNothingCouldBeRead) {
+  Write("in.stp", kNothing);
+  Write("out.stp", "something else");
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: out.stp is not written: nothing could be read\n"));
+  EXPECT_EQ(Read("out.stp"), "something else");
+  EXPECT_EQ(Run("in.stp", "new.stp").status, 1);
+  EXPECT_FALSE(Exists("new.stp"));
+}
+
+TEST_F(Convert, NothingIsWrittenOfAFileWhoseSchemaIsNotSupported) {
+  Write("in.stp", FileWith(kPoint + "#2=(NO_SUCH_TYPE());\n", "IFC4"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "in.stp:5:1: error: schema 'IFC4' is not supported; supported: AUTOMOTIVE_DESIGN (AP214)\n"
+            "  FILE_SCHEMA(('IFC4'));\n"
+            "  ^\n"
+            "in.stp: error: 1 record of 1 unknown type not kept: NO_SUCH_TYPE\n"
+            "in.stp: error: out.stp is not written: the schema is not supported\n");
+  EXPECT_FALSE(Exists("out.stp"));
+}
+
+using Schema = std::pair<std::string, bool>;
+
+class ConvertSchema : public Convert, public testing::WithParamInterface<Schema> {};
+
+TEST_P(ConvertSchema, IsSupportedWhereItsNameIsThatOfAp214) {
+  Write("in.stp", FileWith(kPoint, GetParam().first));
+  EXPECT_EQ(Run("in.stp", "out.stp").status, GetParam().second ? 0 : 1);
+  EXPECT_EQ(Exists("out.stp"), GetParam().second);
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, ConvertSchema,
+                         testing::Values(Schema{"AUTOMOTIVE_DESIGN { 1 0 10303 214 3 1 1 }", true},
+                                         Schema{"AUTOMOTIVE_DESIGN_CC2", true},
+                                         Schema{"automotive_design", true}, Schema{"AP214", true},
+                                         Schema{"CONFIG_CONTROL_DESIGN", false},
+                                         Schema{"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF", false},
+                                         Schema{"SOMETHING_ELSE", false}, Schema{"", false}));
+
+TEST_F(Convert, AFileWithoutASchemaIsNotSupported) {
+  std::string text = FileWith(kPoint);
+  const std::string schema = "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n";
+  text.erase(text.find(schema), schema.size());
+  Write("in.stp", text);
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err,
+              HasSubstr("in.stp: error: the file names no schema; supported: AUTOMOTIVE_DESIGN (AP214)\n"));
+}
+
+TEST_F(Convert, ExitsWith2WhereOutCannotBeWritten) {
+  Write("in.stp", FileWith(kPoint));
+  fs::create_directory(directory_.Path("folder"));
+  Outcome outcome = Run("in.stp", "folder");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: folder is a directory\n");
+  outcome = Run("in.stp", "missing/out.stp");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: missing/out.stp cannot be written: No such file or directory\n");
+}
+
+TEST_F(Convert, ExitsWith2OnAFullDisk) {
+  Write("in.stp", FileWith(kPoint));
+  const Outcome outcome = Run("in.stp", "/dev/full");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err,
+            "/dev/full: error: No space left on device\n"
+            "/dev/full: error: not written\n");
+  EXPECT_EQ(outcome.out, "");
+}
+
+TEST_F(Convert, WhatOutHoldsStaysWhereWritingBreaksOff) {
+  Write("in.stp", FileWith(kPoint));
+  Write("out.stp", "something else");
+  Setting setting;
+  setting.before = [] {
+    const struct rlimit limit = {100, 100};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, SIG_IGN);
+  };
+  const Outcome outcome = Run("in.stp", "out.stp", setting);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(Read("out.stp"), "something else");
+  EXPECT_EQ(Run("in.stp", "new.stp", setting).status, 2);
+  EXPECT_FALSE(Exists("new.stp"));
+  EXPECT_EQ(FilesThere(), 2u);
+}
+
+TEST_F(Convert, WritesThroughASymbolicLinkAndKeepsPermissions) {
+  Write("in.stp", FileWith(kPoint));
+  Write("target.stp", "something else");
+  fs::permissions(directory_.Path("target.stp"), fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("target.stp", directory_.Path("link.stp"));
+  EXPECT_EQ(Run("in.stp", "link.stp").status, 0);
+  EXPECT_TRUE(fs::is_symlink(directory_.Path("link.stp")));
+  EXPECT_THAT(Read("target.stp"), HasSubstr("#1 = CARTESIAN_POINT"));
+  EXPECT_EQ(fs::status(directory_.Path("target.stp")).permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(Convert, OutMayBeADevice) {
+  Write("in.stp", FileWith(kPoint));
+  const Outcome outcome = Run("in.stp", "/dev/null");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "");
+}
+
+// What a file holds beyond what can be kept, and what is said of it. The first record stands on line 8.
+struct Loss {
+  const char* name;
+  const char* data;
+  int status;
+  const char*
+      messages;  // each "line:col: severity: text" on a line of its own; those without a place begin with ":"
+};
+
+void PrintTo(const Loss& loss, std::ostream* os) { *os << loss.name; }
+
+class ConvertLoss : public Convert, public testing::WithParamInterface<Loss> {};
+
+TEST_P(ConvertLoss, IsReported) {
+  Write("in.stp", FileWith(std::string(GetParam().data) + "#900=DIRECTION('',(1.,0.));\n"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, GetParam().status);
+  std::string messages;
+  std::istringstream lines(outcome.err);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.compare(0, 7, "in.stp:") == 0) messages += line.substr(7) + "\n";
+  }
+  EXPECT_EQ(messages, GetParam().messages);
+}
+
+const Loss kLosses[] = {
+    {"Nothing", "#1=CARTESIAN_POINT('p',(1.,2.,3.));\n", 0, ""},
+    {"UnknownType", "#1=VEKTOR('',#2,1.);\n#2=MY_TYPE();\n#3=VEKTOR();\n", 1,
+     "8:1: error: 2 instances of VEKTOR not kept: AUTOMOTIVE_DESIGN has no such entity (#1, #3)\n"
+     "9:1: error: 1 instance of MY_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#2)\n"},
+    {"ManyOfAnUnknownType", "#1=X();\n#2=X();\n#3=X();\n#4=X();\n", 1,
+     "8:1: error: 4 instances of X not kept: AUTOMOTIVE_DESIGN has no such entity (#1, #2, #3, ...)\n"},
+    {"UserDefinedType", "#1=!MY_TYPE('a');\n", 1,
+     "8:1: error: 1 instance of MY_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#1)\n"},
+    {"UnknownPart", "#1=(LENGTH_UNIT()MY_PART(1)NAMED_UNIT(*)SI_UNIT($,.METRE.));\n", 1,
+     "8:1: error: 1 partial record of MY_PART not kept: AUTOMOTIVE_DESIGN has no such entity (#1)\n"},
+    {"TypeOfTheHeaderInData", "#1=FILE_NAMES();\n", 1,
+     "8:1: error: 1 instance of FILE_NAMES not kept: AUTOMOTIVE_DESIGN has no such entity (#1)\n"},
+    {"InScope", "#1=&SCOPE\n#2=X();\nENDSCOPE/#2/DIRECTION('',(1.,0.),3);\n", 1,
+     "8:1: error: 1 record of DIRECTION with more parameters than attributes (2): the surplus is not kept "
+     "(#1)\n"
+     "9:1: error: 1 instance of X not kept: AUTOMOTIVE_DESIGN has no such entity (#2)\n"},
+    {"TooManyParameters", "#1=DIRECTION('',(1.,0.),$);\n#2=DIRECTION('',(1.,0.),(1,2),3);\n", 1,
+     "8:1: error: 2 records of DIRECTION with more parameters than attributes (2): the surplus is not kept "
+     "(#1, #2)\n"},
+    {"TooManyInAPart", "#1=(LENGTH_UNIT(1)NAMED_UNIT(*)SI_UNIT($,.METRE.));\n", 1,
+     "8:1: error: 1 record of LENGTH_UNIT with more parameters than attributes (0): the surplus is not kept "
+     "(#1)\n"},
+    {"TooFewParameters", "#1=DIRECTION('');\n#2=DIRECTION();\n", 0,
+     "8:1: warning: 2 records of DIRECTION with fewer parameters than attributes (2): the others keep their "
+     "initial "
+     "values (#1, #2)\n"},
+    {"NumberUsedTwice", "#1=COLOUR();\n#1=COLOUR();\n#1=DIRECTION('',(1.,0.));\n", 1,
+     "9:1: error: #1 is used twice; the instance at 8:1 is not kept\n"
+     "10:1: error: #1 is used twice; the instance at 9:1 is not kept\n"},
+    {"NumberZero", "#0=COLOUR();\n", 1, "8:1: error: instance numbers begin at #1\n"},
+    {"ReferenceToNumberZero", "#1=VECTOR('',#0,1.);\n", 1, "8:14: error: instance numbers begin at #1\n"},
+    {"ReferenceOutOfRange", "#1=VECTOR('',#1073741824,1.);\n", 1,
+     "8:14: error: instance numbers end at #1073741823\n"},
+    {"GreatestReference", "#1=VECTOR('',#1073741823,1.);\n", 0, ""},
+    {"GreatestAndSmallestInteger", "#1=CARTESIAN_POINT('',(2147483647,-2147483648));\n", 0, ""},
+    {"IntegerOutOfRange", "#1=CARTESIAN_POINT('',(2147483648,-2147483649));\n", 1,
+     "8:24: error: the integer does not fit 32 bits\n"
+     "8:35: error: the integer does not fit 32 bits\n"},
+    {"GreatestReal", "#1=CARTESIAN_POINT('',(1.7976931348623157E+308,1.E-999));\n", 0, ""},
+    {"RealOutOfRange", "#1=CARTESIAN_POINT('',(1.E309,-1.e+0400));\n", 1,
+     "8:24: error: the real number does not fit 64 bits\n"
+     "8:31: error: the real number does not fit 64 bits\n"},
+    {"UnsetInList", "#1=DIRECTION('',(1.,$,0.,*));\n", 0,
+     "8:21: warning: 2 unset list elements not kept (#1)\n"},
+    {"EnumerationInList", "#1=DIRECTION('',(1.,.X.));\n", 0,
+     "8:21: warning: 1 enumeration value in a list not kept (#1)\n"},
+    {"Binary", "#1=DIRECTION('',(1.,\"0A\"));\n#2=DIRECTION(\"0\",(1.));\n", 0,
+     "8:21: warning: 2 binary values not kept (#1, #2)\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Every, ConvertLoss, testing::ValuesIn(kLosses),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(Convert, AnInstanceWithASelectWithoutValueIsNamedAndNothingIsWritten) {
+  Write("in.stp", FileWith(kPoint + "#2=PRESENTATION_STYLE_ASSIGNMENT((NULL_STYLE(.NULL.)));\n"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:9:46: warning: 1 enumeration value in a list not kept (#2)\n"));
+  EXPECT_THAT(
+      outcome.err,
+      HasSubstr("out.stp: error: #2 PRESENTATION_STYLE_ASSIGNMENT has a value that cannot be written\n"
+                "out.stp: error: not written\n"));
+  EXPECT_FALSE(Exists("out.stp"));
+}
+
+TEST_F(Convert, ANumberThatCannotBeStoredLosesTheFile) {
+  Write("in.stp", FileWith(kPoint + "#1073741824=DIRECTION('',(1.,0.));\n"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "in.stp:9:1: error: instance numbers end at #1073741823\n"
+            "  #1073741824=DIRECTION('',(1.,0.));\n"
+            "  ^\n"
+            "in.stp: error: an instance number is out of range; nothing of the file is kept\n"
+            "in.stp: error: 2 of the 2 instances were not read because of the errors\n"
+            "in.stp: error: out.stp is not written: nothing could be read\n");
+}
+
+TEST_F(Convert, InstancesThatErrorsHideAreCounted) {
+  std::string text = FileWith(kPoint);
+  text.insert(text.find("END-ISO"), "DATA;\n#2=COLOUR();\n#3=COLOUR();\nENDSEC;\n");
+  Write("in.stp", text);
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:10:1: error: \"END-ISO-10303-21;\" expected\n"));
+  EXPECT_THAT(outcome.err,
+              HasSubstr("in.stp: error: 2 of the 3 instances were not read because of the errors\n"));
+}
+
+TEST_F(Convert, HeaderRecordsThatTheHeaderDoesNotKnowAreReported) {
+  std::string text = FileWith(kPoint);
+  text.insert(text.find("ENDSEC;"), "FILE_POPULATION('A','B',('C'));\n!MINE();\n");
+  Write("in.stp", text);
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(
+      outcome.err,
+      HasSubstr(
+          "in.stp:6:1: error: 1 header record of FILE_POPULATION not kept: the header has no such entity\n"));
+  EXPECT_THAT(
+      outcome.err,
+      HasSubstr("in.stp:7:2: error: 1 header record of MINE not kept: the header has no such entity\n"));
+}
+
+}  // namespace

@@ -1,0 +1,112 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "RunProgram.h"
+#include "SampleFiles.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+Outcome Info(const std::string& text) {
+  TemporaryDirectory directory;
+  WriteFile(directory.Path("in.stp"), text);
+  Setting setting;
+  setting.directory = directory.Path("");
+  return RunProgram({VELMAR_PROGRAM, "info", "in.stp"}, setting);
+}
+
+TEST(Info, PrintsTheHeaderTheSchemaAndTheNumberOfInstances) {
+  const Outcome outcome = Info(FileWith(kPoint));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("file                    in.stp, 240 bytes\n"
+                                     "description             a test\n"
+                                     "implementation level    2;1\n"
+                                     "name                    t.stp\n"
+                                     "time stamp              2026-01-01T00:00:00\n"
+                                     "author                  A; B\n"
+                                     "organization            O\n"
+                                     "preprocessor version    P\n"
+                                     "originating system      S\n"
+                                     "authorization           Z\n"
+                                     "schema                  AUTOMOTIVE_DESIGN\n"
+                                     "read as                 AUTOMOTIVE_DESIGN (AP214)\n"
+                                     "instances               1 of 1 type\n"));
+}
+
+TEST(Info, ShowsTextInUtf8) {
+  const Outcome outcome = Info(FileWith(kPoint, "AUTOMOTIVE_DESIGN \\X2\\00E4652F\\X0\\"));
+  EXPECT_THAT(outcome.out, HasSubstr("schema                  AUTOMOTIVE_DESIGN \xC3\xA4\xE6\x94\xAF\n"));
+}
+
+TEST(Info, ListsTypesTheMostFrequentFirstAndEquallyFrequentOnesByName) {
+  const Outcome outcome =
+      Info(FileWith("#1=CARTESIAN_POINT('',(1.,2.));\n#2=DIRECTION('',(1.,0.));\n#3=DIRECTION('',(0.,1.));\n"
+                    "#4=(NAMED_UNIT(*)SI_UNIT($,.METRE.)LENGTH_UNIT());\n#5=COLOUR();\n"));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("instances               5 of 4 types\n"
+                                     "\n"
+                                     "           2  DIRECTION\n"
+                                     "           1  (LENGTH_UNIT NAMED_UNIT SI_UNIT)\n"
+                                     "           1  CARTESIAN_POINT\n"
+                                     "           1  COLOUR\n"
+                                     "\n"
+                                     "read in "));
+}
+
+TEST(Info, EndsWithTimeAndRate) {
+  const std::string out = Info(FileWith(kPoint)).out;
+  const std::size_t start = out.find("read in ");
+  ASSERT_NE(start, std::string::npos);
+  EXPECT_THAT(out.substr(start), MatchesRegex("read in [0-9]+\\.[0-9] ms, [0-9]+ MB/s\n"));
+}
+
+TEST(Info, AFileWithErrorsIsShownAsFarAsItGoes) {
+  const Outcome outcome = Info(FileWith("#1=CARTESIAN_POINT('',(1.,2.);\n#2=DIRECTION('',(1.,0.));\n"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "in.stp:8:30: error: \")\" expected\n"
+            "  #1=CARTESIAN_POINT('',(1.,2.);\n"
+            "                               ^\n");
+  EXPECT_THAT(outcome.out, HasSubstr("instances               2 of 2 types\n"));
+}
+
+TEST(Info, AFileWithAByteOrderMarkIsReadAndItsColumnsAreCharacters) {
+  const std::string good = "\xEF\xBB\xBF" + FileWith("#1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.));\n");
+  EXPECT_EQ(Info(good).status, 0);
+  const std::string bad = "\xEF\xBB\xBF" + FileWith("#1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.);\n");
+  EXPECT_EQ(Info(bad).err,
+            "in.stp:8:32: error: \")\" expected\n"
+            "  #1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.);\n"
+            "                                 ^\n");
+}
+
+TEST(Info, ADamagedByteOrderMarkIsReported) {
+  const Outcome outcome = Info("\xEF\xBB" + FileWith(kPoint));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err,
+              HasSubstr("in.stp:1:1: error: damaged byte order mark: EF is not followed by BB BF\n"));
+}
+
+TEST(Info, ValuesThatTypedListElementsDoNotKeepAreReported) {
+  const Outcome outcome =
+      Info(FileWith("#1=PRESENTATION_STYLE_ASSIGNMENT((X($),X(.X.),X(*),X((1,.Y.))));\n"));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:42: warning: 1 enumeration value in a list not kept (#1)\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:49: warning: 1 unset list element not kept (#1)\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:54: warning: 1 list in a typed list element not kept (#1)\n"));
+}
+
+TEST(Info, AnEmptyHeaderIsReported) {
+  const Outcome outcome =
+      Info("ISO-10303-21;\nHEADER;\nENDSEC;\nDATA;\n" + kPoint + "ENDSEC;\nEND-ISO-10303-21;\n");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: cannot be read: the header section holds no record\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("instances               0 of 0 types\n"));
+}
+
+}  // namespace

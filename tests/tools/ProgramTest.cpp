@@ -1,0 +1,187 @@
+// The program as a whole: its options, and what it says of files that it cannot work on.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "RunProgram.h"
+#include "SampleFiles.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const std::string kVelmar = VELMAR_PROGRAM;
+
+TEST(VelmarProgram, VersionIsThatOfTheLibrary) {
+  const Outcome outcome = RunProgram({kVelmar, "--version"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "velmar " VELMAR_VERSION "\n");
+  EXPECT_EQ(outcome.err, "");
+}
+
+class VelmarHelp : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(VelmarHelp, ShowsUsageAnExampleAndTheExitStatus) {
+  std::vector<std::string> command = {kVelmar};
+  command.insert(command.end(), GetParam().begin(), GetParam().end());
+  const Outcome outcome = RunProgram(command);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("Usage: "));
+  EXPECT_THAT(outcome.out, HasSubstr("Example: velmar "));
+  EXPECT_THAT(outcome.out, HasSubstr("Exit status: 0 done; 1 the file has errors; 2 wrong usage, or"));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryCommand, VelmarHelp,
+                         testing::Values(std::vector<std::string>{"--help"},
+                                         std::vector<std::string>{"info", "--help"},
+                                         std::vector<std::string>{"convert", "--help"}));
+
+class VelmarWrongUsage : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(VelmarWrongUsage, ExitsWith2AndAMessage) {
+  std::vector<std::string> command = {kVelmar};
+  command.insert(command.end(), GetParam().begin(), GetParam().end());
+  const Outcome outcome = RunProgram(command);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_NE(outcome.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, VelmarWrongUsage,
+                         testing::Values(std::vector<std::string>{}, std::vector<std::string>{"inform"},
+                                         std::vector<std::string>{"info"},
+                                         std::vector<std::string>{"info", "a", "b"},
+                                         std::vector<std::string>{"info", "--quick", "a"},
+                                         std::vector<std::string>{"convert", "a"},
+                                         std::vector<std::string>{"convert", "-o", "b"}));
+
+class VelmarUnreadableInput : public testing::TestWithParam<std::string> {
+ protected:
+  Outcome Run(const std::string& in) {
+    if (GetParam() == "info") return RunProgram({kVelmar, "info", in});
+    return RunProgram({kVelmar, "convert", in, "-o", directory_.Path("out.stp")});
+  }
+  TemporaryDirectory directory_;
+};
+
+TEST_P(VelmarUnreadableInput, ExitsWith2AndSaysWhy) {
+  const std::string missing = directory_.Path("missing.stp");
+  Outcome outcome = Run(missing);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: " + missing + " does not exist\n");
+  EXPECT_EQ(outcome.out, "");
+
+  outcome = Run(directory_.Path(""));
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: " + directory_.Path("") + " is a directory\n");
+
+  const std::string empty = WriteFile(directory_.Path("empty.stp"), "");
+  outcome = Run(empty);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: " + empty + " is empty\n");
+  EXPECT_FALSE(std::filesystem::exists(directory_.Path("out.stp")));
+}
+
+TEST_P(VelmarUnreadableInput, SaysThatPermissionIsDenied) {
+  namespace fs = std::filesystem;
+  const std::string in = WriteFile(directory_.Path("secret.stp"), FileWith(kPoint));
+  fs::permissions(in, fs::perms::none);
+  fs::permissions(directory_.Path(""), fs::perms::all);
+  Setting setting;
+  if (getuid() == 0) {
+    setting.before = [] {
+      if (setuid(65534) != 0) _exit(126);
+    };
+    if (RunProgram({kVelmar, "--version"}, setting).status != 0) {
+      GTEST_SKIP() << "an ordinary user may not enter the build folder";
+    }
+  }
+  std::vector<std::string> command = {kVelmar, GetParam(), in};
+  if (GetParam() == "convert") command.insert(command.end(), {"-o", directory_.Path("out.stp")});
+  const Outcome outcome = RunProgram(command, setting);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: " + in + " cannot be read: Permission denied\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(BothCommands, VelmarUnreadableInput, testing::Values("info", "convert"));
+
+TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
+  TemporaryDirectory directory;
+  Setting setting;
+  setting.standardOutput = "/dev/full";
+  const Outcome outcome =
+      RunProgram({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(kPoint))}, setting);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written\n");
+}
+
+// What a file may hold, and must not harm.
+TEST(VelmarProgram, SurvivesAMillionParentheses) {
+  TemporaryDirectory directory;
+  const std::string in =
+      WriteFile(directory.Path("in.stp"),
+                FileWith("#1=CARTESIAN_POINT('p'," + std::string(1000000, '(') + ");\n" + kPoint));
+  const Outcome outcome = RunProgram({kVelmar, "info", in});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr(in + ":8:"));
+}
+
+TEST(VelmarProgram, SurvivesAMillionScopes) {
+  TemporaryDirectory directory;
+  std::string scopes;
+  for (int i = 0; i < 1000000; ++i) scopes += "#7=&SCOPE ";
+  const Outcome outcome =
+      RunProgram({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(scopes + kPoint))});
+  EXPECT_EQ(outcome.status, 1);
+}
+
+TEST(VelmarProgram, ATokenOf32767CharactersIsReadAndALongerOneIsReported) {
+  TemporaryDirectory directory;
+  const auto fileWithToken = [&directory](std::size_t length) {
+    const std::string string = "'" + std::string(length - 2, 'x') + "'";
+    return WriteFile(directory.Path("in.stp"), FileWith("#1=CARTESIAN_POINT(" + string + ",(1.,2.));\n"));
+  };
+  EXPECT_EQ(RunProgram({kVelmar, "info", fileWithToken(32767)}).status, 0);
+  const std::string in = fileWithToken(32768);
+  const Outcome outcome = RunProgram({kVelmar, "info", in});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            in + ": error: the file holds a token of more than 32,767 characters and cannot be read\n");
+}
+
+TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith("#1=\x1B[31m\x07;\n" + kPoint));
+  const Outcome outcome = RunProgram({kVelmar, "info", in});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: invalid entityInstance\n  #1= [31m ;\n     ^\n"));
+}
+
+TEST(VelmarProgram, CountsMoreMessagesThanItKeeps) {
+  TemporaryDirectory directory;
+  std::string data = "#1=POLYLINE('',(";
+  for (int i = 0; i < 100100; ++i) data += "#0,";
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data + "#0));\n"));
+  const Outcome outcome = RunProgram({kVelmar, "info", in});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr(in + ": 100,051 more messages not shown\n"));
+}
+
+TEST(VelmarProgram, OfManyMessages50AreShownAndTheOthersCounted) {
+  TemporaryDirectory directory;
+  std::string data;
+  for (int i = 1; i <= 60; ++i) data += "#" + std::to_string(i) + "=;\n";
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data));
+  const Outcome outcome = RunProgram({kVelmar, "info", in});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: invalid entityInstance\n  #50=;\n"));
+  EXPECT_THAT(outcome.err, testing::Not(HasSubstr("#51=;")));
+  EXPECT_THAT(outcome.err, HasSubstr(in + ": 10 more messages not shown\n"));
+}
+
+}  // namespace
