@@ -1,0 +1,222 @@
+// Measures reading and writing, as a whole and in parts.
+//
+//   velmar_bench [--file=PATH | --megabytes=N] [options of the benchmark library]
+//
+// Without a file, the population is made in memory: the instances of the bundled sample again and again,
+// renumbered, until there are 20 MB or what --megabytes says. VELMAR_BENCH_FILE names a file, too.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <list>
+#include <sstream>
+#include <streambuf>
+#include <string>
+
+#include "AutomotiveDesign.h"
+#include "ExpFile.h"
+#include "Parser.h"
+#include "Scanner.h"
+
+namespace {
+
+using VELMAR::ExpEntity;
+using VELMAR::ExpFile;
+using VELMAR::Scanner;
+using VELMAR::Token;
+
+std::string text;  // the file that is measured
+
+const unsigned char* Bytes() { return reinterpret_cast<const unsigned char*>(text.data()); }
+
+// Bytes per second, and the same as MB/s.
+void CountBytes(benchmark::State& state) {
+  const double bytes = static_cast<double>(text.size()) * static_cast<double>(state.iterations());
+  state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+  state.counters["MB/s"] = benchmark::Counter(bytes / 1e6, benchmark::Counter::kIsRate);
+}
+
+// Tokens through the public operation, which gives each of them a wide text.
+void ScanTokens(benchmark::State& state) {
+  for (auto _ : state) {
+    Scanner scanner(Bytes(), static_cast<int>(text.size()));
+    int tokens = 0;
+    while (scanner.Scan()->kind != Token::EoF) ++tokens;
+    benchmark::DoNotOptimize(tokens);
+  }
+  CountBytes(state);
+}
+BENCHMARK(ScanTokens)->Unit(benchmark::kMillisecond);
+
+// Knows no entity type, so that records are parsed and dropped.
+class NoEntities : public ExpFile {
+ public:
+  ExpEntity* CreateEntity(const std::string&) override { return nullptr; }
+};
+
+void ParseOnly(benchmark::State& state) {
+  NoEntities file;
+  for (auto _ : state) {
+    Scanner scanner(Bytes(), static_cast<int>(text.size()));
+    VELMAR::Parser parser(&scanner);
+    parser.SetProvider(&file);
+    parser.Parse();
+  }
+  CountBytes(state);
+}
+BENCHMARK(ParseOnly)->Unit(benchmark::kMillisecond);
+
+// Reads a text into a new population; what the one before costs to delete is not counted.
+void ReadPopulation(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    {
+      ExpFile file;
+      std::istringstream stream(text);
+      state.ResumeTiming();
+      file.Read(stream);
+      state.PauseTiming();
+      if (file.GetMaxEntityNumber() == 0) state.SkipWithError("no instances");
+    }
+    state.ResumeTiming();
+  }
+  CountBytes(state);
+}
+BENCHMARK(ReadPopulation)->Unit(benchmark::kMillisecond);
+
+void DeletePopulation(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    ExpFile file;
+    std::istringstream stream(text);
+    file.Read(stream);
+    state.ResumeTiming();
+    file.ClearEntityVector();
+  }
+  CountBytes(state);
+}
+BENCHMARK(DeletePopulation)->Unit(benchmark::kMillisecond);
+
+// Counts what is written to it.
+class CountingBuffer : public std::streambuf {
+ public:
+  std::streamsize count = 0;
+
+ private:
+  int_type overflow(int_type c) override {
+    ++count;
+    return traits_type::not_eof(c);
+  }
+  std::streamsize xsputn(const char*, std::streamsize length) override {
+    count += length;
+    return length;
+  }
+};
+
+// MB/s here count the bytes written.
+void WritePopulation(benchmark::State& state) {
+  ExpFile file;
+  std::istringstream stream(text);
+  file.Read(stream);
+  double bytes = 0;
+  for (auto _ : state) {
+    CountingBuffer buffer;
+    std::ostream out(&buffer);
+    file.Write(out);
+    bytes += static_cast<double>(buffer.count);
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+  state.counters["MB/s"] = benchmark::Counter(bytes / 1e6, benchmark::Counter::kIsRate);
+}
+BENCHMARK(WritePopulation)->Unit(benchmark::kMillisecond);
+
+// All points by their type and its subtypes, in the order of their numbers.
+void FindPoints(benchmark::State& state) {
+  ExpFile file;
+  std::istringstream stream(text);
+  file.Read(stream);
+  for (auto _ : state) {
+    std::list<ExpEntity*> points;
+    file.GetEntities(points, "CARTESIAN_POINT", true);
+    benchmark::DoNotOptimize(points.size());
+  }
+}
+BENCHMARK(FindPoints)->Unit(benchmark::kMillisecond);
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream contents;
+  contents << file.rdbuf();
+  return contents.str();
+}
+
+// `data` with `offset` added to every instance number outside of strings and comments.
+std::string Renumbered(const std::string& data, long offset) {
+  std::string result;
+  result.reserve(data.size() + data.size() / 8);
+  bool inString = false;
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    if (!inString && data.compare(i, 2, "/*") == 0) {
+      i = data.find("*/", i) + 1;
+      continue;
+    }
+    result += data[i];
+    if (data[i] == '\'') inString = !inString;
+    if (data[i] != '#' || inString) continue;
+    char* end = nullptr;
+    result += std::to_string(std::strtol(data.c_str() + i + 1, &end, 10) + offset);
+    i = static_cast<std::size_t>(end - data.c_str()) - 1;
+  }
+  return result;
+}
+
+std::string MadeOfTheSample(std::size_t megabytes) {
+  const std::string sample = ReadFile(SAMPLE_FILE);
+  const std::string begin = "DATA;\n";
+  const std::size_t first = sample.find(begin) + begin.size();
+  const std::size_t last = sample.find("ENDSEC;", first);
+  const std::string data = sample.substr(first, last - first);
+  constexpr long kNumbers = 1000;  // more than the sample has
+  std::string made = sample.substr(0, first);
+  for (long offset = 0; made.size() < megabytes * 1000000; offset += kNumbers)
+    made += Renumbered(data, offset);
+  return made + sample.substr(last);
+}
+
+// The value of `--name=value` where the argument is that option; null otherwise.
+const char* ValueOf(const char* argument, const char* option) {
+  const std::size_t length = std::strlen(option);
+  return std::strncmp(argument, option, length) == 0 ? argument + length : nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  const char* path = std::getenv("VELMAR_BENCH_FILE");
+  std::size_t megabytes = 20;
+  for (int i = 1; i < argc; ++i) {
+    if (const char* file = ValueOf(argv[i], "--file=")) {
+      path = file;
+    } else if (const char* number = ValueOf(argv[i], "--megabytes=")) {
+      megabytes = static_cast<std::size_t>(std::strtoul(number, nullptr, 10));
+    } else {
+      std::cerr << "unknown argument " << argv[i] << "\n";
+      return 2;
+    }
+  }
+
+  VELMAR::AutomotiveDesign::Load();
+  text = path != nullptr ? ReadFile(path) : MadeOfTheSample(megabytes);
+  if (text.empty()) {
+    std::cerr << "nothing to measure\n";
+    return 2;
+  }
+  std::cerr << "measured on " << (path != nullptr ? path : "the sample, repeated") << ", " << text.size()
+            << " bytes\n";
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+}

@@ -1,0 +1,191 @@
+#include "Input.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace velmar {
+
+namespace {
+
+// How many columns of a line an excerpt shows, and how many of them at most before its place: enough to
+// recognise the place, little enough for one row of a terminal.
+constexpr std::size_t kWidth = 100;
+constexpr std::size_t kBefore = 60;
+
+struct Closer {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, Closer>;
+
+File Open(const std::string& path) { return File(std::fopen(path.c_str(), "rb")); }
+
+// Hands out the bytes of a file, of which the line ends CR and CR LF come out as LF.
+class LineReader {
+ public:
+  explicit LineReader(FILE* file) : file_(file) {}
+
+  int Get() {
+    int c = Raw();
+    if (c == '\n' && afterCr_) c = Raw();
+    afterCr_ = c == '\r';
+    return afterCr_ ? '\n' : c;
+  }
+
+ private:
+  int Raw() {
+    if (at_ == end_) {
+      end_ = std::fread(block_, 1, sizeof block_, file_);
+      at_ = 0;
+      if (end_ == 0) return EOF;
+    }
+    return static_cast<unsigned char>(block_[at_++]);
+  }
+
+  FILE* file_;
+  char block_[65536];
+  std::size_t at_ = 0;
+  std::size_t end_ = 0;
+  bool afterCr_ = false;
+};
+
+// Cuts the pieces of one line out of the stream of its bytes, for the places on it in the order of their
+// columns.
+class LineCutter {
+ public:
+  LineCutter(bool characters, std::vector<Excerpt>& excerpts)
+      : characters_(characters), excerpts_(excerpts) {}
+
+  void Add(int column) {
+    const std::size_t at = static_cast<std::size_t>(column);
+    pending_.push_back({excerpts_.size(), at, at > kBefore ? at - kBefore : 1, false});
+    excerpts_.push_back({"", 0});
+  }
+
+  void Byte(char c) {
+    if (first_ == pending_.size()) return;
+    const bool continues = characters_ && (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+    if (!continues) ++column_;
+    while (first_ < pending_.size() && column_ >= pending_[first_].begin + kWidth) ++first_;
+    for (std::size_t i = first_; i < pending_.size() && column_ >= pending_[i].begin; ++i) {
+      Pending& place = pending_[i];
+      Excerpt& excerpt = excerpts_[place.excerpt];
+      if (column_ == place.column && !place.reached) {
+        excerpt.caret = excerpt.text.size();
+        place.reached = true;
+      }
+      excerpt.text += c;
+    }
+  }
+
+  void EndLine() {
+    for (const Pending& place : pending_) {
+      if (!place.reached) excerpts_[place.excerpt].caret = excerpts_[place.excerpt].text.size();
+    }
+    pending_.clear();
+    first_ = 0;
+    column_ = 0;
+  }
+
+ private:
+  struct Pending {
+    std::size_t excerpt;
+    std::size_t column;
+    std::size_t begin;  // the first column shown
+    bool reached;
+  };
+
+  bool characters_;
+  std::vector<Excerpt>& excerpts_;
+  std::vector<Pending> pending_;
+  std::size_t first_ = 0;  // the places before it are done with
+  std::size_t column_ = 0;
+};
+
+bool HasByteOrderMark(FILE* file) {
+  char start[3];
+  if (std::fread(start, 1, 3, file) == 3 && std::memcmp(start, "\xEF\xBB\xBF", 3) == 0) return true;
+  std::rewind(file);
+  return false;
+}
+
+}  // namespace
+
+std::string WhyUnreadable(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) {
+    return errno == ENOENT ? "does not exist" : fmt::format("cannot be read: {}", std::strerror(errno));
+  }
+  if (S_ISDIR(status.st_mode)) return "is a directory";
+  if (!S_ISREG(status.st_mode)) return "is not a regular file";
+  if (status.st_size == 0) return "is empty";
+  if (static_cast<std::uint64_t>(status.st_size) > kLongestFile) {
+    return fmt::format("is {} bytes long; the longest file that can be read has {}",
+                       Grouped(static_cast<std::uint64_t>(status.st_size)), Grouped(kLongestFile));
+  }
+  if (!Open(path)) return fmt::format("cannot be read: {}", std::strerror(errno));
+  return "";
+}
+
+bool HasDamagedByteOrderMark(const std::string& path) {
+  const File file = Open(path);
+  return file != nullptr && !HasByteOrderMark(file.get()) && std::fgetc(file.get()) == 0xEF;
+}
+
+std::uint64_t FileSize(const std::string& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Place>& places) {
+  std::vector<Excerpt> excerpts;
+  const File file = places.empty() ? nullptr : Open(path);
+  if (file == nullptr) return excerpts;
+
+  LineCutter cutter(HasByteOrderMark(file.get()), excerpts);
+  LineReader reader(file.get());
+  auto place = places.begin();
+  int c = 0;
+  for (int line = 1; c != EOF && place != places.end(); ++line) {
+    for (; place != places.end() && place->line == line; ++place) cutter.Add(place->column);
+    while ((c = reader.Get()) != EOF && c != '\n') cutter.Byte(static_cast<char>(c));
+    cutter.EndLine();
+  }
+  // Places behind the end of the file.
+  for (; place != places.end(); ++place) excerpts.push_back({"", 0});
+  return excerpts;
+}
+
+bool IsUtf8(const std::string& bytes) {
+  std::size_t missing = 0;
+  bool started = false;
+  for (const char c : bytes) {
+    const unsigned char byte = static_cast<unsigned char>(c);
+    const bool continues = (byte & 0xC0) == 0x80;
+    if (continues && !started) continue;
+    started = true;
+    if (missing > 0 ? !continues : continues || byte >= 0xF8) return false;
+    if (missing > 0) {
+      --missing;
+    } else {
+      missing = byte < 0xC0 ? 0 : byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
+    }
+  }
+  return true;
+}
+
+std::string Grouped(std::uint64_t number) {
+  std::string digits = std::to_string(number);
+  for (std::size_t i = digits.size(); i > 3; i -= 3) digits.insert(i - 3, 1, ',');
+  return digits;
+}
+
+std::string Counted(std::uint64_t number, const std::string& noun) {
+  return fmt::format("{} {}{}", Grouped(number), noun, number == 1 ? "" : "s");
+}
+
+}  // namespace velmar

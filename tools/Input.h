@@ -1,0 +1,50 @@
+/// @file Input.h
+/// The files that the commands are given.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velmar {
+
+/// The longest file that the library reads: 2^31 - 1 bytes.
+constexpr std::uint64_t kLongestFile = 2147483647;
+
+/// Why the file cannot be read, as the end of a sentence that begins with its name; empty where it can be.
+std::string WhyUnreadable(const std::string& path);
+
+/// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark.
+bool HasDamagedByteOrderMark(const std::string& path);
+
+/// The size in bytes; 0 where the file cannot be asked.
+std::uint64_t FileSize(const std::string& path);
+
+/// A place in a file; line and column count from 1. Columns are bytes, or characters in a file with a byte
+/// order mark.
+struct Place {
+  int line;
+  int column;
+};
+
+/// A piece of a source line around a place, and the position of the place in it.
+struct Excerpt {
+  std::string text;
+  std::size_t caret;
+};
+
+/// One excerpt for each place; the places are sorted. Reads the file once, up to the last of them. Lines end
+/// at LF, at CR LF and at a CR alone.
+std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Place>& places);
+
+/// Whether the bytes are well-formed UTF-8, but for sequences that are cut off at either end.
+bool IsUtf8(const std::string& bytes);
+
+/// 1234567 as "1,234,567".
+std::string Grouped(std::uint64_t number);
+
+/// "1 instance", "2,000 instances".
+std::string Counted(std::uint64_t number, const std::string& noun);
+
+}  // namespace velmar

@@ -1,0 +1,59 @@
+/// @file Population.h
+/// A Part 21 file as the commands read it: with everything noted that could not be kept.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+
+#include "ExpFile.h"
+#include "Messages.h"
+
+namespace velmar {
+
+/// A file that notes, while it is read, which instances it cannot hold.
+class Population : public VELMAR::ExpFile {
+ public:
+  /// Reads the file, which WhyUnreadable has found readable. Adds an error for everything that is wrong with
+  /// it and a message for everything of it that this population does not hold:
+  /// - errors: syntax; a schema without a library; instances and partial records of unknown types; records
+  /// with more
+  ///   parameters than their type has attributes; instance numbers that are used twice, or that cannot be
+  ///   stored; integers beyond 32 bits;
+  /// - warnings: records with too few parameters; binary values; values that lists do not keep.
+  void ReadAndReport(const std::string& path, Messages& messages);
+
+  /// The time that reading took, in seconds.
+  double ReadingTime() const { return readingTime_; }
+  /// The schema as the file names it; empty where it names none.
+  const std::string& SchemaOfFile() const { return schemaOfFile_; }
+  /// Whether a schema library was found for the schema that the file names.
+  bool IsSchemaSupported() const { return schemaSupported_; }
+  /// The number of instances.
+  std::size_t Count() const { return count_; }
+
+  VELMAR::ExpEntity* CreateEntity(const std::string& typeName) override;
+  using VELMAR::ExpFile::AddEntity;
+  void AddEntity(int number, VELMAR::ExpEntity* entity) override;
+  void SetSchemaName(std::string name) override;
+  void DeleteEntities() override;
+
+ private:
+  friend class LossFinder;
+
+  std::map<std::string, std::size_t> unknownTypes_;  // how often an instance of a type could not be made
+  std::set<int> repeated_;                           // the numbers that were used more than once
+  std::string schemaOfFile_;
+  bool schemaSupported_ = true;
+  std::size_t count_ = 0;
+  double readingTime_ = 0;
+};
+
+/// The schemas whose libraries are loaded, as files name them: "AUTOMOTIVE_DESIGN (AP214), ...".
+std::string SupportedSchemas();
+
+/// The everyday name of an application protocol: "AP214".
+const char* ShortName(VELMAR::Schema schema);
+
+}  // namespace velmar
