@@ -61,9 +61,7 @@ std::string OutOfBounds(int position) {
   return "--- buffer out of bounds access, position: " + std::to_string(position) + "\n";
 }
 
-TEST(Buffer, TheEndOfInputIs65536) {
-  EXPECT_EQ(static_cast<int>(Buffer::EoF), kEnd);
-}
+TEST(Buffer, TheEndOfInputIs65536) { EXPECT_EQ(static_cast<int>(Buffer::EoF), kEnd); }
 
 TEST(Buffer, MemoryIsReadByteByByte) {
   const std::string bytes = Pattern(1000);
@@ -128,8 +126,8 @@ TEST_P(BufferSizes, APipeIsReadByteByByte) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AroundEveryBlock, BufferSizes,
-                         testing::Values(1, 2, 1023, 1024, 1025, 2047, 2048, 2049, 4096, 65535, 65536, 65537, 131071,
-                                         131072, 131073, 200000),
+                         testing::Values(1, 2, 1023, 1024, 1025, 2047, 2048, 2049, 4096, 65535, 65536, 65537,
+                                         131071, 131072, 131073, 200000),
                          [](const auto& info) { return std::to_string(info.param) + "Bytes"; });
 
 TEST(Buffer, AFileOf65536BytesIsReadWholeAndItsStreamClosedAfterConstruction) {
@@ -327,7 +325,9 @@ TEST(BufferHardStop, SetPosBehindTheLengthOfAPipeEndsTheProcess) {
 }
 
 TEST(Buffer, GetStringReturnsTheCharactersBetweenAndKeepsThePosition) {
-  auto buffer = MemoryBuffer("abc\xE9" "def");
+  auto buffer = MemoryBuffer(
+      "abc\xE9"
+      "def");
   buffer->SetPos(5);
   EXPECT_EQ(GetString(*buffer, 1, 5), (std::wstring{L'b', L'c', 0xE9, L'd'}));
   EXPECT_EQ(buffer->GetPos(), 5);
@@ -398,7 +398,8 @@ TEST(Buffer, TakingOverAPipeReadsOn) {
   EXPECT_EQ(second.Read(), kEnd);
 }
 
-// -------------------------------------------------------------------------------------------------------- UTF-8
+// --------------------------------------------------------------------------------------------------------
+// UTF-8
 
 std::vector<int> ReadUtf8(const std::string& bytes) {
   auto inner = MemoryBuffer(bytes);
@@ -445,8 +446,13 @@ TEST(UTF8Buffer, F0908080IsExactlyTheEndOfInputValue) {
 }
 
 TEST(UTF8Buffer, StrayContinuationBytesAreSkipped) {
-  EXPECT_EQ(ReadUtf8("\x80" "a"), (std::vector<int>{'a'}));
-  EXPECT_EQ(ReadUtf8("\xBF\x80\x91" "a\x80" "b"), (std::vector<int>{'a', 'b'}));
+  EXPECT_EQ(ReadUtf8("\x80"
+                     "a"),
+            (std::vector<int>{'a'}));
+  EXPECT_EQ(ReadUtf8("\xBF\x80\x91"
+                     "a\x80"
+                     "b"),
+            (std::vector<int>{'a', 'b'}));
   EXPECT_EQ(ReadUtf8("\x80\xC3\xA9"), (std::vector<int>{233}));
 }
 
@@ -459,9 +465,17 @@ TEST(UTF8Buffer, AStrayContinuationByteAtTheEndIsTheEnd) {
 }
 
 TEST(UTF8Buffer, WhateverFollowsALeadByteContributesItsLowSixBits) {
-  EXPECT_EQ(ReadUtf8("\xC3" "A" "b"), (std::vector<int>{3 * 64 + ('A' & 63), 'b'}));
-  EXPECT_EQ(ReadUtf8("\xC3\xC3" "b"), (std::vector<int>{3 * 64 + 3, 'b'}));
-  EXPECT_EQ(ReadUtf8("\xE1" "AB" "c"), (std::vector<int>{(1 * 64 + ('A' & 63)) * 64 + ('B' & 63), 'c'}));
+  EXPECT_EQ(ReadUtf8("\xC3"
+                     "A"
+                     "b"),
+            (std::vector<int>{3 * 64 + ('A' & 63), 'b'}));
+  EXPECT_EQ(ReadUtf8("\xC3\xC3"
+                     "b"),
+            (std::vector<int>{3 * 64 + 3, 'b'}));
+  EXPECT_EQ(ReadUtf8("\xE1"
+                     "AB"
+                     "c"),
+            (std::vector<int>{(1 * 64 + ('A' & 63)) * 64 + ('B' & 63), 'c'}));
 }
 
 TEST(UTF8Buffer, TheEndOfInputContributesZeroBits) {

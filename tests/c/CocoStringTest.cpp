@@ -158,7 +158,8 @@ TEST(CocoString, HashIsTakenIn32BitsAndMadeNonNegative) {
 }
 
 TEST(CocoString, CreateFromBytesWidensEachByteUnsigned) {
-  EXPECT_EQ(Taken(coco_string_create("aZ\x7F\x80\xE9\xFF")), (std::wstring{L'a', L'Z', 0x7F, 0x80, 0xE9, 0xFF}));
+  EXPECT_EQ(Taken(coco_string_create("aZ\x7F\x80\xE9\xFF")),
+            (std::wstring{L'a', L'Z', 0x7F, 0x80, 0xE9, 0xFF}));
   EXPECT_EQ(Taken(coco_string_create("")), L"");
 }
 

@@ -34,7 +34,8 @@ using VELMAR::TestData::Point;
 constexpr const char* kSchema = "AUTOMOTIVE_DESIGN";
 
 // A file whose header names itself, with the given instances.
-std::string FileOf(const std::string& instances, const std::string& name = "n", const std::string& schema = kSchema) {
+std::string FileOf(const std::string& instances, const std::string& name = "n",
+                   const std::string& schema = kSchema) {
   return "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'),'1');\nFILE_NAME('" + name +
          "','t',('a'),('o'),'p','s','z');\nFILE_SCHEMA(('" + schema + "'));\nENDSEC;\nDATA;\n" + instances +
          "\nENDSEC;\nEND-ISO-10303-21;\n";
@@ -66,7 +67,8 @@ std::vector<std::string> TextsOf(ExpFile& file, const std::string& type) {
 
 void ExpectEmpty(ExpFile& file, int highestNumberBefore) {
   EXPECT_EQ(file.GetMaxEntityNumber(), 0);
-  for (int number = 0; number <= highestNumberBefore; ++number) EXPECT_EQ(file.GetEntity(number), nullptr) << number;
+  for (int number = 0; number <= highestNumberBefore; ++number)
+    EXPECT_EQ(file.GetEntity(number), nullptr) << number;
   EXPECT_THAT(TextsOf(file, "NODE"), IsEmpty());
   EXPECT_THAT(TextsOf(file, "FILE_NAME"), IsEmpty());
   EXPECT_EQ(DataOf(file), "DATA;\nENDSEC;\n");
@@ -74,7 +76,8 @@ void ExpectEmpty(ExpFile& file, int highestNumberBefore) {
 
 const char kMapped[] = "Input schema name: AUTOMOTIVE_DESIGN  --  mapped schema name: AUTOMOTIVE_DESIGN";
 
-// ---------------------------------------------------------------------------------------------------- construction
+// ----------------------------------------------------------------------------------------------------
+// construction
 
 TEST(ExpFile, StartsEmptyWithAStoreOf100000Slots) {
   ExpFile file;
@@ -125,7 +128,8 @@ TEST(ExpFile, ItsEndDeletesEveryInstance) {
   EXPECT_EQ(ExpEntity::instanceCount, before);
 }
 
-// ------------------------------------------------------------------------------------------------------- the store
+// ------------------------------------------------------------------------------------------------------- the
+// store
 
 TEST(ExpFile, StoreOperationsGoToTheStore) {
   ExpFile file;
@@ -191,7 +195,8 @@ TEST(ExpFile, WithoutAStoreTheAdminIdIsMinusOneAndEmptyingDoesNothing) {
   EXPECT_EQ(file.GetMaxEntityNumber(), 1);
 }
 
-// ----------------------------------------------------------------------------------------------------- CreateEntity
+// -----------------------------------------------------------------------------------------------------
+// CreateEntity
 
 TEST(ExpFile, CreateEntityCreatesForTheStoreAndDoesNotAdd) {
   ExpFile file;
@@ -214,7 +219,8 @@ TEST(ExpFile, CreateEntityOfAnUnknownNameIsNull) {
 }
 
 TEST(ExpFile, CreateEntitySearchesTheFactoryUntilTheSchemaIsSet) {
-  ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(NewPlainType("ONLY_IN_FACTORY", "FACTORY_OF_A_FILE"), "");
+  ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(
+      NewPlainType("ONLY_IN_FACTORY", "FACTORY_OF_A_FILE"), "");
   ExpFile file(STEP_AP214, "FACTORY_OF_A_FILE");
   CapturedLog log;
   EXPECT_NE(file.CreateEntity("ONLY_IN_FACTORY"), nullptr);
@@ -222,8 +228,9 @@ TEST(ExpFile, CreateEntitySearchesTheFactoryUntilTheSchemaIsSet) {
   file.SetSchema(STEP_AP214);
   EXPECT_EQ(file.CreateEntity("ONLY_IN_FACTORY"), nullptr);
   EXPECT_NE(file.CreateEntity("NODE"), nullptr);
-  EXPECT_THAT(log.lines, ElementsAre("the type: NODE isn't available for the schema: FACTORY_OF_A_FILE",
-                                     "the type: ONLY_IN_FACTORY isn't available for the schema: AUTOMOTIVE_DESIGN"));
+  EXPECT_THAT(log.lines,
+              ElementsAre("the type: NODE isn't available for the schema: FACTORY_OF_A_FILE",
+                          "the type: ONLY_IN_FACTORY isn't available for the schema: AUTOMOTIVE_DESIGN"));
 }
 
 TEST(ExpFile, CreateEntityFindsHeaderTypesInEverySchema) {
@@ -246,7 +253,8 @@ TEST(ExpFile, WithoutAStoreACreatedEntityBelongsToTheCaller) {
   EXPECT_THAT(TextsOf(file, "NODE"), IsEmpty());
 }
 
-// ------------------------------------------------------------------------------------------------ logging and dumping
+// ------------------------------------------------------------------------------------------------ logging
+// and dumping
 
 TEST(ExpFile, LogWritesTheMessageWithoutLineEnd) {
   CapturedLog log;
@@ -259,9 +267,12 @@ TEST(ExpFile, LogWritesTheMessageWithoutLineEnd) {
 TEST(ExpFile, DumpEntityWritesAFileOfTheEntityAndWhatItRefersTo) {
   CapturedLog log;
   ExpFile file;
-  Read(file, FileOf("#1=NODE('one',#3,(),$);#2=NODE('two',$,(),$);#3=NODE('three',$,(#5),$);#5=NODE('five',$,(),$);"));
+  Read(file,
+       FileOf(
+           "#1=NODE('one',#3,(),$);#2=NODE('two',$,(),$);#3=NODE('three',$,(#5),$);#5=NODE('five',$,(),$);"));
   const std::string expected =
-      "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'), '1');\nFILE_NAME('n', 't', ('a'), ('o'), 'p', 's', 'z');\n"
+      "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d'), '1');\nFILE_NAME('n', 't', ('a'), ('o'), 'p', 's', "
+      "'z');\n"
       "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\n\nDATA;\n#5 = NODE('five', $, (), $);\n"
       "#3 = NODE('three', $, (#5), $);\n#1 = NODE('one', #3, (), $);\nENDSEC;\nEND-ISO-10303-21;\n";
   std::ostringstream byEntity;
@@ -285,7 +296,8 @@ TEST(ExpFile, ADumpReadsAgain) {
   EXPECT_EQ(DataOf(again), DataOf(file));
 }
 
-// ---------------------------------------------------------------------------------------------------------- reading
+// ----------------------------------------------------------------------------------------------------------
+// reading
 
 TEST(ExpFileRead, ReadsAFileAndLogsWhatItDoes) {
   TemporaryFile onDisk(FileOf("#1=NODE('one',#2,(),$);\n#2=NODE('two',$,(),$);"));
@@ -307,10 +319,13 @@ TEST(ExpFileRead, ReadsAStream) {
 }
 
 TEST(ExpFileRead, SyntaxErrorsAndMissingTypesAreLoggedInTheirOrder) {
-  ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(NewPlainType("ELSEWHERE_ONLY", "SOME_SCHEMA"), "");
+  ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(NewPlainType("ELSEWHERE_ONLY", "SOME_SCHEMA"),
+                                                               "");
   ExpFile file;
   CapturedLog log;
-  Read(file, FileOf("#1=ELSEWHERE_ONLY();\n#2=node();\n#3=ELSEWHERE_ONLY();\n#4=NEVER_SEEN();\n#5=NODE('',$,(),$);"));
+  Read(file,
+       FileOf(
+           "#1=ELSEWHERE_ONLY();\n#2=node();\n#3=ELSEWHERE_ONLY();\n#4=NEVER_SEEN();\n#5=NODE('',$,(),$);"));
   EXPECT_EQ(log.text, std::string("Reading from stream\n") + kMapped +
                           "\nthe type: ELSEWHERE_ONLY isn't available for the schema: AUTOMOTIVE_DESIGN\n"
                           "-- line 9 col 4: invalid entityInstance\n"
@@ -374,7 +389,8 @@ TEST(ExpFileRead, TheHeaderIsThatOfTheFileJustRead) {
   CapturedLog log;
   Read(file, FileOf("#1=NODE('',$,(),$);", "first"));
   Read(file, FileOf("#1=NODE('',$,(),$);", "second"));
-  EXPECT_THAT(TextsOf(file, "FILE_NAME"), ElementsAre("FILE_NAME('second', 't', ('a'), ('o'), 'p', 's', 'z');"));
+  EXPECT_THAT(TextsOf(file, "FILE_NAME"),
+              ElementsAre("FILE_NAME('second', 't', ('a'), ('o'), 'p', 's', 'z');"));
   EXPECT_EQ(TextsOf(file, "FILE_SCHEMA").size(), 1u);
   EXPECT_EQ(TextsOf(file, "FILE_DESCRIPTION").size(), 1u);
 }
@@ -384,9 +400,11 @@ TEST(ExpFileRead, TheHeaderIsThatOfTheFileJustReadAlsoBehindAFileWithoutInstance
   CapturedLog log;
   Read(file, FileOf("", "first", "AP242"));
   EXPECT_EQ(file.GetSchema(), STEP_AP242);
-  EXPECT_THAT(TextsOf(file, "FILE_NAME"), ElementsAre("FILE_NAME('first', 't', ('a'), ('o'), 'p', 's', 'z');"));
+  EXPECT_THAT(TextsOf(file, "FILE_NAME"),
+              ElementsAre("FILE_NAME('first', 't', ('a'), ('o'), 'p', 's', 'z');"));
   Read(file, FileOf("#1=NODE('',$,(),$);", "second"));
-  EXPECT_THAT(TextsOf(file, "FILE_NAME"), ElementsAre("FILE_NAME('second', 't', ('a'), ('o'), 'p', 's', 'z');"));
+  EXPECT_THAT(TextsOf(file, "FILE_NAME"),
+              ElementsAre("FILE_NAME('second', 't', ('a'), ('o'), 'p', 's', 'z');"));
   EXPECT_THAT(TextsOf(file, "FILE_SCHEMA"), ElementsAre("FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));"));
   EXPECT_EQ(file.GetSchema(), STEP_AP214);
 }
@@ -397,7 +415,8 @@ TEST(ExpFileRead, TheHeaderIsThatOfTheFileJustReadAlsoBehindAWriteOfAnEmptyFile)
   std::ostringstream out;
   file.Write(out);
   Read(file, FileOf("#1=NODE('',$,(),$);", "read"));
-  EXPECT_THAT(TextsOf(file, "FILE_NAME"), ElementsAre("FILE_NAME('read', 't', ('a'), ('o'), 'p', 's', 'z');"));
+  EXPECT_THAT(TextsOf(file, "FILE_NAME"),
+              ElementsAre("FILE_NAME('read', 't', ('a'), ('o'), 'p', 's', 'z');"));
 }
 
 TEST(ExpFileRead, EntitiesThatWereNeverNumberedAreDeletedToo) {
@@ -428,17 +447,20 @@ TEST_P(ExpFileReadSchema, SelectsTheSchema) {
 
 INSTANTIATE_TEST_SUITE_P(
     Names, ExpFileReadSchema,
-    testing::Values(SchemaCase{"CONFIG_CONTROL_DESIGN", 0}, SchemaCase{"config_control_design", 0},
-                    SchemaCase{"AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF", 1},
-                    SchemaCase{"AUTOMOTIVE_DESIGN { 1 0 10303 214 3 1 1 }", 2}, SchemaCase{"AUTOMOTIVE_DESIGN_CC2", 2},
-                    SchemaCase{"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF { 1 0 10303 442 1 1 4 }", 3},
-                    SchemaCase{"ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", 5},
-                    SchemaCase{"CUTTING_TOOL_SCHEMA_ARM", 6}, SchemaCase{"IFC4", 2}, SchemaCase{"", 2}));
+    testing::Values(
+        SchemaCase{"CONFIG_CONTROL_DESIGN", 0}, SchemaCase{"config_control_design", 0},
+        SchemaCase{"AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF", 1},
+        SchemaCase{"AUTOMOTIVE_DESIGN { 1 0 10303 214 3 1 1 }", 2}, SchemaCase{"AUTOMOTIVE_DESIGN_CC2", 2},
+        SchemaCase{"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF { 1 0 10303 442 1 1 4 }", 3},
+        SchemaCase{"ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", 5},
+        SchemaCase{"CUTTING_TOOL_SCHEMA_ARM", 6}, SchemaCase{"IFC4", 2}, SchemaCase{"", 2}));
 
 TEST(ExpFileRead, AFileWithoutFileSchemaIsReadAsAp214) {
   ExpFile file(PLIB);
   CapturedLog log;
-  Read(file, "ISO-10303-21;HEADER;FILE_DESCRIPTION(('d'),'1');ENDSEC;DATA;#1=NODE('',$,(),$);ENDSEC;END-ISO-10303-21;");
+  Read(file,
+       "ISO-10303-21;HEADER;FILE_DESCRIPTION(('d'),'1');ENDSEC;DATA;#1=NODE('',$,(),$);ENDSEC;END-ISO-10303-"
+       "21;");
   EXPECT_EQ(file.GetSchema(), STEP_AP214);
   EXPECT_NE(file.GetEntity(1), nullptr);
   EXPECT_THAT(log.lines, ElementsAre("Reading from stream", "Input schema name:   --  mapped schema name: "));
@@ -475,7 +497,8 @@ TEST(ExpFileRead, AnEmptyFileLeavesAnEmptyFile) {
   ExpectEmpty(file, 3);
 }
 
-// -------------------------------------------------------------------------------------------------- failing to read
+// -------------------------------------------------------------------------------------------------- failing
+// to read
 
 enum class Thrown { Pointer, String, Exception, Number };
 
@@ -487,10 +510,14 @@ class Failing : public ExpFile {
   void AddEntity(int number, ExpEntity* entity) override {
     if (entity != nullptr && number == failsAt) {
       switch (thrown_) {
-        case Thrown::Pointer: throw "a pointer";
-        case Thrown::String: throw std::string("a string");
-        case Thrown::Exception: throw std::runtime_error("an exception");
-        case Thrown::Number: throw 42;
+        case Thrown::Pointer:
+          throw "a pointer";
+        case Thrown::String:
+          throw std::string("a string");
+        case Thrown::Exception:
+          throw std::runtime_error("an exception");
+        case Thrown::Number:
+          throw 42;
       }
     }
     ExpFile::AddEntity(number, entity);
@@ -561,7 +588,8 @@ std::string NameOfThrown(const testing::TestParamInfo<ThrownCase>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ExpFileFailure,
-                         testing::Values(ThrownCase{Thrown::Pointer, " a pointer"}, ThrownCase{Thrown::String, " a string"},
+                         testing::Values(ThrownCase{Thrown::Pointer, " a pointer"},
+                                         ThrownCase{Thrown::String, " a string"},
                                          ThrownCase{Thrown::Exception, " an exception"},
                                          ThrownCase{Thrown::Number, "'\n   Unknown"}),
                          NameOfThrown);
@@ -615,7 +643,8 @@ TEST(ExpFileRead, AnExceptionOfALoggerFailsTheReading) {
   ExpectEmpty(file, 3);
 }
 
-// -------------------------------------------------------------------------------------------------------- appending
+// --------------------------------------------------------------------------------------------------------
+// appending
 
 TEST(ExpFileAppend, NumbersTheInstancesBehindThoseThatAreThere) {
   ExpFile file;
@@ -636,7 +665,8 @@ TEST(ExpFileAppend, KeepsHeaderAndSchema) {
   Read(file, FileOf("#1=NODE('',$,(),$);", "first"));
   Append(file, FileOf("#1=NODE('',$,(),$);", "second", "AP242"));
   EXPECT_EQ(file.GetSchema(), STEP_AP214);
-  EXPECT_THAT(TextsOf(file, "FILE_NAME"), ElementsAre("FILE_NAME('first', 't', ('a'), ('o'), 'p', 's', 'z');"));
+  EXPECT_THAT(TextsOf(file, "FILE_NAME"),
+              ElementsAre("FILE_NAME('first', 't', ('a'), ('o'), 'p', 's', 'z');"));
   EXPECT_EQ(TextsOf(file, "FILE_SCHEMA").size(), 1u);
 }
 

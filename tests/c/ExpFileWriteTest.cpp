@@ -42,7 +42,8 @@ using VELMAR::TestData::Point;
 
 constexpr const char* kSchema = "AUTOMOTIVE_DESIGN";
 const char kFullHeader[] =
-    "FILE_DESCRIPTION(('what'),'2;1');FILE_NAME('name','2020-01-02T03:04:05',('me'),('us'),'pre','sys','auth');"
+    "FILE_DESCRIPTION(('what'),'2;1');FILE_NAME('name','2020-01-02T03:04:05',('me'),('us'),'pre','sys','auth'"
+    ");"
     "FILE_SCHEMA(('AUTOMOTIVE_DESIGN { 1 0 10303 214 }'));";
 const char kFullHeaderWritten[] =
     "HEADER;\nFILE_DESCRIPTION(('what'), '2;1');\n"
@@ -76,7 +77,8 @@ std::string LocalTime(std::time_t time) {
   return text;
 }
 
-// ------------------------------------------------------------------------------------------------------ the parts
+// ------------------------------------------------------------------------------------------------------ the
+// parts
 
 TEST(ExpFileWrite, AnEmptyFileIsWrittenWithTheDefaultsOfItsHeader) {
   ExpFile file;
@@ -88,10 +90,9 @@ TEST(ExpFileWrite, AnEmptyFileIsWrittenWithTheDefaultsOfItsHeader) {
   ASSERT_TRUE(std::regex_search(text, found, stamp)) << text;
   EXPECT_GE(found.str(), LocalTime(before));
   EXPECT_LE(found.str(), LocalTime(after));
-  EXPECT_EQ(text,
-            "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('STEP'), '1');\nFILE_NAME('', '" + found.str() +
-                "', ('Unknown'), ('Unknown'), 'Korvane 3.1.1.0', 'Korvane', 'Unknown');\n"
-                "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\n\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n");
+  EXPECT_EQ(text, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('STEP'), '1');\nFILE_NAME('', '" + found.str() +
+                      "', ('Unknown'), ('Unknown'), 'Korvane 3.1.1.0', 'Korvane', 'Unknown');\n"
+                      "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\n\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n");
 }
 
 TEST(ExpFileWrite, TheSectionsAreWrittenOneByOne) {
@@ -113,8 +114,9 @@ TEST(ExpFileWrite, InstancesStandInTheOrderOfTheirNumbers) {
   CapturedLog log;
   ExpFile file;
   Read(file, FileOf(kFullHeader, "#300=NODE('c',$,(),$);#1=NODE('a',$,(),$);#20=(A(1,2)B('x'));"));
-  EXPECT_THAT(Written(file), HasSubstr("DATA;\n#1 = NODE('a', $, (), $);\n#20 = (\n   A (1, 2)\n   B ('x')\n);\n"
-                                       "#300 = NODE('c', $, (), $);\nENDSEC;\n"));
+  EXPECT_THAT(Written(file),
+              HasSubstr("DATA;\n#1 = NODE('a', $, (), $);\n#20 = (\n   A (1, 2)\n   B ('x')\n);\n"
+                        "#300 = NODE('c', $, (), $);\nENDSEC;\n"));
 }
 
 TEST(ExpFileWrite, TheDataSectionIsTheStores) {
@@ -135,7 +137,8 @@ TEST(ExpFileWrite, TheDataSectionIsTheStores) {
   EXPECT_EQ(out.str(), "DATA;\nwhat the store writes\nENDSEC;\n");
 }
 
-// ------------------------------------------------------------------------------------------------- header defaults
+// ------------------------------------------------------------------------------------------------- header
+// defaults
 
 struct HeaderCase {
   const char* name;
@@ -184,12 +187,14 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderCase{"ImplementationLevel", "FILE_DESCRIPTION(('d'),'');", "FILE_DESCRIPTION(('d'), '1');"},
         HeaderCase{"DescriptionNotProvided", "FILE_DESCRIPTION($,$);", "FILE_DESCRIPTION(('STEP'), '1');"},
         HeaderCase{"DescriptionOmitted", "FILE_DESCRIPTION(*,*);", "FILE_DESCRIPTION(('STEP'), '1');"},
-        HeaderCase{"DescriptionOfAnEmptyString", "FILE_DESCRIPTION((''),'2');", "FILE_DESCRIPTION((''), '2');"},
+        HeaderCase{"DescriptionOfAnEmptyString", "FILE_DESCRIPTION((''),'2');",
+                   "FILE_DESCRIPTION((''), '2');"},
         HeaderCase{"SchemaIdentifiers", "FILE_SCHEMA(());", "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));"},
         HeaderCase{"SchemaIdentifiersNotProvided", "FILE_SCHEMA($);", "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));"},
         HeaderCase{"SchemaIdentifiersPresent", "FILE_SCHEMA(('automotive_design','b'));",
                    "FILE_SCHEMA(('automotive_design', 'b'));"},
-        HeaderCase{"NoDescription", "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));", "FILE_DESCRIPTION(('STEP'), '1');"},
+        HeaderCase{"NoDescription", "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));",
+                   "FILE_DESCRIPTION(('STEP'), '1');"},
         HeaderCase{"NoSchema", "FILE_DESCRIPTION(('d'),'1');", "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));"}),
     [](const auto& info) { return std::string(info.param.name); });
 
@@ -197,12 +202,14 @@ TEST(ExpFileWrite, TheTimeStampIsNowWhereItIsEmpty) {
   for (const char* empty : {"''", "$", "*"}) {
     CapturedLog log;
     ExpFile file;
-    Read(file, FileOf(FileName(std::string("'n',") + empty + ",('a'),('o'),'p','s','z'"), "#1=NODE('',$,(),$);"));
+    Read(file,
+         FileOf(FileName(std::string("'n',") + empty + ",('a'),('o'),'p','s','z'"), "#1=NODE('',$,(),$);"));
     const std::string before = LocalTime(std::time(nullptr));
     const std::string header = HeaderOf(file);
     const std::string after = LocalTime(std::time(nullptr));
-    EXPECT_TRUE(header.find("FILE_NAME('n', '" + before + "', ('a'), ('o'), 'p', 's', 'z');") != std::string::npos ||
-                header.find("FILE_NAME('n', '" + after + "', ('a'), ('o'), 'p', 's', 'z');") != std::string::npos)
+    EXPECT_TRUE(
+        header.find("FILE_NAME('n', '" + before + "', ('a'), ('o'), 'p', 's', 'z');") != std::string::npos ||
+        header.find("FILE_NAME('n', '" + after + "', ('a'), ('o'), 'p', 's', 'z');") != std::string::npos)
         << header;
   }
 }
@@ -221,8 +228,9 @@ TEST_P(SchemaDefault, IsTheCanonicalNameOfTheSchema) {
 INSTANTIATE_TEST_SUITE_P(
     Rows, SchemaDefault,
     testing::Values(SchemaName{STEP_AP203, "CONFIG_CONTROL_DESIGN"},
-                    SchemaName{STEP_AP203E2,
-                               "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF"},
+                    SchemaName{
+                        STEP_AP203E2,
+                        "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF"},
                     SchemaName{STEP_AP214, "AUTOMOTIVE_DESIGN"},
                     SchemaName{STEP_AP242, "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM"},
                     SchemaName{PLIB, "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA"},
@@ -280,9 +288,10 @@ TEST(ExpFileWrite, DefaultsStayAfterTheWrite) {
 TEST(ExpFileWrite, HeaderEntitiesAreWrittenInTheirOrderWhateverThatOfTheFile) {
   CapturedLog log;
   ExpFile file;
-  Read(file, FileOf("FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));FILE_NAME('n','t',('a'),('o'),'p','s','z');UNKNOWN(1);"
-                    "FILE_DESCRIPTION(('d'),'1');",
-                    "#1=NODE('',$,(),$);"));
+  Read(file,
+       FileOf("FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));FILE_NAME('n','t',('a'),('o'),'p','s','z');UNKNOWN(1);"
+              "FILE_DESCRIPTION(('d'),'1');",
+              "#1=NODE('',$,(),$);"));
   EXPECT_EQ(HeaderOf(file),
             "HEADER;\nFILE_DESCRIPTION(('d'), '1');\nFILE_NAME('n', 't', ('a'), ('o'), 'p', 's', 'z');\n"
             "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\n\n");
@@ -291,8 +300,10 @@ TEST(ExpFileWrite, HeaderEntitiesAreWrittenInTheirOrderWhateverThatOfTheFile) {
 TEST(ExpFileWrite, HeaderValuesAreEscaped) {
   CapturedLog log;
   ExpFile file;
-  Read(file, FileOf("FILE_NAME('It''s \\X\\E9','t',('\\X2\\03A9\\X0\\'),('o'),'p','s','z');", "#1=NODE('',$,(),$);"));
-  EXPECT_THAT(HeaderOf(file), HasSubstr("FILE_NAME('It''s \\X\\E9', 't', ('\\X2\\03A9\\X0\\'), ('o'), 'p', 's', 'z');"));
+  Read(file, FileOf("FILE_NAME('It''s \\X\\E9','t',('\\X2\\03A9\\X0\\'),('o'),'p','s','z');",
+                    "#1=NODE('',$,(),$);"));
+  EXPECT_THAT(HeaderOf(file),
+              HasSubstr("FILE_NAME('It''s \\X\\E9', 't', ('\\X2\\03A9\\X0\\'), ('o'), 'p', 's', 'z');"));
 }
 
 TEST(ExpFileWrite, AHeaderValueOfTheFileReadIsWrittenUnchanged) {
@@ -302,10 +313,12 @@ TEST(ExpFileWrite, AHeaderValueOfTheFileReadIsWrittenUnchanged) {
   EXPECT_EQ(HeaderOf(file), kFullHeaderWritten);
 }
 
-// ----------------------------------------------------------------------------------------------------- round trips
+// ----------------------------------------------------------------------------------------------------- round
+// trips
 
 const char kInstances[] =
-    "#1=ALL_KINDS(1.5E-7,-3,'It''s \\X\\E9 \\X2\\03A9\\X0\\ \\\\ \\X4\\0001F600\\X0\\',#2,(1,2.5,'c',#4,((5),()),T(6)),.RED.,"
+    "#1=ALL_KINDS(1.5E-7,-3,'It''s \\X\\E9 \\X2\\03A9\\X0\\ \\\\ "
+    "\\X4\\0001F600\\X0\\',#2,(1,2.5,'c',#4,((5),()),T(6)),.RED.,"
     ".U.,.T.,LENGTH(2.5));\n"
     "#2=ALL_KINDS(0.,0,'',#1,(),.A_1.,.F.,.F.,#1);\n#3=ALL_KINDS(1.E20,2147483647,' ',$,$,$,$,$,$);\n"
     "#4=LIBRARY_KINDS($,$,$);\n#50=LIBRARY_KINDS(*,*,.BLUE.);\n#51=(A(1,2)B('x')C(2.5));\n#52=EMPTY();\n"
@@ -337,7 +350,8 @@ TEST(ExpFileWrite, APopulationBuiltFromNothingReadsAgain) {
   EXPECT_EQ(again.GetEntity(1)->ToString(), "#1 = POINT('p', (2.5));");
 }
 
-// --------------------------------------------------------------------------------------------------- to a file name
+// --------------------------------------------------------------------------------------------------- to a
+// file name
 
 TEST(ExpFileWriteToFile, LogsAndWritesTheSameText) {
   CapturedLog log;
@@ -384,7 +398,8 @@ TEST(ExpFileWriteToFile, ReplacesTheFileThatWasRead) {
 }
 
 TEST(ExpFileWriteToFile, AFileThatCannotBeOpenedLeavesOnlyTheFirstLine) {
-  for (const std::string& path : {std::string("/no/such/folder/part.stp"), std::string(), std::string("/proc")}) {
+  for (const std::string& path :
+       {std::string("/no/such/folder/part.stp"), std::string(), std::string("/proc")}) {
     CapturedLog log;
     ExpFile file;
     MakeIn<Point>(file, 1, kSchema);
@@ -444,7 +459,8 @@ TEST(ExpFileWriteToFile, LeavesADeviceADevice) {
   std::remove(link.c_str());
 }
 
-// ------------------------------------------------------------------------------------------------ failing to write
+// ------------------------------------------------------------------------------------------------ failing to
+// write
 
 enum class Thrown { Nothing, Pointer, String, Exception, Number };
 Thrown thrownByText = Thrown::Nothing;
@@ -455,11 +471,16 @@ class Refusing : public ExpEntity {
   static ExpEntity* New() { return new Refusing; }
   std::string ToString() override {
     switch (thrownByText) {
-      case Thrown::Pointer: throw "a pointer";
-      case Thrown::String: throw std::string("a string");
-      case Thrown::Exception: throw std::runtime_error("an exception");
-      case Thrown::Number: throw 42;
-      case Thrown::Nothing: break;
+      case Thrown::Pointer:
+        throw "a pointer";
+      case Thrown::String:
+        throw std::string("a string");
+      case Thrown::Exception:
+        throw std::runtime_error("an exception");
+      case Thrown::Number:
+        throw 42;
+      case Thrown::Nothing:
+        break;
     }
     return "#2 = REFUSING();";
   }
@@ -468,8 +489,9 @@ class Refusing : public ExpEntity {
 void AddRefusing(ExpFile& file) {
   static const bool registered = [] {
     ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(
-        new ExpEntityRuntimeType("REFUSING", kSchema, &Refusing::New, 0, 0, 0, false, new std::vector<std::string>,
-                                 new std::vector<std::string>, new std::vector<std::string>, 0),
+        new ExpEntityRuntimeType("REFUSING", kSchema, &Refusing::New, 0, 0, 0, false,
+                                 new std::vector<std::string>, new std::vector<std::string>,
+                                 new std::vector<std::string>, 0),
         "");
     return true;
   }();
@@ -538,7 +560,8 @@ std::string NameOfThrown(const testing::TestParamInfo<FailureCase>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ExpFileWriteFailure,
-                         testing::Values(FailureCase{Thrown::Pointer, "a pointer"}, FailureCase{Thrown::String, "a string"},
+                         testing::Values(FailureCase{Thrown::Pointer, "a pointer"},
+                                         FailureCase{Thrown::String, "a string"},
                                          FailureCase{Thrown::Exception, "an exception"},
                                          FailureCase{Thrown::Number, "Unknown"}),
                          NameOfThrown);
@@ -565,7 +588,8 @@ TEST(ExpFileWriteToFile, ASelectWithoutValueIsLoggedAndLeavesTheExistingFile) {
   MakeIn<Node>(file, 1, kSchema);
   file.Write(out.Path());
   ASSERT_EQ(log.lines.size(), 2u);
-  EXPECT_THAT(log.lines[1], HasSubstr("expSelectedValue should not be NULL while writing ExpSelect to string."));
+  EXPECT_THAT(log.lines[1],
+              HasSubstr("expSelectedValue should not be NULL while writing ExpSelect to string."));
   EXPECT_EQ(out.Content(), "an existing file");
 }
 
@@ -594,7 +618,8 @@ TEST(ExpFileWriteToFile, AFullDiskIsLoggedAndLeavesTheExistingFile) {
     ExpSimpleLogger logger(&std::cout);
     ExpLogger::AddLogger(&logger);
     ExpFile file;
-    for (int i = 1; i <= 500; ++i) dynamic_cast<Node*>(file.CreateAndAddEntity("NODE"))->choice.SetNotProvided(true);
+    for (int i = 1; i <= 500; ++i)
+      dynamic_cast<Node*>(file.CreateAndAddEntity("NODE"))->choice.SetNotProvided(true);
     file.Write(path);
     ExpLogger::RemoveLogger(&logger);
   });
@@ -602,8 +627,10 @@ TEST(ExpFileWriteToFile, AFullDiskIsLoggedAndLeavesTheExistingFile) {
   EXPECT_EQ(ended.output.find("Write file: " + path + "\nError while writing file '" + path + "'\n   "), 0u)
       << ended.output;
   std::ifstream in(path);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()), "an existing file");
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()), 1);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()),
+            "an existing file");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()),
+            1);
   std::filesystem::remove_all(folder);
 }
 

@@ -1,5 +1,5 @@
-// Inputs that are cut off, damaged, senseless or absurdly deep: whatever comes in, reading returns, and what is whole is
-// kept.
+// Inputs that are cut off, damaged, senseless or absurdly deep: whatever comes in, reading returns, and what
+// is whole is kept.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -111,7 +111,8 @@ std::vector<std::pair<std::string, std::string>> DataInputs() {
   return inputs;
 }
 
-// --------------------------------------------------------------------------------------------------- cut and damaged
+// --------------------------------------------------------------------------------------------------- cut and
+// damaged
 
 TEST(HostileInput, EveryPrefixOfEveryDataFileIsReadTheSameFromMemoryAndFromAPipe) {
   for (const auto& [name, input] : DataInputs()) {
@@ -143,8 +144,11 @@ TEST(HostileInput, EveryPrefixOfEveryDataFileAsUtf8) {
 
 TEST(HostileInput, WhatStandsWholeBeforeTheCutIsKept) {
   const std::vector<std::string> records = {
-      "A(1,2)", "POINT('it''s',(1.5,(2),'x'))", "(A(1,2)B('y'))", "NODE('n',#1,(#2,#3),L(M(2.5)))", "EMPTY()",
-      "ALL_KINDS(1.,2,'t',#1,(1,2),.RED.,.U.,.T.,L('v'))", "B($,*,'z')", "UNKNOWN(1,(2))", "C(1,2,'c',-1.E-5)"};
+      "A(1,2)",           "POINT('it''s',(1.5,(2),'x'))",
+      "(A(1,2)B('y'))",   "NODE('n',#1,(#2,#3),L(M(2.5)))",
+      "EMPTY()",          "ALL_KINDS(1.,2,'t',#1,(1,2),.RED.,.U.,.T.,L('v'))",
+      "B($,*,'z')",       "UNKNOWN(1,(2))",
+      "C(1,2,'c',-1.E-5)"};
   std::string text = kHead;
   std::vector<std::pair<std::size_t, int>> ends;
   for (int i = 0; i < 30; ++i) {
@@ -178,7 +182,8 @@ TEST(HostileInput, OneByteChanged) {
     for (int i = 0; i < 150; ++i) {
       std::string bytes = input;
       const std::size_t position = random() % bytes.size();
-      const char byte = i % 2 == 0 ? static_cast<char>(random() % 256) : "'\"()/*;#.,$!&=-E\n\r"[random() % 18];
+      const char byte =
+          i % 2 == 0 ? static_cast<char>(random() % 256) : "'\"()/*;#.,$!&=-E\n\r"[random() % 18];
       if (position == 0 && byte == '\xEF') continue;  // a broken byte order mark ends the process
       bytes[position] = byte;
       EXPECT_TRUE(ReadMemory(bytes) == ReadPipe(bytes)) << name << " with another byte at " << position;
@@ -197,7 +202,8 @@ TEST(HostileInput, OneByteInsertedOrRemoved) {
       } else {
         bytes.insert(position, 1, "'\"()/*;#.,$!&=-E\n\r"[random() % 18]);
       }
-      EXPECT_TRUE(ReadMemory(bytes) == ReadPipe(bytes)) << name << " with one byte more or less at " << position;
+      EXPECT_TRUE(ReadMemory(bytes) == ReadPipe(bytes))
+          << name << " with one byte more or less at " << position;
     }
   }
 }
@@ -211,7 +217,8 @@ TEST(HostileInput, EveryPairOfBytes) {
       log.Clear();
       EXPECT_EQ(ReadMemory(bytes).population, "");
       ASSERT_GE(log.lines.size(), 1u);
-      ASSERT_EQ(log.lines[0].substr(log.lines[0].find(": ")), ": \"ISO-10303-21;\" expected") << first << " " << second;
+      ASSERT_EQ(log.lines[0].substr(log.lines[0].find(": ")), ": \"ISO-10303-21;\" expected")
+          << first << " " << second;
     }
   }
 }
@@ -230,11 +237,50 @@ TEST(HostileInput, RandomBytes) {
 }
 
 TEST(HostileInput, RandomTokens) {
-  const std::vector<std::string> words = {
-      "ISO-10303-21;", "END-ISO-10303-21;", "HEADER;", "DATA;", "ENDSEC;", "&SCOPE", "ENDSCOPE", "#1", "#2=A(1,2);", "#3",
-      "=", "(", ")", "((", "))", ",", ";", ";", "$", "*", "!", ".", "/", "'it''s'", "1", "-2.5", "\"3FA\"", ".T.", "A", "B",
-      "POINT", "NODE", "UNKNOWN", "ALL_KINDS", "L(", "FILE_SCHEMA(('X'));", "%", "e", "/* c */", "//\r\n", "#4=POINT(", "#5=(",
-      "#6=NODE('n',", "#7=&SCOPE"};
+  const std::vector<std::string> words = {"ISO-10303-21;",
+                                          "END-ISO-10303-21;",
+                                          "HEADER;",
+                                          "DATA;",
+                                          "ENDSEC;",
+                                          "&SCOPE",
+                                          "ENDSCOPE",
+                                          "#1",
+                                          "#2=A(1,2);",
+                                          "#3",
+                                          "=",
+                                          "(",
+                                          ")",
+                                          "((",
+                                          "))",
+                                          ",",
+                                          ";",
+                                          ";",
+                                          "$",
+                                          "*",
+                                          "!",
+                                          ".",
+                                          "/",
+                                          "'it''s'",
+                                          "1",
+                                          "-2.5",
+                                          "\"3FA\"",
+                                          ".T.",
+                                          "A",
+                                          "B",
+                                          "POINT",
+                                          "NODE",
+                                          "UNKNOWN",
+                                          "ALL_KINDS",
+                                          "L(",
+                                          "FILE_SCHEMA(('X'));",
+                                          "%",
+                                          "e",
+                                          "/* c */",
+                                          "//\r\n",
+                                          "#4=POINT(",
+                                          "#5=(",
+                                          "#6=NODE('n',",
+                                          "#7=&SCOPE"};
   std::mt19937 random(4);
   for (int i = 0; i < 4000; ++i) {
     std::string bytes = i % 4 == 0 ? "" : kHead;
@@ -247,7 +293,8 @@ TEST(HostileInput, RandomTokens) {
   }
 }
 
-// ------------------------------------------------------------------------------------------------------------ depth
+// ------------------------------------------------------------------------------------------------------------
+// depth
 
 // Reads the instances; expects no word in the log.
 struct Quiet {
@@ -271,7 +318,8 @@ TEST(HostileDepth, AMillionNestedListsAreReadPrintedAndReadAgain) {
 }
 
 TEST(HostileDepth, AMillionListsThatNobodyCloses) {
-  for (const std::string begin : {"#1=POINT('p',", "#1=UNKNOWN(", "#1=A(", "#1=A(1,2,", "#1=NODE('n',$,(),", "#1=POINT('p',(T("}) {
+  for (const std::string begin :
+       {"#1=POINT('p',", "#1=UNKNOWN(", "#1=A(", "#1=A(1,2,", "#1=NODE('n',$,(),", "#1=POINT('p',(T("}) {
     const Outcome outcome = ReadMemory(kHead + begin + Times(kMillion, "("));
     EXPECT_EQ(std::count(outcome.log.begin(), outcome.log.end(), '\n'), 1) << begin;
   }
@@ -308,15 +356,16 @@ TEST(HostileDepth, AMillionTypeNamesInAListInATypedElement) {
 }
 
 TEST(HostileDepth, ListsAndTypeNamesInTurn) {
-  Quiet read("#1=NODE('n',$," + Times(kMillion / 2, "(T(") + "7" + Times(kMillion / 2, "))") + ",$);\n#2=UNKNOWN(" +
-             Times(kMillion / 2, "(T(") + "7" + Times(kMillion / 2, "))") + ");\n#3=POINT('p'," + Times(kMillion / 2, "((1),") +
-             "7" + Times(kMillion / 2, ")") + ");");
+  Quiet read("#1=NODE('n',$," + Times(kMillion / 2, "(T(") + "7" + Times(kMillion / 2, "))") +
+             ",$);\n#2=UNKNOWN(" + Times(kMillion / 2, "(T(") + "7" + Times(kMillion / 2, "))") +
+             ");\n#3=POINT('p'," + Times(kMillion / 2, "((1),") + "7" + Times(kMillion / 2, ")") + ");");
   EXPECT_NE(read.provider.GetEntity(1), nullptr);
   EXPECT_NE(read.provider.GetEntity(3), nullptr);
 }
 
 TEST(HostileDepth, AMillionTypeNamesThatNobodyCloses) {
-  for (const std::string begin : {"#1=NODE('n',$,(),", "#1=POINT('p',(", "#1=UNKNOWN(", "#1=POINT('p',(T(("}) {
+  for (const std::string begin :
+       {"#1=NODE('n',$,(),", "#1=POINT('p',(", "#1=UNKNOWN(", "#1=POINT('p',(T(("}) {
     const Outcome outcome = ReadMemory(kHead + begin + Times(kMillion, "T("));
     EXPECT_EQ(std::count(outcome.log.begin(), outcome.log.end(), '\n'), 1) << begin;
   }
@@ -341,7 +390,8 @@ TEST(HostileDepth, AMillionScopesThatNobodyCloses) {
 }
 
 TEST(HostileDepth, AMillionComments) {
-  Quiet read("#1=" + Times(kMillion, "/**/") + "A(" + Times(kMillion, "//\r\n") + "1," + Times(kMillion / 10, "/*\n*/ ") + "2);");
+  Quiet read("#1=" + Times(kMillion, "/**/") + "A(" + Times(kMillion, "//\r\n") + "1," +
+             Times(kMillion / 10, "/*\n*/ ") + "2);");
   EXPECT_EQ(read.provider.GetEntity(1)->ToString(), "#1 = A(1, 2);");
 }
 
@@ -362,11 +412,13 @@ TEST(HostileDepth, AMillionLoneSlashes) {
   EXPECT_EQ(outcome.population, "#1 = A(1, 2);\n#2 = A(3, 4);\n");
 }
 
-// ----------------------------------------------------------------------------------------------------------- length
+// -----------------------------------------------------------------------------------------------------------
+// length
 
 TEST(HostileLength, AListOfAMillionElements) {
   Quiet read("#1=POINT('p',(" + Times(kMillion - 1, "1,") + "2));");
-  EXPECT_EQ(dynamic_cast<Point*>(read.provider.GetEntity(1))->coordinates.NofElements(), static_cast<unsigned long>(kMillion));
+  EXPECT_EQ(dynamic_cast<Point*>(read.provider.GetEntity(1))->coordinates.NofElements(),
+            static_cast<unsigned long>(kMillion));
 }
 
 TEST(HostileLength, AMillionParametersTooMany) {
@@ -402,8 +454,8 @@ TEST(HostileLength, AMillionSyntaxErrors) {
 
 TEST(HostileLength, TheLongestNumbers) {
   const std::string digits(32766, '9');
-  Quiet read("#1=ALL_KINDS(-" + digits.substr(1) + ".," + digits + ",'');\n#2=ALL_KINDS(0." + std::string(32765, '0') + ");\n" +
-             "#3=POINT('',(#" + digits + "));");
+  Quiet read("#1=ALL_KINDS(-" + digits.substr(1) + ".," + digits + ",'');\n#2=ALL_KINDS(0." +
+             std::string(32765, '0') + ");\n" + "#3=POINT('',(#" + digits + "));");
   EXPECT_EQ(read.provider.GetEntity(1)->GetMember("real")->GetExpReal(), -HUGE_VAL);
   EXPECT_EQ(read.provider.GetEntity(1)->GetMember("integer")->GetExpInteger(), -1);
   EXPECT_EQ(read.provider.GetEntity(2)->GetMember("real")->GetExpReal(), 0.0);
@@ -419,7 +471,8 @@ TEST(HostileLength, AnUnterminatedStringShortOfTheLimitIsASyntaxError) {
 
 TEST(HostileLength, AnUnterminatedStringBeyondTheLimitEndsTheProcess) {
   for (const int length : {32767, 1000000}) {
-    const Ended ended = RunInChild([length] { ReadMemory(kHead + ("#1=POINT('" + std::string(length, 'x'))); });
+    const Ended ended =
+        RunInChild([length] { ReadMemory(kHead + ("#1=POINT('" + std::string(length, 'x'))); });
     EXPECT_EQ(ended.exitStatus, 1);
     EXPECT_EQ(ended.output, "--- Too long token value\n");
   }
@@ -435,13 +488,14 @@ TEST(HostileLength, AnUnterminatedStringBeyondTheLimitEndsTheProcessAlsoFromAFil
   EXPECT_EQ(ended.output, "--- Too long token value\n");
 }
 
-// -------------------------------------------------------------------------------------------------- written again
+// -------------------------------------------------------------------------------------------------- written
+// again
 
 TEST(HostileDepth, DeepValuesOfAFileAreWrittenAndReadAgain) {
   const std::string deepList = Times(kMillion, "(") + Times(kMillion, ")");
   const std::string deepSelect = Times(kMillion, "T(") + "'x'" + Times(kMillion, ")");
-  std::string text = FileOf("#1=POINT('p'," + deepList + ");\n#2=NODE('n',#1,(" + deepSelect + ")," + deepSelect +
-                            ");\n#3=(NODE('m',#1," + deepList + ",$)A(1,2));");
+  std::string text = FileOf("#1=POINT('p'," + deepList + ");\n#2=NODE('n',#1,(" + deepSelect + ")," +
+                            deepSelect + ");\n#3=(NODE('m',#1," + deepList + ",$)A(1,2));");
   std::string written[2];
   for (std::string& out : written) {
     CapturedLog log;

@@ -51,8 +51,8 @@ const char kTail[] = "ENDSEC;\nEND-ISO-10303-21;\n";
 std::string FileOf(const std::string& instances) { return kHead + instances + "\n" + kTail; }
 
 // Parses a text into a provider and returns the number of errors.
-int Parse(const std::string& text, ExpAbstractObjectProvider& provider, int offset = 0, bool skipHeader = false,
-          Source source = Source::Memory) {
+int Parse(const std::string& text, ExpAbstractObjectProvider& provider, int offset = 0,
+          bool skipHeader = false, Source source = Source::Memory) {
   ScannerOver scanner(text, source);
   Parser parser(scanner.Get());
   parser.SetProvider(&provider);
@@ -64,7 +64,9 @@ int Parse(const std::string& text, ExpAbstractObjectProvider& provider, int offs
 
 // What has been read from the instances of a DATA section.
 struct ReadData {
-  explicit ReadData(const std::string& instances, int offset = 0) { errors = Parse(FileOf(instances), provider, offset); }
+  explicit ReadData(const std::string& instances, int offset = 0) {
+    errors = Parse(FileOf(instances), provider, offset);
+  }
 
   template <class T>
   T* Get(int number) {
@@ -83,7 +85,8 @@ struct ReadData {
   int errors = -1;
 };
 
-// ------------------------------------------------------------------------------------------ files with their logs
+// ------------------------------------------------------------------------------------------ files with their
+// logs
 
 // Files of data/: an input, then the lines that reading it logs, then, unless it is left out, the population.
 struct DataFile {
@@ -102,7 +105,8 @@ struct DataFile {
     input = text.substr(0, logAt);
     const std::size_t populationAt = text.find(populationMark);
     hasPopulation = populationAt != std::string::npos;
-    log = text.substr(logAt + logMark.size(), hasPopulation ? populationAt - logAt - logMark.size() : std::string::npos);
+    log = text.substr(logAt + logMark.size(),
+                      hasPopulation ? populationAt - logAt - logMark.size() : std::string::npos);
     if (hasPopulation) population = text.substr(populationAt + populationMark.size());
   }
 };
@@ -140,7 +144,8 @@ TEST_P(ParserDataFile, GivesItsLogAndPopulation) {
 INSTANTIATE_TEST_SUITE_P(Data, ParserDataFile, testing::ValuesIn(DataFiles()),
                          [](const auto& info) { return info.param.stem().string(); });
 
-// ------------------------------------------------------------------------------------------- values and setters
+// ------------------------------------------------------------------------------------------- values and
+// setters
 
 // A value that notes every call.
 class NotedAttribute : public ExpAttribute {
@@ -148,7 +153,9 @@ class NotedAttribute : public ExpAttribute {
   ~NotedAttribute() override {
     for (ExpAttribute* value : values) delete value;
   }
-  void SetNotProvided(bool flag) override { calls.push_back(flag ? "SetNotProvided" : "SetNotProvided(false)"); }
+  void SetNotProvided(bool flag) override {
+    calls.push_back(flag ? "SetNotProvided" : "SetNotProvided(false)");
+  }
   void SetOmitted(bool flag) override { calls.push_back(flag ? "SetOmitted" : "SetOmitted(false)"); }
   void SetExpReal(double value) override {
     std::ostringstream out;
@@ -183,7 +190,8 @@ class NineProvider : public TestProvider {
  public:
   ExpEntity* CreateEntity(const std::string& typeName) override {
     static ExpEntityRuntimeType* const type = new ExpEntityRuntimeType(
-        "NINE", "PARSER_TEST", &Nine::New, 9, 0, 0, false, new std::vector<std::string>, new std::vector<std::string>,
+        "NINE", "PARSER_TEST", &Nine::New, 9, 0, 0, false, new std::vector<std::string>,
+        new std::vector<std::string>,
         new std::vector<std::string>{"m0", "m1", "m2", "m3", "m4", "m5", "m6", "m7", "m8"}, 0);
     static const bool registered =
         (ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(type, ""), true);
@@ -249,15 +257,20 @@ INSTANTIATE_TEST_SUITE_P(
     Forms, ParserParameter,
     testing::Values(
         ArgCase{"Integer", "7", {"SetExpInteger 7"}}, ArgCase{"SignedInteger", "-7", {"SetExpInteger -7"}},
-        ArgCase{"PlusInteger", "+7", {"SetExpInteger 7"}}, ArgCase{"LeadingZerosAreDecimal", "010", {"SetExpInteger 10"}},
+        ArgCase{"PlusInteger", "+7", {"SetExpInteger 7"}},
+        ArgCase{"LeadingZerosAreDecimal", "010", {"SetExpInteger 10"}},
         ArgCase{"Real", "2.5", {"SetExpReal 2.5"}}, ArgCase{"RealWithoutFraction", "-3.", {"SetExpReal -3"}},
         ArgCase{"RealWithExponent", "1.5e-3", {"SetExpReal 0.0015"}},
         ArgCase{"String", "'abc'", {"SetExpString abc"}}, ArgCase{"EmptyString", "''", {"SetExpString "}},
         ArgCase{"StringWithDoubledApostrophes", "'''a'''", {"SetExpString ''a''"}},
-        ArgCase{"StringWithEscapesRaw", "'\\X\\E9\\\\\\X2\\03A9\\X0\\'", {"SetExpString \\X\\E9\\\\\\X2\\03A9\\X0\\"}},
+        ArgCase{"StringWithEscapesRaw",
+                "'\\X\\E9\\\\\\X2\\03A9\\X0\\'",
+                {"SetExpString \\X\\E9\\\\\\X2\\03A9\\X0\\"}},
         ArgCase{"Reference", "#7", {"SetExpLink 107"}}, ArgCase{"NotProvided", "$", {"SetNotProvided"}},
-        ArgCase{"Omitted", "*", {"SetOmitted"}}, ArgCase{"Enumeration", ".RED_2.", {"SetExpEnumeration RED_2"}},
-        ArgCase{"EnumerationWithBlanks", ". RED .", {"SetExpEnumeration RED"}}, ArgCase{"Binary", "\"3FA\"", {}},
+        ArgCase{"Omitted", "*", {"SetOmitted"}},
+        ArgCase{"Enumeration", ".RED_2.", {"SetExpEnumeration RED_2"}},
+        ArgCase{"EnumerationWithBlanks", ". RED .", {"SetExpEnumeration RED"}},
+        ArgCase{"Binary", "\"3FA\"", {}},
         ArgCase{"Typed", "LABEL('x')", {"AddExpSelectTypeName LABEL", "SetExpString x"}},
         ArgCase{"TypedUserDefined", "!LABEL(1)", {"AddExpSelectTypeName LABEL", "SetExpInteger 1"}},
         ArgCase{"TypedReal", "L(1.5)", {"AddExpSelectTypeName L", "SetExpReal 1.5"}},
@@ -269,7 +282,8 @@ INSTANTIATE_TEST_SUITE_P(
         ArgCase{"TypedList", "L((1,2))", {"AddExpSelectTypeName L", "AddValue", "AddValue"}},
         ArgCase{"TypedTyped",
                 "A(B(!C(1)))",
-                {"AddExpSelectTypeName A", "AddExpSelectTypeName B", "AddExpSelectTypeName C", "SetExpInteger 1"}},
+                {"AddExpSelectTypeName A", "AddExpSelectTypeName B", "AddExpSelectTypeName C",
+                 "SetExpInteger 1"}},
         ArgCase{"EmptyList", "()", {}}, ArgCase{"EmptyListWithBlank", "( )", {}},
         ArgCase{"List", "(1,'a',#2)", {"AddValue", "AddValue", "AddValue"}},
         ArgCase{"ListOfNothingThatIsKept", "($,*,.E.,\"0\")", {}},
@@ -294,23 +308,23 @@ TEST_P(ParserList, GivesItsElements) {
 
 INSTANTIATE_TEST_SUITE_P(
     Forms, ParserList,
-    testing::Values(ListCase{"Empty", "()", "()"}, ListCase{"Integers", "(1,-2)", "(1, -2)"},
-                    ListCase{"Reals", "(1.,2.5E3)", "(1., 2500.)"},
-                    ListCase{"Strings", "('a','It''s','\\X\\E9')", "('a', 'It''s', '\\X\\E9')"},
-                    ListCase{"References", "(#1,#2)", "(#101, #102)"},
-                    ListCase{"OnlyValuesAreKept", "(1,$,*,.E.,2)", "(1, 2)"}, ListCase{"NotProvided", "($)", "()"},
-                    ListCase{"Omitted", "(*)", "()"}, ListCase{"Enumerations", "(.A.,.B.)", "()"},
-                    ListCase{"Binaries", "(\"0\",\"1F\")", "()"}, ListCase{"NestedEmpty", "(())", "(())"},
-                    ListCase{"Nested", "((1,2),(),((3)),4)", "((1, 2), (), ((3)), 4)"},
-                    ListCase{"NestedDropsToo", "(($,1),(*,.E.))", "((1), ())"},
-                    ListCase{"NestedReferences", "((#1))", "((#101))"}, ListCase{"Typed", "(L(1),2)", "(L(1), 2)"},
-                    ListCase{"TypedReal", "(L(1.5))", "(L(1.5))"}, ListCase{"TypedString", "(L('x'))", "(L('x'))"},
-                    ListCase{"TypedReference", "(L(#5))", "(L(#105))"},
-                    ListCase{"TypedUserDefined", "(!L(1))", "(L(1))"},
-                    ListCase{"TypedNotProvided", "(L($))", "($)"},
-                    ListCase{"TypedTyped", "(A(B(C(1.5))))", "(A(B(C(1.5))))"},
-                    ListCase{"TypedTypedNotProvided", "(A(B($)))", "($)"},
-                    ListCase{"TypedInNested", "((L(1)),(M(2)))", "((L(1)), (M(2)))"}),
+    testing::Values(
+        ListCase{"Empty", "()", "()"}, ListCase{"Integers", "(1,-2)", "(1, -2)"},
+        ListCase{"Reals", "(1.,2.5E3)", "(1., 2500.)"},
+        ListCase{"Strings", "('a','It''s','\\X\\E9')", "('a', 'It''s', '\\X\\E9')"},
+        ListCase{"References", "(#1,#2)", "(#101, #102)"},
+        ListCase{"OnlyValuesAreKept", "(1,$,*,.E.,2)", "(1, 2)"}, ListCase{"NotProvided", "($)", "()"},
+        ListCase{"Omitted", "(*)", "()"}, ListCase{"Enumerations", "(.A.,.B.)", "()"},
+        ListCase{"Binaries", "(\"0\",\"1F\")", "()"}, ListCase{"NestedEmpty", "(())", "(())"},
+        ListCase{"Nested", "((1,2),(),((3)),4)", "((1, 2), (), ((3)), 4)"},
+        ListCase{"NestedDropsToo", "(($,1),(*,.E.))", "((1), ())"},
+        ListCase{"NestedReferences", "((#1))", "((#101))"}, ListCase{"Typed", "(L(1),2)", "(L(1), 2)"},
+        ListCase{"TypedReal", "(L(1.5))", "(L(1.5))"}, ListCase{"TypedString", "(L('x'))", "(L('x'))"},
+        ListCase{"TypedReference", "(L(#5))", "(L(#105))"}, ListCase{"TypedUserDefined", "(!L(1))", "(L(1))"},
+        ListCase{"TypedNotProvided", "(L($))", "($)"},
+        ListCase{"TypedTyped", "(A(B(C(1.5))))", "(A(B(C(1.5))))"},
+        ListCase{"TypedTypedNotProvided", "(A(B($)))", "($)"},
+        ListCase{"TypedInNested", "((L(1)),(M(2)))", "((L(1)), (M(2)))"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Parser, AnAggregateOfTwoIntegersHasTwoIntegers) {
@@ -353,8 +367,8 @@ TEST_P(ParserDroppedElementValue, LeavesATypedElementWithoutValue) {
 
 INSTANTIATE_TEST_SUITE_P(Values, ParserDroppedElementValue,
                          testing::Values("*", ".E.", "\"0F\"", "()", "(1,2)", "(1,2.,'a',#1,\"0\",$,*,.E.)",
-                                         "((1),('a',()))", "(U(1),U('b'),!U(V(#2)),U((1,'c')))", "M(*)", "M(.E.)",
-                                         "M((1))"));
+                                         "((1),('a',()))", "(U(1),U('b'),!U(V(#2)),U((1,'c')))", "M(*)",
+                                         "M(.E.)", "M((1))"));
 
 TEST(Parser, TheTypeNamesOfANestedTypedElementAreAddedInTurn) {
   ReadData read("#1=POINT('p',(A(B(*))));");
@@ -367,9 +381,11 @@ TEST(Parser, TheTypeNamesOfANestedTypedElementAreAddedInTurn) {
 TEST(Parser, ATypedParameterOfASelectKeepsEveryKindOfValue) {
   ReadData read(
       "#1=NODE('n',$,(),L(1));#2=NODE('n',$,(),L(1.5));#3=NODE('n',$,(),L('x'));#4=NODE('n',$,(),L(#1));"
-      "#5=NODE('n',$,(),L(.E.));#6=NODE('n',$,(),L((1,(2),'c')));#7=NODE('n',$,(),#3);#8=NODE('n',$,(),(1,2));");
+      "#5=NODE('n',$,(),L(.E.));#6=NODE('n',$,(),L((1,(2),'c')));#7=NODE('n',$,(),#3);#8=NODE('n',$,(),(1,2))"
+      ";");
   EXPECT_EQ(read.errors, 0);
-  const char* const expected[] = {"L(1)", "L(1.5)", "L('x')", "L(#1)", "L(.E.)", "L((1, (2), 'c'))", "#3", "(1, 2)"};
+  const char* const expected[] = {"L(1)",   "L(1.5)",           "L('x')", "L(#1)",
+                                  "L(.E.)", "L((1, (2), 'c'))", "#3",     "(1, 2)"};
   for (int i = 0; i < 8; ++i) EXPECT_EQ(read.Get<Node>(i + 1)->choice.ToString(), expected[i]);
 }
 
@@ -440,11 +456,13 @@ TEST(Parser, AnExceptionFromANestedListGivesUpTheRecord) {
   EXPECT_EQ(read.Text(), "#1 = A(0, 0);\n#2 = A(0, 0);\n#3 = A(0, 0);\n#4 = A(3, 4);\n");
 }
 
-// ------------------------------------------------------------------------------------------------- what is dropped
+// ------------------------------------------------------------------------------------------------- what is
+// dropped
 
 TEST(Parser, EveryParameterOfAnUnknownTypeIsReadAndDropped) {
   ReadData read(
-      "#1=UNKNOWN(1,2.5,'a',#7,$,*,.T.,(1,2.,'b',#3,(4,'c'),T(5),$,*,.E.,\"0\"),\"3FA\",L(1),L(M('x')),L((1,'d')),"
+      "#1=UNKNOWN(1,2.5,'a',#7,$,*,.T.,(1,2.,'b',#3,(4,'c'),T(5),$,*,.E.,\"0\"),\"3FA\",L(1),L(M('x')),L((1,'"
+      "d')),"
       "(T((1,'e',(2),U('f')))));#2=A(1,2);");
   EXPECT_EQ(read.errors, 0);
   EXPECT_THAT(read.log.lines, IsEmpty());
@@ -478,8 +496,8 @@ TEST(Parser, AMemberThatDoesNotExistIsATargetThatDropsItsValue) {
    public:
     ExpEntity* CreateEntity(const std::string& typeName) override {
       static auto* const type = new ExpEntityRuntimeType(
-          "GAP", "PARSER_TEST", &Gap::New, 3, 0, 0, false, new std::vector<std::string>, new std::vector<std::string>,
-          new std::vector<std::string>{"a", "b", "c"}, 0);
+          "GAP", "PARSER_TEST", &Gap::New, 3, 0, 0, false, new std::vector<std::string>,
+          new std::vector<std::string>, new std::vector<std::string>{"a", "b", "c"}, 0);
       static const bool registered =
           (ExpRuntimeRegistry::GetInstance()->RegisterEntityRuntimeType(type, ""), true);
       return registered && typeName == "GAP" ? type->CreateInstance(static_cast<int>(GetAdminId()))
@@ -490,7 +508,8 @@ TEST(Parser, AMemberThatDoesNotExistIsATargetThatDropsItsValue) {
   EXPECT_NE(provider.GetEntity(1), nullptr);
 }
 
-// ------------------------------------------------------------------------------------------------------- numbers
+// -------------------------------------------------------------------------------------------------------
+// numbers
 
 TEST(Parser, TheOffsetIsAddedToInstancesAndReferences) {
   ReadData read("#1=NODE('n',#2,(#3,(#4),L(#5)),M(#6));#2=(A(1,2)NODE('m',#1,(),$));", 100);
@@ -523,8 +542,9 @@ TEST_P(ParserInteger, IsTheLowHalfOfASaturated64BitNumber) {
   EXPECT_EQ(read.Get<Point>(1)->coordinates.GetExpAggregation()->front()->GetExpInteger(), GetParam().value);
   EXPECT_EQ(read.Get<VELMAR::TestData::A>(2)->a1.GetExpInteger(), GetParam().value);
   // What strtol says.
-  EXPECT_EQ(static_cast<int>(static_cast<unsigned int>(std::strtol(GetParam().text, nullptr, 10) & 0xFFFFFFFF)),
-            GetParam().value);
+  EXPECT_EQ(
+      static_cast<int>(static_cast<unsigned int>(std::strtol(GetParam().text, nullptr, 10) & 0xFFFFFFFF)),
+      GetParam().value);
 }
 
 constexpr int kMost = std::numeric_limits<int>::max();
@@ -577,7 +597,8 @@ void ExpectRealsAsStrtod(const std::vector<std::string>& texts) {
   std::string data = "#1=POINT('p',(";
   for (std::size_t i = 0; i < texts.size(); ++i) data += (i == 0 ? "" : ",") + texts[i];
   data += "));\n";
-  for (std::size_t i = 0; i < texts.size(); ++i) data += "#" + std::to_string(i + 2) + "=ALL_KINDS(" + texts[i] + ");\n";
+  for (std::size_t i = 0; i < texts.size(); ++i)
+    data += "#" + std::to_string(i + 2) + "=ALL_KINDS(" + texts[i] + ");\n";
   ReadData read(data);
   ASSERT_EQ(read.errors, 0);
   auto* elements = read.Get<Point>(1)->coordinates.GetExpAggregation();
@@ -586,22 +607,61 @@ void ExpectRealsAsStrtod(const std::vector<std::string>& texts) {
   for (ExpAttribute* element : *elements) {
     const double expected = std::strtod(texts[i].c_str(), nullptr);
     ASSERT_EQ(Bits(element->GetExpReal()), Bits(expected)) << texts[i];
-    ASSERT_EQ(Bits(read.Get<AllKinds>(static_cast<int>(i) + 2)->real.GetExpReal()), Bits(expected)) << texts[i];
+    ASSERT_EQ(Bits(read.Get<AllKinds>(static_cast<int>(i) + 2)->real.GetExpReal()), Bits(expected))
+        << texts[i];
     ++i;
   }
 }
 
 TEST(Parser, RealsAtTheEdgesAreThoseOfStrtod) {
-  ExpectRealsAsStrtod({"0.", "-0.", "+0.", "0.0E0", "-0.E99999", "1.", "1.E0", "1.E+00", "1.e-0", "0001.5", "-0001.50000",
-                       "1.E308", "1.7976931348623157E308", "1.7976931348623158E308", "1.7976931348623159E308", "1.E309",
-                       "-1.E309", "1.E999", "1.E99999999999999999999", "-1.E999", "1.E-999", "-1.E-999",
-                       "1.E-99999999999999999999", "2.2250738585072014E-308", "2.2250738585072011E-308",
-                       "2.225073858507201E-308", "4.9406564584124654E-324", "4.9E-324", "2.4703282292062327E-324",
-                       "2.4703282292062328E-324", "2.4703282292062329E-324", "9007199254740993.", "9007199254740991.",
-                       "9007199254740992.5", "0.1", "0.3", "123456789012345678.", "1.00000000000000011102230246251565",
-                       "1.00000000000000011102230246251566", "1.00000000000000011102230246251564",
-                       "0.000000000000000000000000000000000000000000000001", "10000000000000000000000000000000000000000.",
-                       "8.5E-46", "5.E-324", "1.E22", "1.E23", "6.0221409E+23", "179769313486231580793.E289"});
+  ExpectRealsAsStrtod({"0.",
+                       "-0.",
+                       "+0.",
+                       "0.0E0",
+                       "-0.E99999",
+                       "1.",
+                       "1.E0",
+                       "1.E+00",
+                       "1.e-0",
+                       "0001.5",
+                       "-0001.50000",
+                       "1.E308",
+                       "1.7976931348623157E308",
+                       "1.7976931348623158E308",
+                       "1.7976931348623159E308",
+                       "1.E309",
+                       "-1.E309",
+                       "1.E999",
+                       "1.E99999999999999999999",
+                       "-1.E999",
+                       "1.E-999",
+                       "-1.E-999",
+                       "1.E-99999999999999999999",
+                       "2.2250738585072014E-308",
+                       "2.2250738585072011E-308",
+                       "2.225073858507201E-308",
+                       "4.9406564584124654E-324",
+                       "4.9E-324",
+                       "2.4703282292062327E-324",
+                       "2.4703282292062328E-324",
+                       "2.4703282292062329E-324",
+                       "9007199254740993.",
+                       "9007199254740991.",
+                       "9007199254740992.5",
+                       "0.1",
+                       "0.3",
+                       "123456789012345678.",
+                       "1.00000000000000011102230246251565",
+                       "1.00000000000000011102230246251566",
+                       "1.00000000000000011102230246251564",
+                       "0.000000000000000000000000000000000000000000000001",
+                       "10000000000000000000000000000000000000000.",
+                       "8.5E-46",
+                       "5.E-324",
+                       "1.E22",
+                       "1.E23",
+                       "6.0221409E+23",
+                       "179769313486231580793.E289"});
 }
 
 TEST(Parser, RealsOfManyDigitsAreThoseOfStrtod) {
@@ -612,14 +672,17 @@ TEST(Parser, RealsOfManyDigitsAreThoseOfStrtod) {
     texts.push_back("0." + std::string(static_cast<std::size_t>(digits), '0') + "1");
     texts.push_back(std::string(static_cast<std::size_t>(digits), '0') + "12.5");
     texts.push_back("1." + std::string(static_cast<std::size_t>(digits), '0') + "1E-5");
-    texts.push_back("0." + std::string(static_cast<std::size_t>(digits), '0') + "1E" + std::to_string(digits));
+    texts.push_back("0." + std::string(static_cast<std::size_t>(digits), '0') + "1E" +
+                    std::to_string(digits));
   }
   ExpectRealsAsStrtod(texts);
 }
 
 TEST(Parser, TenThousandRandomRealsAreThoseOfStrtod) {
   std::mt19937 random(20240229);
-  const auto pick = [&random](int below) { return static_cast<int>(random() % static_cast<unsigned int>(below)); };
+  const auto pick = [&random](int below) {
+    return static_cast<int>(random() % static_cast<unsigned int>(below));
+  };
   std::vector<std::string> texts;
   for (int i = 0; i < 10000; ++i) {
     std::string text = std::string(1, "+-  "[pick(4)]);
@@ -665,7 +728,8 @@ TEST(Parser, NumbersDoNotDependOnTheGlobalLocale) {
   EXPECT_EQ(text, "#1234 = POINT('p', (1234567, 1234.5, #123456, 1.5E-7));\n");
 }
 
-// ------------------------------------------------------------------------------------------------------- strings
+// -------------------------------------------------------------------------------------------------------
+// strings
 
 std::string NameOfTheFirst(const std::string& bytes, Source source = Source::Memory) {
   TestProvider provider;
@@ -677,13 +741,15 @@ std::string NameOfTheFirst(const std::string& bytes, Source source = Source::Mem
 }
 
 TEST(ParserText, EscapesReachTheAttributeDecoded) {
-  EXPECT_EQ(NameOfTheFirst(FileOf("#1=POINT('It''s \\\\ \\X\\E9 \\X2\\03A903B1\\X0\\ \\X4\\0001F600\\X0\\ \\S\\a',());")),
+  EXPECT_EQ(NameOfTheFirst(FileOf(
+                "#1=POINT('It''s \\\\ \\X\\E9 \\X2\\03A903B1\\X0\\ \\X4\\0001F600\\X0\\ \\S\\a',());")),
             "It's \\ \xC3\xA9 \xCE\xA9\xCE\xB1 \xF0\x9F\x98\x80 \xC3\xA1");
 }
 
 TEST(ParserText, RawUtf8StaysUtf8WithoutTheByteOrderMark) {
   const std::string text = Utf8(0xE9) + Utf8(0x4E00) + Utf8(0x1F600) + Utf8(0x10000);
-  for (const Source source : AllSources()) EXPECT_EQ(NameOfTheFirst(FileOf("#1=POINT('" + text + "',());"), source), text);
+  for (const Source source : AllSources())
+    EXPECT_EQ(NameOfTheFirst(FileOf("#1=POINT('" + text + "',());"), source), text);
 }
 
 TEST(ParserText, OtherBytesAreTakenAsLatin1) {
@@ -692,12 +758,13 @@ TEST(ParserText, OtherBytesAreTakenAsLatin1) {
 
 TEST(ParserText, EveryCodePointOfAUtf8FileReachesTheAttribute) {
   std::string text;
-  for (const unsigned int c : {0x80u, 0xE9u, 0xFFu, 0x100u, 0x141u, 0x7FFu, 0x800u, 0x4E00u, 0xFFFDu, 0xFFFFu, 0x10000u,
-                               0x10001u, 0x1F600u, 0x20027u, 0x10FFFFu}) {
+  for (const unsigned int c : {0x80u, 0xE9u, 0xFFu, 0x100u, 0x141u, 0x7FFu, 0x800u, 0x4E00u, 0xFFFDu, 0xFFFFu,
+                               0x10000u, 0x10001u, 0x1F600u, 0x20027u, 0x10FFFFu}) {
     text += Utf8(c) + "-";
   }
   for (const Source source : AllSources()) {
-    EXPECT_EQ(NameOfTheFirst(kByteOrderMark + FileOf("#1=POINT('" + text + "',());"), source), text) << NameOf(source);
+    EXPECT_EQ(NameOfTheFirst(kByteOrderMark + FileOf("#1=POINT('" + text + "',());"), source), text)
+        << NameOf(source);
   }
 }
 
@@ -705,7 +772,8 @@ TEST(ParserText, AnEmojiOfAUtf8FileReachesElementsAndTypedValuesToo) {
   const std::string emoji = Utf8(0x1F600);
   TestProvider provider;
   CapturedLog log;
-  Parse(kByteOrderMark + FileOf("#1=NODE('',$,('" + emoji + "',L('" + emoji + "')),M('" + emoji + "'));"), provider);
+  Parse(kByteOrderMark + FileOf("#1=NODE('',$,('" + emoji + "',L('" + emoji + "')),M('" + emoji + "'));"),
+        provider);
   EXPECT_THAT(log.lines, IsEmpty());
   auto* node = dynamic_cast<Node*>(provider.GetEntity(1));
   ASSERT_NE(node, nullptr);
@@ -720,7 +788,9 @@ TEST(ParserText, EscapesOfAUtf8FileAreDecodedToo) {
 
 TEST(ParserText, MalformedUtf8OfAUtf8FileIsDecodedLeniently) {
   // C3 takes the low six bits of what follows, here of "A"; a stray continuation byte is passed over.
-  EXPECT_EQ(NameOfTheFirst(kByteOrderMark + FileOf("#1=POINT('x\xC3" "Ay\x80z',());")), "x" + Utf8(3 * 64 + 1) + "yz");
+  EXPECT_EQ(NameOfTheFirst(kByteOrderMark + FileOf("#1=POINT('x\xC3"
+                                                   "Ay\x80z',());")),
+            "x" + Utf8(3 * 64 + 1) + "yz");
 }
 
 TEST(ParserText, Utf8AcrossABlockBorderStaysWhole) {
@@ -765,7 +835,8 @@ TEST(ParserText, ALongerStringEndsTheProcess) {
   EXPECT_EQ(ended.output, "--- Too long token value\n");
 }
 
-// --------------------------------------------------------------------------------------------- calls of the provider
+// --------------------------------------------------------------------------------------------- calls of the
+// provider
 
 TEST(ParserProvider, IsAskedForEveryRecordInOrder) {
   TestProvider provider;
@@ -791,7 +862,8 @@ TEST(ParserProvider, HeaderEntitiesAreNeitherNumberedNorAdded) {
 TEST(ParserProvider, HeaderRecordsAreFilled) {
   TestProvider provider;
   Parse(
-      "ISO-10303-21;HEADER;FILE_NAME('n\\X\\E9','t',('a','b'),('o'),'p','s','z');ENDSEC;DATA;#1=A(1,2);ENDSEC;"
+      "ISO-10303-21;HEADER;FILE_NAME('n\\X\\E9','t',('a','b'),('o'),'p','s','z');ENDSEC;DATA;#1=A(1,2);"
+      "ENDSEC;"
       "END-ISO-10303-21;",
       provider);
   std::list<ExpEntity*> names;
@@ -839,10 +911,11 @@ TEST(ParserProvider, GetsTheSchemaBeforeTheFirstInstanceIsCreated) {
 TEST(ParserProvider, SkippingTheHeaderCreatesNoHeaderEntitiesAndLeavesTheSchema) {
   TestProvider provider;
   CapturedLog log;
-  EXPECT_EQ(Parse("ISO-10303-21;HEADER;FILE_DESCRIPTION(('d'),'1');FILE_NAME('n','t',('a'),('o'),'p','s','z');"
-                  "FILE_SCHEMA(('S'));ENDSEC;DATA;#1=A(1,2);#2=(A(1,2)B('x'));ENDSEC;END-ISO-10303-21;",
-                  provider, 10, true),
-            0);
+  EXPECT_EQ(
+      Parse("ISO-10303-21;HEADER;FILE_DESCRIPTION(('d'),'1');FILE_NAME('n','t',('a'),('o'),'p','s','z');"
+            "FILE_SCHEMA(('S'));ENDSEC;DATA;#1=A(1,2);#2=(A(1,2)B('x'));ENDSEC;END-ISO-10303-21;",
+            provider, 10, true),
+      0);
   EXPECT_THAT(provider.askedTypes, ElementsAre("A", "ExpExternalMappingEntity", "A", "B"));
   EXPECT_THAT(provider.givenSchemaNames, IsEmpty());
   EXPECT_NE(provider.GetEntity(11), nullptr);
@@ -862,7 +935,8 @@ TEST(ParserProvider, ExceptionsOfCreateEntityAreSwallowed) {
     }
   } provider;
   CapturedLog log;
-  EXPECT_EQ(Parse(FileOf("#1=STRING(1,'a');#2=EXCEPTION();#3=NUMBER((1));#4=POINTER($);#5=(A(1,2)STRING('x'));#6=A(1,2);"),
+  EXPECT_EQ(Parse(FileOf("#1=STRING(1,'a');#2=EXCEPTION();#3=NUMBER((1));#4=POINTER($);#5=(A(1,2)STRING('x'))"
+                         ";#6=A(1,2);"),
                   provider),
             0);
   EXPECT_THAT(log.lines, IsEmpty());
@@ -888,7 +962,8 @@ TEST(ParserProvider, WithoutAContainerTheRecordsOfAComplexInstanceAreReadAndDrop
   class Without : public TestProvider {
    public:
     ExpEntity* CreateEntity(const std::string& typeName) override {
-      if (typeName == "ExpExternalMappingEntity") return container ? TestProvider::CreateEntity("EMPTY") : nullptr;
+      if (typeName == "ExpExternalMappingEntity")
+        return container ? TestProvider::CreateEntity("EMPTY") : nullptr;
       return TestProvider::CreateEntity(typeName);
     }
     bool container = false;
@@ -904,7 +979,8 @@ TEST(ParserProvider, WithoutAContainerTheRecordsOfAComplexInstanceAreReadAndDrop
   }
 }
 
-// ---------------------------------------------------------------------------------------------- complex instances
+// ---------------------------------------------------------------------------------------------- complex
+// instances
 
 TEST(ParserComplex, PartsStartAtTheAttributesThatTheirTypesDeclareAndTakeOverTheOthers) {
   ReadData read("#5=(A(1,2)B('x')C(2.5));");
@@ -943,7 +1019,8 @@ TEST(ParserComplex, UserDefinedPartsAreReadByTheirName) {
   EXPECT_EQ(read.Get<ExpExternalMappingEntity>(5)->GetEntities()->size(), 2u);
 }
 
-// ------------------------------------------------------------------------------------------------------- header
+// -------------------------------------------------------------------------------------------------------
+// header
 
 class ParserEmptyHeader : public testing::TestWithParam<std::string> {};
 
@@ -955,23 +1032,26 @@ TEST_P(ParserEmptyHeader, EndsTheParse) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, ParserEmptyHeader,
-                         testing::Values("ISO-10303-21;\nHEADER;\nENDSEC;\nDATA;\n#1=A(1,2);\nENDSEC;\nEND-ISO-10303-21;\n",
-                                         "ISO-10303-21;HEADER;/* nothing */ENDSEC;DATA;#1=A(1,2);ENDSEC;END-ISO-10303-21;",
-                                         std::string(kByteOrderMark) +
-                                             "ISO-10303-21;HEADER;ENDSEC;DATA;#1=A(1,2);ENDSEC;END-ISO-10303-21;"));
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ParserEmptyHeader,
+    testing::Values("ISO-10303-21;\nHEADER;\nENDSEC;\nDATA;\n#1=A(1,2);\nENDSEC;\nEND-ISO-10303-21;\n",
+                    "ISO-10303-21;HEADER;/* nothing */ENDSEC;DATA;#1=A(1,2);ENDSEC;END-ISO-10303-21;",
+                    std::string(kByteOrderMark) +
+                        "ISO-10303-21;HEADER;ENDSEC;DATA;#1=A(1,2);ENDSEC;END-ISO-10303-21;"));
 
 TEST(Parser, AHeaderLongerThanABlockIsRead) {
   std::string header = "ISO-10303-21;HEADER;FILE_SCHEMA(('TEST'));";
   for (int i = 0; i < 6000; ++i) header += "UNKNOWN('" + std::to_string(i) + "');\n";
   for (const Source source : AllSources()) {
     TestProvider provider;
-    EXPECT_EQ(Parse(header + "ENDSEC;DATA;#1=A(1,2);ENDSEC;END-ISO-10303-21;", provider, 0, false, source), 0);
+    EXPECT_EQ(Parse(header + "ENDSEC;DATA;#1=A(1,2);ENDSEC;END-ISO-10303-21;", provider, 0, false, source),
+              0);
     EXPECT_NE(provider.GetEntity(1), nullptr) << NameOf(source);
   }
 }
 
-// -------------------------------------------------------------------------------------------------------- notes
+// --------------------------------------------------------------------------------------------------------
+// notes
 
 std::string NotesOf(const std::string& instances, int offset = 0) {
   TestProvider provider;
@@ -987,7 +1067,9 @@ std::string NotesOf(const std::string& instances, int offset = 0) {
   return parser.GetNotes();
 }
 
-TEST(ParserNotes, ThereIsNoneForAnInstanceThatFits) { EXPECT_EQ(NotesOf("#1=A(1,2);#2=A(1);#3=(A(1,2)B('x'));"), ""); }
+TEST(ParserNotes, ThereIsNoneForAnInstanceThatFits) {
+  EXPECT_EQ(NotesOf("#1=A(1,2);#2=A(1);#3=(A(1,2)B('x'));"), "");
+}
 
 TEST(ParserNotes, TooManyParametersLeaveANote) {
   EXPECT_EQ(NotesOf("#1=A(1,2,3,4);#2=EMPTY(1);", 10),
@@ -1002,7 +1084,8 @@ TEST(ParserNotes, AnUnknownTypeLeavesANote) {
   EXPECT_EQ(NotesOf("#1=(A(1,2)UNKNOWN(1));"), "");
 }
 
-// ------------------------------------------------------------------------------------------------------ edges of files
+// ------------------------------------------------------------------------------------------------------
+// edges of files
 
 TEST(Parser, MissingEndReportsError11AtTheEndOfInput) {
   TestProvider provider;

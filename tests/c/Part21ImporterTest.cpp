@@ -42,7 +42,8 @@ std::string Population(TestProvider& provider) {
   return out.str();
 }
 
-const std::vector<std::string> kHeaderAndData = {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA", "NODE", "NODE"};
+const std::vector<std::string> kHeaderAndData = {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA", "NODE",
+                                                 "NODE"};
 
 TEST(Part21Importer, ImportsAFileByItsName) {
   TemporaryFile file(kText);
@@ -246,7 +247,9 @@ TEST(Part21Importer, AnEmptyStreamImportsNothing) {
 TEST(Part21Importer, AStreamThatCannotSeekImportsNothingOrLess) {
   class Unseekable : public std::streambuf {
    public:
-    explicit Unseekable(std::string text) : text_(std::move(text)) { setg(&text_[0], &text_[0], &text_[0] + text_.size()); }
+    explicit Unseekable(std::string text) : text_(std::move(text)) {
+      setg(&text_[0], &text_[0], &text_[0] + text_.size());
+    }
 
    private:
     std::string text_;
@@ -293,7 +296,8 @@ TEST(Part21Importer, AnExceptionLeavesTheImportAndTheImporterServesOn) {
 
 TEST(Part21Importer, ImportFromFileAloneMakesAFile) {
   TemporaryFile file(
-      "ISO-10303-21;HEADER;FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));ENDSEC;DATA;#1=EMPTY();ENDSEC;END-ISO-10303-21;");
+      "ISO-10303-21;HEADER;FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));ENDSEC;DATA;#1=EMPTY();ENDSEC;END-ISO-10303-"
+      "21;");
   CapturedLog log;
   const std::unique_ptr<ExpFile> made(Part21Importer().ImportFromFile(file.Path()));
   ASSERT_NE(made, nullptr);
@@ -311,7 +315,8 @@ TEST(Part21Importer, ImportFromFileAloneMakesAnEmptyFileWhereThereIsNone) {
 
 TEST(Part21Importer, EveryWayReadsTheSame) {
   std::string text =
-      "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('TEST'));\nENDSEC;\nDATA;\n#1=NODE('\xC3\xA9',#2,(1,2.5),L('x'));\n";
+      "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('TEST'));\nENDSEC;\nDATA;\n#1=NODE('\xC3\xA9',#2,(1,2.5),L('x'));"
+      "\n";
   for (int i = 2; i < 6000; ++i) text += "#" + std::to_string(i) + "=NODE('n',#1,(#1),$);/* c */\r\n";
   text += "ENDSEC;\nEND-ISO-10303-21;\n";
   std::vector<std::string> populations;

@@ -1,5 +1,5 @@
-/// Helpers for the tests of reading: the same bytes as a memory block, a file and a pipe, and child processes whose
-/// standard output and exit status are looked at.
+/// Helpers for the tests of reading: the same bytes as a memory block, a file and a pipe, and child processes
+/// whose standard output and exit status are looked at.
 #pragma once
 
 #include <fcntl.h>
@@ -39,10 +39,10 @@ class TemporaryFile {
     Write(content);
     // A child process must not remove what belongs to its parent.
     static const bool registered = std::atexit([] {
-      for (const auto& [process, path] : Alive()) {
-        if (process == getpid()) std::remove(path.c_str());
-      }
-    }) == 0;
+                                     for (const auto& [process, path] : Alive()) {
+                                       if (process == getpid()) std::remove(path.c_str());
+                                     }
+                                   }) == 0;
     EXPECT_TRUE(registered);
     Alive().emplace(getpid(), path_);
   }
@@ -113,10 +113,14 @@ inline const std::vector<Source>& AllSources() {
 }
 inline std::string NameOf(Source source) {
   switch (source) {
-    case Source::Memory: return "Memory";
-    case Source::File: return "File";
-    case Source::Pipe: return "Pipe";
-    case Source::Name: return "Name";
+    case Source::Memory:
+      return "Memory";
+    case Source::File:
+      return "File";
+    case Source::Pipe:
+      return "Pipe";
+    case Source::Name:
+      return "Name";
   }
   return "";
 }
@@ -186,7 +190,8 @@ inline Ended RunInChild(const std::function<void()>& body) {
   Ended ended{-1, std::string()};
   char block[4096];
   ssize_t count;
-  while ((count = read(ends[0], block, sizeof block)) > 0) ended.output.append(block, static_cast<std::size_t>(count));
+  while ((count = read(ends[0], block, sizeof block)) > 0)
+    ended.output.append(block, static_cast<std::size_t>(count));
   close(ends[0]);
   int status = 0;
   waitpid(child, &status, 0);

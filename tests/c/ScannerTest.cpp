@@ -38,7 +38,8 @@ struct Tok {
   int line = 0;
   int col = 0;
   Tok(int kind, std::string text) : kind(kind), text(std::move(text)) {}
-  explicit Tok(const Token& token, bool utf8) : kind(token.kind), pos(token.pos), line(token.line), col(token.col) {
+  explicit Tok(const Token& token, bool utf8)
+      : kind(token.kind), pos(token.pos), line(token.line), col(token.col) {
     for (const wchar_t* c = token.val; *c != 0; ++c) {
       text += utf8 ? Utf8(static_cast<unsigned int>(*c)) : std::string(1, static_cast<char>(*c));
       EXPECT_TRUE(utf8 || static_cast<unsigned int>(*c) < 256u);
@@ -47,7 +48,8 @@ struct Tok {
 };
 bool operator==(const Tok& a, const Tok& b) { return a.kind == b.kind && a.text == b.text; }
 std::ostream& operator<<(std::ostream& os, const Tok& token) {
-  return os << token.kind << " [" << token.text << "] at " << token.pos << ", " << token.line << ":" << token.col;
+  return os << token.kind << " [" << token.text << "] at " << token.pos << ", " << token.line << ":"
+            << token.col;
 }
 using Toks = std::vector<Tok>;
 
@@ -102,8 +104,8 @@ std::string WithLineFeeds(std::string bytes) {
   return bytes;
 }
 
-// Scans the bytes from every source and compares the tokens, their texts with those at their positions, and their
-// lines and columns with those counted.
+// Scans the bytes from every source and compares the tokens, their texts with those at their positions, and
+// their lines and columns with those counted.
 void ExpectTokens(const std::string& bytes, const Toks& expected) {
   const std::string normal = WithLineFeeds(bytes);
   for (const Source source : AllSources()) {
@@ -126,7 +128,8 @@ void ExpectTokensAlsoAsUtf8(const std::string& bytes, const Toks& expected) {
   ExpectTokens(kByteOrderMark + bytes, expected);
 }
 
-// -------------------------------------------------------------------------------------------- the table of rules
+// -------------------------------------------------------------------------------------------- the table of
+// rules
 
 struct Case {
   const char* name;
@@ -157,11 +160,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"OneDigit", "7", {{kInteger, "7"}}},
         Case{"ManyDigits", "0123456789", {{kInteger, "0123456789"}}},
-        Case{"PlusSign", "+7", {{kInteger, "+7"}}},
-        Case{"MinusSign", "-12", {{kInteger, "-12"}}},
+        Case{"PlusSign", "+7", {{kInteger, "+7"}}}, Case{"MinusSign", "-12", {{kInteger, "-12"}}},
         Case{"NoSpaceAfterTheSign", "- 12", {{kInvalid, "-"}, {kInteger, "12"}}},
-        Case{"PlusAlone", "+", {{kInvalid, "+"}}},
-        Case{"MinusAlone", "-", {{kInvalid, "-"}}},
+        Case{"PlusAlone", "+", {{kInvalid, "+"}}}, Case{"MinusAlone", "-", {{kInvalid, "-"}}},
         Case{"TwoSigns", "+-1", {{kInvalid, "+"}, {kInteger, "-1"}}},
         Case{"SignBeforeLetter", "-A", {{kInvalid, "-"}, {kIdent, "A"}}},
         Case{"SignBeforePoint", "+.5", {{kInvalid, "+"}, kPoint, {kInteger, "5"}}},
@@ -174,43 +175,40 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Real, ScannerRules,
-    testing::Values(
-        Case{"NoDigitsBehindThePoint", "2.", {{kReal, "2."}}},
-        Case{"DigitsBehindThePoint", "2.50", {{kReal, "2.50"}}},
-        Case{"Signed", "-0.5 +1.", {{kReal, "-0.5"}, {kReal, "+1."}}},
-        Case{"Exponent", "1.E5", {{kReal, "1.E5"}}},
-        Case{"LowerCaseExponentWithSign", "1.e+5", {{kReal, "1.e+5"}}},
-        Case{"NegativeExponent", "1.25E-05", {{kReal, "1.25E-05"}}},
-        Case{"ExponentWithoutDigit", "1.E", {{kInvalid, "1.E"}}},
-        Case{"LowerCaseExponentWithoutDigit", "-1.5e", {{kInvalid, "-1.5e"}}},
-        Case{"ExponentSignWithoutDigit", "1.E+", {{kInvalid, "1.E+"}}},
-        Case{"ExponentMinusWithoutDigit", "1.5e-", {{kInvalid, "1.5e-"}}},
-        Case{"ExponentBeforeLetter", "1.EX", {{kInvalid, "1.E"}, {kIdent, "X"}}},
-        Case{"ExponentSignBeforeLetter", "1.E+X", {{kInvalid, "1.E+"}, {kIdent, "X"}}},
-        Case{"ExponentTwice", "1.EE5", {{kInvalid, "1.E"}, {kIdent, "E5"}}},
-        Case{"ExponentSignTwice", "1.E+-5", {{kInvalid, "1.E+"}, {kInteger, "-5"}}},
-        Case{"SpaceInTheExponent", "1.E 5", {{kInvalid, "1.E"}, {kInteger, "5"}}},
-        Case{"PointBehindTheExponent", "1.E5.", {{kReal, "1.E5"}, kPoint}},
-        Case{"SecondPoint", "1.5.2", {{kReal, "1.5"}, kPoint, {kInteger, "2"}}},
-        Case{"MustBeginWithADigit", ".5", {kPoint, {kInteger, "5"}}},
-        Case{"LetterEndsIt", "1.A", {{kReal, "1."}, {kIdent, "A"}}},
-        Case{"TheExponentLetterDIsNone", "1.D5", {{kReal, "1."}, {kIdent, "D5"}}},
-        Case{"SecondExponent", "1.E5E6", {{kReal, "1.E5"}, {kIdent, "E6"}}}),
+    testing::Values(Case{"NoDigitsBehindThePoint", "2.", {{kReal, "2."}}},
+                    Case{"DigitsBehindThePoint", "2.50", {{kReal, "2.50"}}},
+                    Case{"Signed", "-0.5 +1.", {{kReal, "-0.5"}, {kReal, "+1."}}},
+                    Case{"Exponent", "1.E5", {{kReal, "1.E5"}}},
+                    Case{"LowerCaseExponentWithSign", "1.e+5", {{kReal, "1.e+5"}}},
+                    Case{"NegativeExponent", "1.25E-05", {{kReal, "1.25E-05"}}},
+                    Case{"ExponentWithoutDigit", "1.E", {{kInvalid, "1.E"}}},
+                    Case{"LowerCaseExponentWithoutDigit", "-1.5e", {{kInvalid, "-1.5e"}}},
+                    Case{"ExponentSignWithoutDigit", "1.E+", {{kInvalid, "1.E+"}}},
+                    Case{"ExponentMinusWithoutDigit", "1.5e-", {{kInvalid, "1.5e-"}}},
+                    Case{"ExponentBeforeLetter", "1.EX", {{kInvalid, "1.E"}, {kIdent, "X"}}},
+                    Case{"ExponentSignBeforeLetter", "1.E+X", {{kInvalid, "1.E+"}, {kIdent, "X"}}},
+                    Case{"ExponentTwice", "1.EE5", {{kInvalid, "1.E"}, {kIdent, "E5"}}},
+                    Case{"ExponentSignTwice", "1.E+-5", {{kInvalid, "1.E+"}, {kInteger, "-5"}}},
+                    Case{"SpaceInTheExponent", "1.E 5", {{kInvalid, "1.E"}, {kInteger, "5"}}},
+                    Case{"PointBehindTheExponent", "1.E5.", {{kReal, "1.E5"}, kPoint}},
+                    Case{"SecondPoint", "1.5.2", {{kReal, "1.5"}, kPoint, {kInteger, "2"}}},
+                    Case{"MustBeginWithADigit", ".5", {kPoint, {kInteger, "5"}}},
+                    Case{"LetterEndsIt", "1.A", {{kReal, "1."}, {kIdent, "A"}}},
+                    Case{"TheExponentLetterDIsNone", "1.D5", {{kReal, "1."}, {kIdent, "D5"}}},
+                    Case{"SecondExponent", "1.E5E6", {{kReal, "1.E5"}, {kIdent, "E6"}}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(
     InstanceName, ScannerRules,
-    testing::Values(
-        Case{"OneDigit", "#1", {{kInstance, "#1"}}},
-        Case{"Zero", "#0", {{kInstance, "#0"}}},
-        Case{"ManyDigits", "#000120000000000", {{kInstance, "#000120000000000"}}},
-        Case{"Alone", "#", {{kInvalid, "#"}}},
-        Case{"BeforeABlank", "# 1", {{kInvalid, "#"}, {kInteger, "1"}}},
-        Case{"BeforeALetter", "#A", {{kInvalid, "#"}, {kIdent, "A"}}},
-        Case{"BeforeASign", "#-1", {{kInvalid, "#"}, {kInteger, "-1"}}},
-        Case{"Twice", "##1", {{kInvalid, "#"}, {kInstance, "#1"}}},
-        Case{"OneBehindTheOther", "#1#2", {{kInstance, "#1"}, {kInstance, "#2"}}},
-        Case{"BeforeAPoint", "#1.5", {{kInstance, "#1"}, kPoint, {kInteger, "5"}}}),
+    testing::Values(Case{"OneDigit", "#1", {{kInstance, "#1"}}}, Case{"Zero", "#0", {{kInstance, "#0"}}},
+                    Case{"ManyDigits", "#000120000000000", {{kInstance, "#000120000000000"}}},
+                    Case{"Alone", "#", {{kInvalid, "#"}}},
+                    Case{"BeforeABlank", "# 1", {{kInvalid, "#"}, {kInteger, "1"}}},
+                    Case{"BeforeALetter", "#A", {{kInvalid, "#"}, {kIdent, "A"}}},
+                    Case{"BeforeASign", "#-1", {{kInvalid, "#"}, {kInteger, "-1"}}},
+                    Case{"Twice", "##1", {{kInvalid, "#"}, {kInstance, "#1"}}},
+                    Case{"OneBehindTheOther", "#1#2", {{kInstance, "#1"}, {kInstance, "#2"}}},
+                    Case{"BeforeAPoint", "#1.5", {{kInstance, "#1"}, kPoint, {kInteger, "5"}}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -232,15 +230,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Ident, ScannerRules,
-    testing::Values(
-        Case{"Letters", "CARTESIAN_POINT", {{kIdent, "CARTESIAN_POINT"}}},
-        Case{"DigitsAndUnderscores", "A_1_B9_", {{kIdent, "A_1_B9_"}}},
-        Case{"UnderscoreFirst", "_ _1A __", {{kIdent, "_"}, {kIdent, "_1A"}, {kIdent, "__"}}},
-        Case{"LowerCaseLettersEndIt", "ABcD", {{kIdent, "AB"}, {kInvalid, "c"}, {kIdent, "D"}}},
-        Case{"AMinusEndsIt", "A-B", {{kIdent, "A"}, {kInvalid, "-"}, {kIdent, "B"}}},
-        Case{"AMinusBeforeADigitEndsIt", "A-1", {{kIdent, "A"}, {kInteger, "-1"}}},
-        Case{"BetweenPoints", ".T.", {kPoint, {kIdent, "T"}, kPoint}},
-        Case{"UserDefined", "!NAME", {{13, "!"}, {kIdent, "NAME"}}}),
+    testing::Values(Case{"Letters", "CARTESIAN_POINT", {{kIdent, "CARTESIAN_POINT"}}},
+                    Case{"DigitsAndUnderscores", "A_1_B9_", {{kIdent, "A_1_B9_"}}},
+                    Case{"UnderscoreFirst", "_ _1A __", {{kIdent, "_"}, {kIdent, "_1A"}, {kIdent, "__"}}},
+                    Case{"LowerCaseLettersEndIt", "ABcD", {{kIdent, "AB"}, {kInvalid, "c"}, {kIdent, "D"}}},
+                    Case{"AMinusEndsIt", "A-B", {{kIdent, "A"}, {kInvalid, "-"}, {kIdent, "B"}}},
+                    Case{"AMinusBeforeADigitEndsIt", "A-1", {{kIdent, "A"}, {kInteger, "-1"}}},
+                    Case{"BetweenPoints", ".T.", {kPoint, {kIdent, "T"}, kPoint}},
+                    Case{"UserDefined", "!NAME", {{13, "!"}, {kIdent, "NAME"}}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -250,18 +247,17 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"HeaderAndBlank", "HEADER ;", {{kIdent, "HEADER"}, {12, ";"}}},
         Case{"HeaderAndLineEnd", "HEADER\n;", {{kIdent, "HEADER"}, {12, ";"}}},
         Case{"HeaderAndComment", "HEADER/**/;", {{kIdent, "HEADER"}, {12, ";"}}},
-        Case{"Headers", "HEADERS", {{kIdent, "HEADERS"}}},
-        Case{"Data", "DATA;", {{8, "DATA;"}}},
+        Case{"Headers", "HEADERS", {{kIdent, "HEADERS"}}}, Case{"Data", "DATA;", {{8, "DATA;"}}},
         Case{"Data1", "DATA_1", {{kIdent, "DATA_1"}}},
-        Case{"DataAndParenthesis", "DATA('A');", {{kIdent, "DATA"}, {15, "("}, {kString, "'A'"}, {16, ")"}, {12, ";"}}},
+        Case{"DataAndParenthesis",
+             "DATA('A');",
+             {{kIdent, "DATA"}, {15, "("}, {kString, "'A'"}, {16, ")"}, {12, ";"}}},
         Case{"EndSec", "ENDSEC;", {{9, "ENDSEC;"}}},
         Case{"EndSecAndBlank", "ENDSEC ;", {{kIdent, "ENDSEC"}, {12, ";"}}},
         Case{"Iso", "ISO-10303-21;", {{10, "ISO-10303-21;"}}},
         Case{"EndIso", "END-ISO-10303-21;", {{11, "END-ISO-10303-21;"}}},
         Case{"EndIsoDoesNotGoBack", "END-ISO-10303-2X", {{kInvalid, "END-ISO-10303-2"}, {kIdent, "X"}}},
-        Case{"IsoInLowerCase",
-             "iso",
-             {{kInvalid, "i"}, {kInvalid, "s"}, {kInvalid, "o"}}},
+        Case{"IsoInLowerCase", "iso", {{kInvalid, "i"}, {kInvalid, "s"}, {kInvalid, "o"}}},
         Case{"ScopeStart", "&SCOPE", {{21, "&SCOPE"}}},
         Case{"ScopeStartBeforeALetter", "&SCOPEX", {{21, "&SCOPE"}, {kIdent, "X"}}},
         Case{"EndScope", "ENDSCOPE", {{22, "ENDSCOPE"}}},
@@ -275,8 +271,7 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     String, ScannerRules,
     testing::Values(
-        Case{"Empty", "''", {{kString, "''"}}},
-        Case{"Text", "'abc'", {{kString, "'abc'"}}},
+        Case{"Empty", "''", {{kString, "''"}}}, Case{"Text", "'abc'", {{kString, "'abc'"}}},
         Case{"DoubledApostrophe", "'It''s'", {{kString, "'It''s'"}}},
         Case{"OnlyADoubledApostrophe", "''''", {{kString, "''''"}}},
         Case{"TwoDoubledApostrophes", "''''''", {{kString, "''''''"}}},
@@ -318,40 +313,54 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"LowerCaseLetters", "abc", {{kInvalid, "a"}, {kInvalid, "b"}, {kInvalid, "c"}}},
                     Case{"OtherCharacters",
                          "% \f \v ? @ [ ] ^ ` { | } ~ : < > \\ \x7F",
-                         {{kInvalid, "%"}, {kInvalid, "\f"}, {kInvalid, "\v"}, {kInvalid, "?"}, {kInvalid, "@"},
-                          {kInvalid, "["}, {kInvalid, "]"}, {kInvalid, "^"}, {kInvalid, "`"}, {kInvalid, "{"},
-                          {kInvalid, "|"}, {kInvalid, "}"}, {kInvalid, "~"}, {kInvalid, ":"}, {kInvalid, "<"},
-                          {kInvalid, ">"}, {kInvalid, "\\"}, {kInvalid, "\x7F"}}}),
+                         {{kInvalid, "%"},
+                          {kInvalid, "\f"},
+                          {kInvalid, "\v"},
+                          {kInvalid, "?"},
+                          {kInvalid, "@"},
+                          {kInvalid, "["},
+                          {kInvalid, "]"},
+                          {kInvalid, "^"},
+                          {kInvalid, "`"},
+                          {kInvalid, "{"},
+                          {kInvalid, "|"},
+                          {kInvalid, "}"},
+                          {kInvalid, "~"},
+                          {kInvalid, ":"},
+                          {kInvalid, "<"},
+                          {kInvalid, ">"},
+                          {kInvalid, "\\"},
+                          {kInvalid, "\x7F"}}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(
     WhiteSpace, ScannerRules,
-    testing::Values(Case{"Nothing", "", {}},
-                    Case{"OnlyBlanks", " \t\r\n \n\r \r\n", {}},
-                    Case{"BlankTabAndLineEnds", "A B\tC\nD\rE\r\nF", {{kIdent, "A"}, {kIdent, "B"}, {kIdent, "C"},
-                                                                     {kIdent, "D"}, {kIdent, "E"}, {kIdent, "F"}}},
-                    Case{"LineFeedAndCarriageReturn", "A\n\rB", {{kIdent, "A"}, {kIdent, "B"}}},
-                    Case{"TwoCarriageReturnsAndALineFeed", "A\r\r\nB", {{kIdent, "A"}, {kIdent, "B"}}},
-                    Case{"CarriageReturnAtTheEnd", "A\r", {{kIdent, "A"}}},
-                    Case{"ATabIsOneColumn", "\t\tA\tB", {{kIdent, "A"}, {kIdent, "B"}}}),
+    testing::Values(
+        Case{"Nothing", "", {}}, Case{"OnlyBlanks", " \t\r\n \n\r \r\n", {}},
+        Case{"BlankTabAndLineEnds",
+             "A B\tC\nD\rE\r\nF",
+             {{kIdent, "A"}, {kIdent, "B"}, {kIdent, "C"}, {kIdent, "D"}, {kIdent, "E"}, {kIdent, "F"}}},
+        Case{"LineFeedAndCarriageReturn", "A\n\rB", {{kIdent, "A"}, {kIdent, "B"}}},
+        Case{"TwoCarriageReturnsAndALineFeed", "A\r\r\nB", {{kIdent, "A"}, {kIdent, "B"}}},
+        Case{"CarriageReturnAtTheEnd", "A\r", {{kIdent, "A"}}},
+        Case{"ATabIsOneColumn", "\t\tA\tB", {{kIdent, "A"}, {kIdent, "B"}}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(
     BlockComment, ScannerRules,
     testing::Values(
-        Case{"Alone", "/* a */", {}},
-        Case{"Empty", "/**/A", {{kIdent, "A"}}},
+        Case{"Alone", "/* a */", {}}, Case{"Empty", "/**/A", {{kIdent, "A"}}},
         Case{"ThreeAsterisks", "/***/A", {{kIdent, "A"}}},
         Case{"ManyAsterisks", "/*********/A", {{kIdent, "A"}}},
-        Case{"BeforeAToken", "/* a */A", {{kIdent, "A"}}},
-        Case{"BehindAToken", "A/* a */", {{kIdent, "A"}}},
+        Case{"BeforeAToken", "/* a */A", {{kIdent, "A"}}}, Case{"BehindAToken", "A/* a */", {{kIdent, "A"}}},
         Case{"BetweenTokens", "A/* a */B", {{kIdent, "A"}, {kIdent, "B"}}},
         Case{"SeparatesTheDigitsOfANumber", "1/**/2", {{kInteger, "1"}, {kInteger, "2"}}},
         Case{"Nested", "/* a /* b */ c */ D", {{kIdent, "D"}}},
         Case{"NestedTwice", "/*/*/**/*/*/ D", {{kIdent, "D"}}},
         Case{"NestedSideBySide", "/* /* a */ /* b */ */D", {{kIdent, "D"}}},
         Case{"OpeningSlashDoesNotClose", "/*/ a */B", {{kIdent, "B"}}},
-        Case{"ClosingAsteriskDoesNotOpen", "/* /* a */* b */ C */ D",
+        Case{"ClosingAsteriskDoesNotOpen",
+             "/* /* a */* b */ C */ D",
              {{kIdent, "C"}, {19, "*"}, {23, "/"}, {kIdent, "D"}}},
         Case{"TwoInARow", "/* a *//* b */C", {{kIdent, "C"}}},
         Case{"ApostropheInside", "/* it's */A", {{kIdent, "A"}}},
@@ -365,8 +374,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Unterminated", "A /* b", {{kIdent, "A"}}},
         Case{"UnterminatedOverLines", "A /* b\nC\r\nD\rE", {{kIdent, "A"}}},
         Case{"UnterminatedNested", "A /* /* */ B", {{kIdent, "A"}}},
-        Case{"UnterminatedAfterTheAsterisk", "A /* b *", {{kIdent, "A"}}},
-        Case{"OnlyTheOpening", "/*", {}},
+        Case{"UnterminatedAfterTheAsterisk", "A /* b *", {{kIdent, "A"}}}, Case{"OnlyTheOpening", "/*", {}},
         Case{"OpeningAndSlash", "/*/", {}}),
     CaseName);
 
@@ -383,10 +391,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"BlockCommentSignsInside", "// /* b\r\nC", {{kIdent, "C"}}},
         Case{"TwoInARow", "// a\r\n// b\r\nC", {{kIdent, "C"}}},
         Case{"BlockCommentBehind", "// a\r\n/* b\r\n */C", {{kIdent, "C"}}},
-        Case{"ThreeSlashes", "///\r\nC", {{kIdent, "C"}}},
-        Case{"AtTheEnd", "A // b", {{kIdent, "A"}}},
-        Case{"AtTheEndWithCarriageReturn", "A // b\r", {{kIdent, "A"}}},
-        Case{"OnlyTheSlashes", "//", {}}),
+        Case{"ThreeSlashes", "///\r\nC", {{kIdent, "C"}}}, Case{"AtTheEnd", "A // b", {{kIdent, "A"}}},
+        Case{"AtTheEndWithCarriageReturn", "A // b\r", {{kIdent, "A"}}}, Case{"OnlyTheSlashes", "//", {}}),
     CaseName);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -399,12 +405,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"AsteriskFirst", "*/", {{19, "*"}, {23, "/"}}}),
     CaseName);
 
-// -------------------------------------------------------------------------------------------- first characters
+// -------------------------------------------------------------------------------------------- first
+// characters
 
 // The tokens of one character between blanks.
 Toks ExpectedFor(unsigned int c) {
-  static const std::map<char, int> oneCharacter = {{';', 12}, {'!', 13}, {',', 14}, {'(', 15}, {')', 16}, {'$', 17},
-                                                   {'.', 18}, {'*', 19}, {'=', 20}, {'/', 23}};
+  static const std::map<char, int> oneCharacter = {{';', 12}, {'!', 13}, {',', 14}, {'(', 15}, {')', 16},
+                                                   {'$', 17}, {'.', 18}, {'*', 19}, {'=', 20}, {'/', 23}};
   const std::string text = Utf8(c);
   if (c == ' ' || c == '\t' || c == '\n' || c == '\r') return {};
   if (c >= '0' && c <= '9') return {{kInteger, text}};
@@ -449,14 +456,17 @@ TEST(Scanner, NulBeginsNoToken) {
 }
 
 TEST(Scanner, CharactersBeyondLatin1BeginNoToken) {
-  // Among them those that fall into the hash bucket of "A", "0", "(" and a blank, and digits and letters of other scripts.
-  for (const unsigned int c : {0x100u, 0x141u, 0x130u, 0x128u, 0x120u, 0x391u, 0x660u, 0xFF10u, 0xFF21u, 0x2028u, 0x3000u,
-                               0xFEFFu, 0xFFFFu, 0x10001u, 0x1F600u, 0x10041u, 0x10FFFFu}) {
-    ExpectTokens(std::string(kByteOrderMark) + "A" + Utf8(c) + "B", {{kIdent, "A"}, {kInvalid, Utf8(c)}, {kIdent, "B"}});
+  // Among them those that fall into the hash bucket of "A", "0", "(" and a blank, and digits and letters of
+  // other scripts.
+  for (const unsigned int c : {0x100u, 0x141u, 0x130u, 0x128u, 0x120u, 0x391u, 0x660u, 0xFF10u, 0xFF21u,
+                               0x2028u, 0x3000u, 0xFEFFu, 0xFFFFu, 0x10001u, 0x1F600u, 0x10041u, 0x10FFFFu}) {
+    ExpectTokens(std::string(kByteOrderMark) + "A" + Utf8(c) + "B",
+                 {{kIdent, "A"}, {kInvalid, Utf8(c)}, {kIdent, "B"}});
   }
 }
 
-// ------------------------------------------------------------------------------------------------ reserved words
+// ------------------------------------------------------------------------------------------------ reserved
+// words
 
 class ScannerReservedWord : public testing::TestWithParam<std::string> {};
 
@@ -531,7 +541,8 @@ TEST(Scanner, EveryBeginningOfTheScopeWordIsInvalid) {
   }
 }
 
-// ------------------------------------------------------------------------------------------------------- strings
+// -------------------------------------------------------------------------------------------------------
+// strings
 
 TEST(Scanner, AStringHoldsEveryByteButTheApostrophe) {
   std::string text = "'";
@@ -553,17 +564,20 @@ TEST(Scanner, ANulInsideAStringIsPartOfIt) {
 }
 
 TEST(Scanner, AStringOfUtf8HoldsCodePointsBelow65536) {
-  const std::string text = "'" + Utf8(0x80) + Utf8(0xE9) + Utf8(0x7FF) + Utf8(0x800) + Utf8(0x4E00) + Utf8(0xFFFF) + "'";
+  const std::string text =
+      "'" + Utf8(0x80) + Utf8(0xE9) + Utf8(0x7FF) + Utf8(0x800) + Utf8(0x4E00) + Utf8(0xFFFF) + "'";
   ExpectTokens(kByteOrderMark + text + " A", {{kString, text}, {kIdent, "A"}});
   ScannerOver scanner(kByteOrderMark + text, Source::Memory);
-  EXPECT_STREQ(scanner->Scan()->val, (std::wstring{L'\'', 0x80, 0xE9, 0x7FF, 0x800, 0x4E00, 0xFFFF, L'\''}).c_str());
+  EXPECT_STREQ(scanner->Scan()->val,
+               (std::wstring{L'\'', 0x80, 0xE9, 0x7FF, 0x800, 0x4E00, 0xFFFF, L'\''}).c_str());
 }
 
 TEST(Scanner, WithoutTheByteOrderMarkEveryByteIsACharacter) {
   const std::string text = "'" + Utf8(0xE9) + Utf8(0x1F600) + "'";
   ExpectTokens(text + " A", {{kString, text}, {kIdent, "A"}});
   ScannerOver scanner(text, Source::Memory);
-  EXPECT_STREQ(scanner->Scan()->val, (std::wstring{L'\'', 0xC3, 0xA9, 0xF0, 0x9F, 0x98, 0x80, L'\''}).c_str());
+  EXPECT_STREQ(scanner->Scan()->val,
+               (std::wstring{L'\'', 0xC3, 0xA9, 0xF0, 0x9F, 0x98, 0x80, L'\''}).c_str());
 }
 
 TEST(Scanner, ACodePointBeyond65535BreaksAString) {
@@ -584,7 +598,8 @@ TEST(Scanner, CodePoint65536IsTheEndOfInput) {
   }
 }
 
-// ----------------------------------------------------------------------------------------------- byte order mark
+// ----------------------------------------------------------------------------------------------- byte order
+// mark
 
 TEST(Scanner, PositionsCountTheByteOrderMarkAndColumnsDoNot) {
   for (const Source source : AllSources()) {
@@ -607,13 +622,18 @@ TEST(Scanner, PositionsCountTheByteOrderMarkAndColumnsDoNot) {
 TEST(Scanner, OnlyTheByteOrderMark) { ExpectTokens(kByteOrderMark, {}); }
 
 TEST(Scanner, ASecondByteOrderMarkIsAnInvalidToken) {
-  ExpectTokens(std::string(kByteOrderMark) + kByteOrderMark + "A", {{kInvalid, kByteOrderMark}, {kIdent, "A"}});
+  ExpectTokens(std::string(kByteOrderMark) + kByteOrderMark + "A",
+               {{kInvalid, kByteOrderMark}, {kIdent, "A"}});
 }
 
 TEST(Scanner, MalformedUtf8IsDecodedLeniently) {
   for (const Source source : AllSources()) {
     // A stray continuation byte is passed over; a lead byte takes what follows, here the blank: 3 * 64 + 32.
-    ScannerOver scanner(std::string(kByteOrderMark) + "\x80" "A\x80\x80" "B \xC3 C", source);
+    ScannerOver scanner(std::string(kByteOrderMark) +
+                            "\x80"
+                            "A\x80\x80"
+                            "B \xC3 C",
+                        source);
     const Token* name = scanner->Scan();
     EXPECT_EQ(name->kind, kIdent);
     EXPECT_STREQ(name->val, L"AB");
@@ -636,21 +656,24 @@ TEST_P(ScannerBrokenByteOrderMark, EndsTheProcess) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, ScannerBrokenByteOrderMark,
-                         testing::Values(std::string("\xEF"), std::string("\xEF\0", 2), std::string("\xEF\xBB"),
-                                         std::string("\xEF\xBB\xBE"), std::string("\xEF\xBF\xBBISO-10303-21;"),
+                         testing::Values(std::string("\xEF"), std::string("\xEF\0", 2),
+                                         std::string("\xEF\xBB"), std::string("\xEF\xBB\xBE"),
+                                         std::string("\xEF\xBF\xBBISO-10303-21;"),
                                          std::string("\xEFISO-10303-21;")));
 
 TEST(Scanner, AByteOrderMarkBehindTheFirstCharacterIsOrdinary) {
   ExpectTokens(std::string(" \xEF\xBB\xBF"), {{kInvalid, "\xEF"}, {kInvalid, "\xBB"}, {kInvalid, "\xBF"}});
 }
 
-// ------------------------------------------------------------------------------------------- lines and columns
+// ------------------------------------------------------------------------------------------- lines and
+// columns
 
 TEST(Scanner, EveryKindOfLineEndCountsOnce) {
   for (const std::string lineEnd : {"\n", "\r\n", "\r"}) {
     for (const char* mark : {"", kByteOrderMark}) {
       std::string bytes = mark;
-      for (int line = 0; line < 20; ++line) bytes += std::string(static_cast<std::size_t>(line), ' ') + "A" + lineEnd;
+      for (int line = 0; line < 20; ++line)
+        bytes += std::string(static_cast<std::size_t>(line), ' ') + "A" + lineEnd;
       for (const Source source : AllSources()) {
         Tok end(0, "");
         const Toks tokens = ScanAll(bytes, source, &end);
@@ -668,7 +691,8 @@ TEST(Scanner, EveryKindOfLineEndCountsOnce) {
 
 TEST(Scanner, PlaceBehindACommentIsAsIfItsLinesHadBeenBlank) {
   const std::string text = "A /* one\n two /* three\n */ four */ B; // five\r\n C /* six\r\nseven */ D\nE";
-  const std::string blank = "A       \n                \n            B;        \r\n C       \r\n         D\nE";
+  const std::string blank =
+      "A       \n                \n            B;        \r\n C       \r\n         D\nE";
   const Toks withComments = ScanAll(text);
   const Toks withBlanks = ScanAll(blank);
   ASSERT_EQ(withComments, withBlanks);
@@ -707,11 +731,13 @@ TEST(Scanner, AnEmptyInputIsItsEndAtPosition0) {
   }
 }
 
-// ------------------------------------------------------------------------------------------ blocks of the input
+// ------------------------------------------------------------------------------------------ blocks of the
+// input
 
 // Every kind of token and comment, lone carriage returns, pairs of characters that belong together, UTF-8.
 const char kSnippet[] =
-    "ISO-10303-21;\r\nHEADER;/* a /* b */\r\n*/ENDSEC;\rDATA;#12=(A_1('it''s \xC3\xA9 \xE4\xB8\x80',-1.5E+10,.T.,\"0AF\","
+    "ISO-10303-21;\r\nHEADER;/* a /* b */\r\n*/ENDSEC;\rDATA;#12=(A_1('it''s \xC3\xA9 "
+    "\xE4\xB8\x80',-1.5E+10,.T.,\"0AF\","
     "$,*),/#3/);//c\r\n&SCOPE ENDSCOPE !X -7 2. END-ISO-10303-2X ENDSEC;\r\n\nEND-ISO-10303-21;";
 
 // The tokens of kSnippet must be the same wherever a border of `block` bytes falls into it.
@@ -724,7 +750,8 @@ void ExpectBordersDoNotMatter(int block, Source source, const std::string& mark)
     const Toks tokens = ScanAll(mark + std::string(blanks, ' ') + snippet + std::string(10, ' '), source);
     ASSERT_EQ(tokens, reference) << "border behind byte " << before;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-      ASSERT_EQ(tokens[i].pos, reference[i].pos + static_cast<int>(blanks)) << "border behind byte " << before << tokens[i];
+      ASSERT_EQ(tokens[i].pos, reference[i].pos + static_cast<int>(blanks))
+          << "border behind byte " << before << tokens[i];
       ASSERT_EQ(tokens[i].line, reference[i].line) << "border behind byte " << before << tokens[i];
       const int shift = tokens[i].line == 1 ? static_cast<int>(blanks) : 0;
       ASSERT_EQ(tokens[i].col, reference[i].col + shift) << "border behind byte " << before << tokens[i];
@@ -732,20 +759,30 @@ void ExpectBordersDoNotMatter(int block, Source source, const std::string& mark)
   }
 }
 
-TEST(ScannerBlocks, TheBorderOfAFilesFirstBlockFallsAnywhere) { ExpectBordersDoNotMatter(kBlock, Source::File, ""); }
+TEST(ScannerBlocks, TheBorderOfAFilesFirstBlockFallsAnywhere) {
+  ExpectBordersDoNotMatter(kBlock, Source::File, "");
+}
 TEST(ScannerBlocks, TheBorderOfAFilesSecondBlockFallsAnywhere) {
   ExpectBordersDoNotMatter(2 * kBlock, Source::File, "");
 }
-TEST(ScannerBlocks, TheBorderOfANamedFilesBlockFallsAnywhere) { ExpectBordersDoNotMatter(kBlock, Source::Name, ""); }
+TEST(ScannerBlocks, TheBorderOfANamedFilesBlockFallsAnywhere) {
+  ExpectBordersDoNotMatter(kBlock, Source::Name, "");
+}
 TEST(ScannerBlocks, TheBorderOfAUtf8FilesBlockFallsAnywhere) {
   ExpectBordersDoNotMatter(kBlock, Source::File, kByteOrderMark);
 }
-TEST(ScannerBlocks, TheBorderOfAPipesFirstChunkFallsAnywhere) { ExpectBordersDoNotMatter(1024, Source::Pipe, ""); }
-TEST(ScannerBlocks, TheBorderOfAPipesSecondChunkFallsAnywhere) { ExpectBordersDoNotMatter(2048, Source::Pipe, ""); }
+TEST(ScannerBlocks, TheBorderOfAPipesFirstChunkFallsAnywhere) {
+  ExpectBordersDoNotMatter(1024, Source::Pipe, "");
+}
+TEST(ScannerBlocks, TheBorderOfAPipesSecondChunkFallsAnywhere) {
+  ExpectBordersDoNotMatter(2048, Source::Pipe, "");
+}
 TEST(ScannerBlocks, TheBorderOfAUtf8PipesChunkFallsAnywhere) {
   ExpectBordersDoNotMatter(1024, Source::Pipe, kByteOrderMark);
 }
-TEST(ScannerBlocks, TheBorderOfAPipesBlockFallsAnywhere) { ExpectBordersDoNotMatter(kBlock, Source::Pipe, ""); }
+TEST(ScannerBlocks, TheBorderOfAPipesBlockFallsAnywhere) {
+  ExpectBordersDoNotMatter(kBlock, Source::Pipe, "");
+}
 
 TEST(ScannerBlocks, ATokenLongerThanSeveralChunksOfAPipe) {
   const std::string text = "'" + std::string(30000, 'x') + "'";
@@ -776,7 +813,8 @@ TEST(ScannerBlocks, AMemoryBlockIsCopied) {
   EXPECT_STREQ(scanner.Scan()->val, L"DEF");
 }
 
-// ------------------------------------------------------------------------------------------------- the token list
+// ------------------------------------------------------------------------------------------------- the token
+// list
 
 TEST(ScannerPeek, LooksAheadWithoutConsuming) {
   ScannerOver scanner("A B C", Source::Memory);
@@ -872,7 +910,8 @@ TEST(Scanner, BehindTheEndThereAreOnlyEnds) {
   }
 }
 
-// --------------------------------------------------------------------------------------------------- hard stops
+// --------------------------------------------------------------------------------------------------- hard
+// stops
 
 const char kTooLong[] = "--- Too long token value\n";
 
@@ -965,7 +1004,8 @@ TEST(Scanner, AFileNameIsOneCharacterPerByte) {
   std::remove(renamed.c_str());
 }
 
-// --------------------------------------------------------------------------------------------------- the tables
+// --------------------------------------------------------------------------------------------------- the
+// tables
 
 TEST(StartStates, ACharacterThatWasNeverSetHasState0) {
   StartStates states;
@@ -1018,14 +1058,31 @@ TEST(KeywordMap, OwnsItsKeys) {
   EXPECT_EQ(keywords.get(L"ABC", 6), 5);
 }
 
-
 TEST(TokenKinds, HaveTheirNumbers) {
-  const int kinds[] = {Token::EoF,       Token::Integer,        Token::Real,        Token::EntityInstanceName,
-                       Token::String,    Token::Binary,         Token::Ident,       Token::Header,
-                       Token::Data,      Token::EndSec,         Token::Iso10303_21, Token::EndIso10303_21,
-                       Token::Semicolon, Token::Exclamation,    Token::Comma,       Token::LeftParenthesis,
-                       Token::RightParenthesis, Token::Dollar,  Token::Point,       Token::Asterisk,
-                       Token::Equals,    Token::Scope,          Token::EndScope,    Token::Slash,
+  const int kinds[] = {Token::EoF,
+                       Token::Integer,
+                       Token::Real,
+                       Token::EntityInstanceName,
+                       Token::String,
+                       Token::Binary,
+                       Token::Ident,
+                       Token::Header,
+                       Token::Data,
+                       Token::EndSec,
+                       Token::Iso10303_21,
+                       Token::EndIso10303_21,
+                       Token::Semicolon,
+                       Token::Exclamation,
+                       Token::Comma,
+                       Token::LeftParenthesis,
+                       Token::RightParenthesis,
+                       Token::Dollar,
+                       Token::Point,
+                       Token::Asterisk,
+                       Token::Equals,
+                       Token::Scope,
+                       Token::EndScope,
+                       Token::Slash,
                        Token::Invalid};
   for (int number = 0; number <= 24; ++number) EXPECT_EQ(kinds[number], number);
 }

@@ -66,14 +66,18 @@ TEST_P(SchemaTable, TheRegisteredNameSelectsItToo) {
 INSTANTIATE_TEST_SUITE_P(
     Rows, SchemaTable,
     testing::Values(
-        SchemaRow{0, STEP_AP203, ExpFile::SCHEMA_NAME_STEP_AP203, "CONFIG_CONTROL_DESIGN", "CONFIG_CONTROL_DESIGN"},
+        SchemaRow{0, STEP_AP203, ExpFile::SCHEMA_NAME_STEP_AP203, "CONFIG_CONTROL_DESIGN",
+                  "CONFIG_CONTROL_DESIGN"},
         SchemaRow{1, STEP_AP203E2, ExpFile::SCHEMA_NAME_STEP_AP203E2,
-                  "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF", "AP203_E2"},
+                  "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF",
+                  "AP203_E2"},
         SchemaRow{2, STEP_AP214, ExpFile::SCHEMA_NAME_STEP_AP214, "AUTOMOTIVE_DESIGN", "AUTOMOTIVE_DESIGN"},
-        SchemaRow{3, STEP_AP242, ExpFile::SCHEMA_NAME_STEP_AP242, "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM", "AP242"},
+        SchemaRow{3, STEP_AP242, ExpFile::SCHEMA_NAME_STEP_AP242,
+                  "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM", "AP242"},
         SchemaRow{5, PLIB, ExpFile::SCHEMA_NAME_PLIB, "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA",
                   "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA"},
-        SchemaRow{6, ISO13399, ExpFile::SCHEMA_NAME_ISO13399, "CUTTING_TOOL_SCHEMA_ARM", "CUTTING_TOOL_SCHEMA_ARM"}),
+        SchemaRow{6, ISO13399, ExpFile::SCHEMA_NAME_ISO13399, "CUTTING_TOOL_SCHEMA_ARM",
+                  "CUTTING_TOOL_SCHEMA_ARM"}),
     [](const auto& info) { return "Value" + std::to_string(info.param.value); });
 
 class UnknownSchema : public testing::TestWithParam<int> {};
@@ -120,29 +124,31 @@ TEST_P(SchemaNames, SelectTheirValue) {
   file.SetSchemaName(GetParam().name);
   EXPECT_EQ(static_cast<int>(file.GetSchema()), GetParam().value);
   const std::string upper = ToUpperString(GetParam().name);
-  EXPECT_THAT(log.lines,
-              ElementsAre("Input schema name: " + upper + "  --  mapped schema name: " + upper));
+  EXPECT_THAT(log.lines, ElementsAre("Input schema name: " + upper + "  --  mapped schema name: " + upper));
   EXPECT_THAT(log.levels, ElementsAre(1));
   EXPECT_THAT(log.ended, ElementsAre(true));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rule1, SchemaNames,
-    testing::Values(NameRow{"CONFIG_CONTROL_DESIGN", 0}, NameRow{"config_control_design", 0},
-                    NameRow{"CONFIG CONTROL DESIGN", 0}, NameRow{"AP203", 0}, NameRow{"ap203", 0},
-                    NameRow{"CONFIG_CONTROL_DESIGN ", 2}, NameRow{"CONFIG_CONTROL_DESIGNS", 2},
-                    NameRow{" AP203", 2}, NameRow{"AP203 EDITION", 2}, NameRow{"CONFIG_CONTROL_DESIGN { 1 0 10303 }", 2}));
-INSTANTIATE_TEST_SUITE_P(
-    Rule2, SchemaNames,
-    testing::Values(NameRow{"AP203_E2", 1}, NameRow{"ap203_e2", 1}, NameRow{"AP203 E2", 1},
-                    NameRow{"AP203_CONFIGURATION", 1}, NameRow{"AP203_CONFIGURATION_AND_MORE", 1},
-                    NameRow{"XAP203_CONFIGURATION_AUTO_242", 1}, NameRow{"AP203_E2 ", 2}, NameRow{"AP203_E3", 2},
-                    NameRow{"AP203 CONFIGURATION", 2}));
-INSTANTIATE_TEST_SUITE_P(
-    Rule3, SchemaNames,
-    testing::Values(NameRow{"AP214", 2}, NameRow{"XAP214X", 2}, NameRow{"AUTO", 2}, NameRow{"AUTOMOTIVE_DESIGN_CC2", 2},
-                    NameRow{"automotive_design { 1 0 10303 214 3 1 1 }", 2}, NameRow{"AP214_242", 2},
-                    NameRow{"242_AUTO", 2}, NameRow{"ISO13584_AUTO", 2}));
+INSTANTIATE_TEST_SUITE_P(Rule1, SchemaNames,
+                         testing::Values(NameRow{"CONFIG_CONTROL_DESIGN", 0},
+                                         NameRow{"config_control_design", 0},
+                                         NameRow{"CONFIG CONTROL DESIGN", 0}, NameRow{"AP203", 0},
+                                         NameRow{"ap203", 0}, NameRow{"CONFIG_CONTROL_DESIGN ", 2},
+                                         NameRow{"CONFIG_CONTROL_DESIGNS", 2}, NameRow{" AP203", 2},
+                                         NameRow{"AP203 EDITION", 2},
+                                         NameRow{"CONFIG_CONTROL_DESIGN { 1 0 10303 }", 2}));
+INSTANTIATE_TEST_SUITE_P(Rule2, SchemaNames,
+                         testing::Values(NameRow{"AP203_E2", 1}, NameRow{"ap203_e2", 1},
+                                         NameRow{"AP203 E2", 1}, NameRow{"AP203_CONFIGURATION", 1},
+                                         NameRow{"AP203_CONFIGURATION_AND_MORE", 1},
+                                         NameRow{"XAP203_CONFIGURATION_AUTO_242", 1}, NameRow{"AP203_E2 ", 2},
+                                         NameRow{"AP203_E3", 2}, NameRow{"AP203 CONFIGURATION", 2}));
+INSTANTIATE_TEST_SUITE_P(Rule3, SchemaNames,
+                         testing::Values(NameRow{"AP214", 2}, NameRow{"XAP214X", 2}, NameRow{"AUTO", 2},
+                                         NameRow{"AUTOMOTIVE_DESIGN_CC2", 2},
+                                         NameRow{"automotive_design { 1 0 10303 214 3 1 1 }", 2},
+                                         NameRow{"AP214_242", 2}, NameRow{"242_AUTO", 2},
+                                         NameRow{"ISO13584_AUTO", 2}));
 INSTANTIATE_TEST_SUITE_P(
     Rule4, SchemaNames,
     testing::Values(NameRow{"242", 3}, NameRow{"AP242", 3}, NameRow{"ap242", 3},
@@ -153,8 +159,9 @@ INSTANTIATE_TEST_SUITE_P(Rule5, SchemaNames,
                          testing::Values(NameRow{"ISO13584", 5}, NameRow{"iso13584_x", 5},
                                          NameRow{"ISO13584_CUTTING_TOOL", 5}, NameRow{"ISO 13584", 2}));
 INSTANTIATE_TEST_SUITE_P(Rule6, SchemaNames,
-                         testing::Values(NameRow{"ISO13399", 6}, NameRow{"MY_ISO13399", 6}, NameRow{"CUTTING_TOOL", 6},
-                                         NameRow{"cutting_tool_schema_arm", 6}, NameRow{"CUTTING TOOL", 2}));
+                         testing::Values(NameRow{"ISO13399", 6}, NameRow{"MY_ISO13399", 6},
+                                         NameRow{"CUTTING_TOOL", 6}, NameRow{"cutting_tool_schema_arm", 6},
+                                         NameRow{"CUTTING TOOL", 2}));
 INSTANTIATE_TEST_SUITE_P(Rule7, SchemaNames,
                          testing::Values(NameRow{"", 2}, NameRow{"IFC4", 2}, NameRow{"EXAMPLE_SCHEMA", 2},
                                          NameRow{"AP209_MULTIDISCIPLINARY", 2}, NameRow{"\xC3\xA4 auto", 2},

@@ -1,4 +1,5 @@
-// Real exchange files: all that they hold is read and written again, and neither a cut nor a changed byte does harm.
+// Real exchange files: all that they hold is read and written again, and neither a cut nor a changed byte
+// does harm.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -29,7 +30,8 @@ using VELMAR::TestData::CapturedLog;
 
 const bool kLoaded = (VELMAR::AutomotiveDesign::Load(), true);
 
-// How many bytes the tests of cut and of changed files read, for each file; small files are cut at every byte.
+// How many bytes the tests of cut and of changed files read, for each file; small files are cut at every
+// byte.
 constexpr std::size_t kBytesPerFile = 1500000;
 constexpr std::size_t kSmallFile = 2048;
 constexpr std::size_t kLongestToken = 32767;
@@ -39,8 +41,8 @@ const std::set<std::string> kTypesOfOlderEditions = {"MECHANICAL_CONTEXT", "DESI
 
 std::filesystem::path Corpus() { return VELMAR_TEST_CORPUS; }
 
-// The names of the files below a folder of the corpus; one empty name where there is no corpus, so that a test is there
-// that says so.
+// The names of the files below a folder of the corpus; one empty name where there is no corpus, so that a
+// test is there that says so.
 std::vector<std::string> FilesOf(const std::string& folder) {
   std::vector<std::string> names;
   if (std::filesystem::is_directory(Corpus() / folder)) {
@@ -75,7 +77,8 @@ class CorpusFile : public testing::TestWithParam<std::string> {
 };
 using Ap214File = CorpusFile;
 
-// ------------------------------------------------------------------------------- an account of a file's own text
+// ------------------------------------------------------------------------------- an account of a file's own
+// text
 
 // What one instance of a file's text holds, whatever the order: compared with what became of it.
 struct Account {
@@ -123,7 +126,8 @@ std::map<std::string, Account> AccountsOf(const std::string& text) {
       } else if (current != nullptr) {
         current->references.push_back(number);
       }
-    } else if (current != nullptr && (std::isdigit(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '+')) {
+    } else if (current != nullptr &&
+               (std::isdigit(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '+')) {
       char* end = nullptr;
       const double value = std::strtod(text.c_str() + i, &end);
       if (end == text.c_str() + i) {
@@ -134,7 +138,8 @@ std::map<std::string, Account> AccountsOf(const std::string& text) {
       }
     } else if (current != nullptr && (std::isupper(static_cast<unsigned char>(c)) != 0 || c == '_')) {
       std::string name;
-      while (i < text.size() && (std::isalnum(static_cast<unsigned char>(text[i])) != 0 || text[i] == '_')) name += text[i++];
+      while (i < text.size() && (std::isalnum(static_cast<unsigned char>(text[i])) != 0 || text[i] == '_'))
+        name += text[i++];
       if (depth == (current->complex ? 1 : 0)) current->types.push_back(name);
     } else if (current != nullptr && c == '.' && i + 1 < text.size()) {
       // An enumeration: passed over up to its second point.
@@ -155,7 +160,8 @@ std::map<std::string, Account> AccountsOf(const std::string& text) {
   return accounts;
 }
 
-// ------------------------------------------------------------------------------------------------ reading and writing
+// ------------------------------------------------------------------------------------------------ reading
+// and writing
 
 void Read(ExpFile& file, const std::string& bytes) {
   std::istringstream in(bytes);
@@ -178,8 +184,12 @@ const std::vector<std::string>& AutomotiveDesignTypes() {
     std::vector<std::string> words;
     std::istringstream in(out.str());
     for (std::string word; in >> word;) {
-      word.erase(std::remove_if(word.begin(), word.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)) && c != '_'; }), word.end());
-      if (ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(word, "AUTOMOTIVE_DESIGN") != nullptr) words.push_back(word);
+      word.erase(
+          std::remove_if(word.begin(), word.end(),
+                         [](char c) { return !std::isalnum(static_cast<unsigned char>(c)) && c != '_'; }),
+          word.end());
+      if (ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(word, "AUTOMOTIVE_DESIGN") != nullptr)
+        words.push_back(word);
     }
     std::sort(words.begin(), words.end());
     words.erase(std::unique(words.begin(), words.end()), words.end());
@@ -215,7 +225,8 @@ TEST_P(Ap214File, EveryInstanceOfAKnownTypeIsRead) {
   for (const auto& [number, account] : AccountsOf(bytes_)) {
     bool known = true;
     for (const std::string& type : account.types) {
-      if (ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(type, "AUTOMOTIVE_DESIGN") != nullptr) continue;
+      if (ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(type, "AUTOMOTIVE_DESIGN") != nullptr)
+        continue;
       known = false;
       unknown.insert(type);
     }
@@ -286,15 +297,18 @@ TEST_P(Ap214File, WhatIsWrittenReadsToAnEqualPopulationAndIsWrittenTheSame) {
 
 INSTANTIATE_TEST_SUITE_P(Ap214, Ap214File, testing::ValuesIn(FilesOf("ap214")), NameOf);
 
-// ------------------------------------------------------------------------------------------------- every file
+// ------------------------------------------------------------------------------------------------- every
+// file
 
-// A file that looks up its types in AP214 whatever schema it says it is of, so that as much as possible is created.
+// A file that looks up its types in AP214 whatever schema it says it is of, so that as much as possible is
+// created.
 class AsAp214 : public ExpFile {
  public:
   void SetSchemaName(std::string) override { ExpFile::SetSchemaName("AUTOMOTIVE_DESIGN"); }
 };
 
-// Whether a string of the text, or what looks like one, is longer than any token may be: that ends the process.
+// Whether a string of the text, or what looks like one, is longer than any token may be: that ends the
+// process.
 bool HasTooLongToken(const std::string& bytes) {
   std::size_t i = 0;
   int depth = 0;
@@ -387,10 +401,12 @@ TEST_P(CorpusFile, AnyChangedByteIsSurvived) {
   for (std::size_t i = 0; i < times; ++i) {
     std::string changed = bytes_;
     const std::size_t position = random() % changed.size();
-    const char byte = i % 2 == 0 ? static_cast<char>(random() % 256) : "'\"()/*;#.,$!&=-E\n\r0"[random() % 19];
+    const char byte =
+        i % 2 == 0 ? static_cast<char>(random() % 256) : "'\"()/*;#.,$!&=-E\n\r0"[random() % 19];
     if (position == 0 && byte == '\xEF') continue;  // a broken byte order mark ends the process
     changed[position] = byte;
-    SCOPED_TRACE("byte " + std::to_string(position) + " made " + std::to_string(static_cast<unsigned char>(byte)));
+    SCOPED_TRACE("byte " + std::to_string(position) + " made " +
+                 std::to_string(static_cast<unsigned char>(byte)));
     Survive(changed, i % 4 != 0);
   }
 }
