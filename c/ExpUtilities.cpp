@@ -4,6 +4,7 @@
 #include <list>
 #include <utility>
 
+#include "ExpAttributeVisitor.h"
 #include "StepStrings.h"
 #include "VelmarClasses.h"
 
@@ -614,6 +615,59 @@ std::string ConvertSTEPStringToUtf8(const std::string& stepText) {
     return StepTextDecoder(utf8).Decode();
   }
   return StepTextDecoder(stepText).Decode();
+}
+
+// ----------------------------------------------------------------------------------------- MarkUnsetValues
+
+namespace {
+
+// Marks what it visits where it is unset, and remembers the elements of aggregates as still to be visited.
+class UnsetValueMarker : public ExpAttributeVisitor {
+ public:
+  // From the member at `begin` on.
+  int Mark(ExpEntity& entity, int begin) {
+    const int end = entity.GetNofExplicitMembers();
+    for (int index = begin; index < end; ++index) pending_.push_back(entity.GetMember(index));
+    while (!pending_.empty()) {
+      ExpAttribute* value = pending_.back();
+      pending_.pop_back();
+      if (value != nullptr) value->Accept(this);
+    }
+    return marked_;
+  }
+
+ private:
+  void VisitExpLink(ExpLink* value) override { MarkIf(value->GetExpLink() == ExpLink().GetExpLink(), *value); }
+  void VisitExpEnumeration(ExpEnumeration* value) override {
+    MarkIf(value->GetExpEnumerationString().empty(), *value);
+  }
+  void VisitExpSelect(ExpSelect* value) override {
+    MarkIf(value->GetExpSelectValue() == nullptr, *value);
+    pending_.push_back(value->GetExpSelectValue());
+  }
+  void VisitExpAggregation(ExpAggregation* value) override {
+    pending_.insert(pending_.end(), value->GetExpAggregation()->begin(), value->GetExpAggregation()->end());
+  }
+  void MarkIf(bool isUnset, ExpAttribute& value) {
+    if (!isUnset || value.IsNotProvided() || value.IsOmitted()) return;
+    value.SetNotProvided(true);
+    ++marked_;
+  }
+
+  std::vector<ExpAttribute*> pending_;
+  int marked_ = 0;
+};
+
+}  // namespace
+
+int MarkUnsetValues(ExpEntity& entity) {
+  auto* complex = dynamic_cast<ExpExternalMappingEntity*>(&entity);
+  if (complex == nullptr) return UnsetValueMarker().Mark(entity, 0);
+  int marked = 0;
+  for (ExpEntity* part : *complex->GetEntities()) {
+    marked += UnsetValueMarker().Mark(*part, part->GetExternalMappingStartIndex());
+  }
+  return marked;
 }
 
 // ------------------------------------------------------------------------------------- ExpFullEntityWriter

@@ -791,7 +791,7 @@ const Scanner::Lexeme& Scanner::NextToken() {
     lexeme.kept.clear();
     textBegin_ = cur_;
     inText_ = true;
-    const int first = Ch();
+    const int first = ended_ ? Buffer::EoF : Ch();
     const int state = first < 256 ? firstState_[first] : start_->state(first);
     if (state >= kOneCharacter) {
       Take();
@@ -1010,7 +1010,10 @@ int Scanner::ScanInvalid() {
     return Token::Invalid;
   }
   const int codePoint = TakeCodePoint(kLastCodePoint);
-  if (codePoint == Buffer::EoF && !keepSupplementary_) return Token::EoF;  // the character that stands for the end
+  if (codePoint == Buffer::EoF && !keepSupplementary_) {  // the character that stands for the end
+    ended_ = true;
+    return Token::EoF;
+  }
   AppendUtf8(static_cast<unsigned int>(codePoint), KeepText());
   return Token::Invalid;
 }

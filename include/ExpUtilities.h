@@ -150,6 +150,17 @@ extern VELMAR_API const unsigned int page15[256];
 extern VELMAR_API const unsigned int page16[256];
 
 // -----------------------------------------------------------------------------------------------------------
+// Preparing instances for writing
+
+/// Marks the values of an entity that have no Part 21 form as not provided, so that they are written `$`: references to
+/// no entity, enumerations without an item, and selects without a value, also those within aggregates. Of a complex
+/// instance, the values that its parts have of their own. Values that are marked already count as they are.
+///
+/// Returns how many values it has marked. Attributes that a file left out, or that an application has not set, are
+/// such values; without a mark `#-1` and `..` would be written, which nothing can read, and a select would throw.
+VELMAR_API int MarkUnsetValues(ExpEntity& entity);
+
+// -----------------------------------------------------------------------------------------------------------
 // Writing one instance with all that it needs
 
 /// Writes instances together with everything that they refer to, directly or not, in Part 21 form, one a line: the

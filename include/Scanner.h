@@ -300,6 +300,7 @@ class VELMAR_API Scanner {
   bool inText_ = false;
   bool utf8_ = false;
   bool keepSupplementary_ = false;
+  bool ended_ = false;  // before the end of the input
   int line_ = 1;
   int lineStart_ = 0;  // the position of column 1, moved by the bytes that are no columns of their own
   Lexeme lexemes_[2];

@@ -7,6 +7,8 @@
 
 #include "ExpUtilities.h"
 
+#include "TestEntities.h"
+
 namespace VELMAR {
 namespace {
 
@@ -100,6 +102,51 @@ TEST(DescriptiveException, ACopyKeepsTheMessageOfItsOwn) {
   const ::descriptive_exception copy(*original);
   original.reset();
   EXPECT_STREQ(copy.what(), "a message that is too long to be kept in place");
+}
+
+// ----------------------------------------------------------------------------------------- MarkUnsetValues
+
+using TestData::AllKinds;
+using TestData::Make;
+
+TEST(MarkUnsetValues, MarksWhatHasNoPart21Form) {
+  const auto entity = Make<AllKinds>();
+  EXPECT_EQ(MarkUnsetValues(*entity), 5);
+  EXPECT_EQ(entity->ToString(), "ALL_KINDS(0., 0, '', $, (), $, $, $, $);");
+}
+
+TEST(MarkUnsetValues, LeavesValuesAndMarksAlone) {
+  const auto entity = Make<AllKinds>();
+  entity->link.SetExpLink(7);
+  entity->colour.SetExpEnumeration("RED");
+  entity->logical.SetOmitted(true);
+  entity->boolean.SetAsBool(true);
+  entity->choice.SetExpReal(1);
+  EXPECT_EQ(MarkUnsetValues(*entity), 0);
+  EXPECT_EQ(entity->ToString(), "ALL_KINDS(0., 0, '', #7, (), .RED., *, .T., 1.);");
+}
+
+TEST(MarkUnsetValues, ReachesTheElementsOfAggregates) {
+  const auto entity = Make<AllKinds>();
+  auto* select = new ExpSelect;
+  select->AddExpSelectTypeName("LABEL");
+  auto* inner = new ExpAggregation;
+  inner->AddValue(select);
+  inner->AddValue(nullptr);
+  entity->list.AddValue(inner);
+  entity->choice.AddValue(new ExpLink);
+  EXPECT_EQ(MarkUnsetValues(*entity), 6);
+  EXPECT_EQ(entity->ToString(), "ALL_KINDS(0., 0, '', $, (($, $)), $, $, $, ($));");
+}
+
+TEST(MarkUnsetValues, OfAComplexInstanceMarksTheOwnValuesOfItsParts) {
+  const auto top = Make<TestData::Top>();
+  const auto left = Make<TestData::Left>();
+  ExpExternalMappingEntity complex;
+  complex.AddEntity(top.get());
+  complex.AddEntity(left.get());
+  EXPECT_EQ(MarkUnsetValues(complex), 1);
+  EXPECT_EQ(complex.ToString(), "(\n   LEFT ($)\n   TOP (0, ())\n);");
 }
 
 }  // namespace
