@@ -696,7 +696,7 @@ void ExpExternalMappingEntity::HandleParams(ExpAttribute* target, ExpAttribute* 
             const std::string name = from->GetExpEnumerationString();
             if (!name.empty()) to->SetExpEnumeration(name);
           });
-    } catch (const std::string&) {  // the target rejects the value, for instance an item that its type does not have
+    } catch (...) {  // the target rejects the value, for instance an item that its type does not have
     }
     return;
   }

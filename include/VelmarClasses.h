@@ -470,9 +470,11 @@ class VELMAR_API ExpAbstractObjectProvider : public ExpAbstractObjectAdmin {
   /// Appends the instances of a type, and with `withSubtypes` those of all its subtypes, each once, to `out`, and
   /// sorts `out` by instance number. The case of the name does not matter; an unknown name gives nothing.
   virtual void GetEntities(std::list<ExpEntity*>& out, const std::string& typeName, bool withSubtypes);
-  /// Appends the complex instances to which the entities of `in` belong, each once, sorted by instance number.
+  /// Appends the complex instances to which the entities of `in` belong, sorted by instance number.
+  /// Of repeats that follow each other, only the first is taken.
   virtual void GetExternalEntities(const std::vector<ExpEntity*>& in, std::list<ExpExternalMappingEntity*>& out);
-  /// Appends what this store holds under the numbers of `in` to the list of its kind, each once, sorted by number.
+  /// Appends what this store holds under the numbers of `in` to the list of its kind, sorted by number. Of repeats that
+  /// follow each other, only the first is taken.
   virtual void SplitIntoSimpleAndExternalEntities(const std::vector<ExpEntity*>& in, std::list<ExpEntity*>& simple,
                                                   std::list<ExpExternalMappingEntity*>& external);
 

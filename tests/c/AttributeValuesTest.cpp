@@ -117,7 +117,7 @@ TEST_P(KindAndOperation, WrongOperationsThrowTheirNameAndChangeNothing) {
   const auto& [kind, operation] = GetParam();
   const std::unique_ptr<ExpAttribute> value = kind.make();
   const std::string before = value->ToString();
-  const std::string thrown = ThrownText([&] { operation.call(*value); });
+  const std::string thrown = ThrownText([&, &call = operation.call] { call(*value); });
   if (testing::Value(kind.operations, testing::Contains(operation.name))) {
     EXPECT_EQ(thrown, "(nothing thrown)");
   } else {
@@ -614,7 +614,7 @@ class DerivedValue : public testing::Test {};
 
 using LibraryClasses = testing::Types<ExpReal, ExpInteger, ExpString, ExpLink, ExpAggregation, ExpEnumeration,
                                       ExpLogical, ExpBoolean, ExpSelect, ExpSchemaReal, ExpSchemaBinary>;
-TYPED_TEST_SUITE(DerivedValue, LibraryClasses);
+TYPED_TEST_SUITE(DerivedValue, LibraryClasses, );
 
 template <class Value>
 void Fill(Value& value) {
