@@ -40,12 +40,15 @@ void ExpFlyweightAdministration::Init(int size) {
   if (size > static_cast<int>(expEntityVector.size())) Resize(static_cast<std::size_t>(size));
 }
 
-// New slots are null: the allocator's memory is zero, and what is taken away here is set to null first.
+// New slots are null because the allocator's memory is zero. Slots that have been used are never handed out again: a
+// table that gets shorter moves to fresh memory, which costs less than looking at every slot.
 void ExpFlyweightAdministration::Resize(std::size_t slots) {
-  for (std::size_t slot = slots; slot < expEntityVector.size(); ++slot) {
-    if (expEntityVector[slot] != nullptr) expEntityVector[slot] = nullptr;
+  if (slots < expEntityVector.size()) {
+    Table shorter(expEntityVector.begin(), expEntityVector.begin() + static_cast<std::ptrdiff_t>(slots));
+    expEntityVector.swap(shorter);
+  } else {
+    expEntityVector.resize(slots);
   }
-  expEntityVector.resize(slots);
 }
 
 ExpEntity*& ExpFlyweightAdministration::Slot(int number) {
@@ -104,9 +107,9 @@ void ExpFlyweightAdministration::DeleteEntities() {
 void ExpFlyweightAdministration::ForgetEntities() {
   maxEntityNumber_ = std::max(maxEntityNumber_, 1);  // there may be instances that were never numbered
   DeleteEntities();
-  for (ExpEntity*& slot : expEntityVector) {
-    if (slot != nullptr) slot = nullptr;
-  }
+  const std::size_t slots = expEntityVector.size();
+  Resize(0);
+  Resize(slots);
 }
 
 void ExpFlyweightAdministration::ClearEntityVector() {

@@ -188,13 +188,13 @@ void Parser::Parse() {
   Expect(Token::EoF);
 }
 
-inline void Parser::Get() {
+void Parser::Get() {
   t_ = la_;
   la_ = scanner_->ScanLexeme();
   ++errDist_;
 }
 
-inline void Parser::Expect(int n) {
+void Parser::Expect(int n) {
   if (la_->kind == n) {
     Get();
   } else {
@@ -202,7 +202,7 @@ inline void Parser::Expect(int n) {
   }
 }
 
-inline bool Parser::StartOf(int s) const { return (kStartSets[s] >> la_->kind & 1) != 0; }
+bool Parser::StartOf(int s) const { return (kStartSets[s] >> la_->kind & 1) != 0; }
 
 void Parser::SynErr(int n) {
   if (errDist_ >= kMinErrDist) errors_->SynErr(la_->line, la_->col, n);

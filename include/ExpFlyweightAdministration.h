@@ -12,7 +12,7 @@
 namespace VELMAR {
 
 /// Memory for the slots of a store: zero when it comes from the system, and left alone when slots are appended, so that
-/// slots nobody has used cost address space, not pages. Whoever takes slots away sets them to null first.
+/// slots nobody has used cost address space, not pages. Slots that are taken away must not be appended again.
 template <class T>
 class ExpZeroedAllocator {
  public:
@@ -87,12 +87,14 @@ class VELMAR_API ExpFlyweightAdministration : public ExpAbstractObjectAdmin {
   void ForgetEntities();
 
  private:
+  using Table = std::vector<ExpEntity*, ExpZeroedAllocator<ExpEntity*>>;
+
   void Resize(std::size_t slots);
   ExpEntity*& Slot(int number);
 
   unsigned int adminId_;
   int maxEntityNumber_;
-  std::vector<ExpEntity*, ExpZeroedAllocator<ExpEntity*>> expEntityVector;
+  Table expEntityVector;
   int initialSize_;
 };
 

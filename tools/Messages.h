@@ -37,6 +37,7 @@ class Messages {
   void AddError(std::string text) { Add(Severity::kError, 0, 0, std::move(text)); }
 
   std::size_t Errors() const { return errors_; }
+  bool IsEmpty() const { return placed_.empty() && general_.empty(); }
 
   /// Prints to standard error what was added, and forgets it. Reads the file again for the source lines.
   void Print();

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -9,6 +10,7 @@
 #include <system_error>
 
 #include "Commands.h"
+#include "ExpUtilities.h"
 #include "Input.h"
 #include "Messages.h"
 #include "Population.h"
@@ -34,8 +36,10 @@ std::string WhyUnwritable(const std::string& path) {
   return fmt::format("cannot be written: {}", std::strerror(errno));
 }
 
-// Why what was read with errors is not written; empty where it is.
-std::string WhyNotWritten(const Population& file, const std::string& in, const std::string& out) {
+// Why what was read is not written; empty where it is.
+std::string WhyNotWritten(const Population& file, const Messages& messages, const std::string& in,
+                          const std::string& out) {
+  if (messages.IsEmpty()) return "";
   std::error_code error;
   if (!file.IsSchemaSupported()) return fmt::format("{} is not written: the schema is not supported", out);
   if (file.Count() == 0) return fmt::format("{} is not written: nothing could be read", out);
@@ -43,18 +47,16 @@ std::string WhyNotWritten(const Population& file, const std::string& in, const s
   return "";
 }
 
-// Adds a message for each instance that has no text, for instance because a select of it holds no value.
-void ReportInstancesWithoutText(Population& file, Messages& messages) {
-  for (int number = 0; number <= file.GetMaxEntityNumber(); ++number) {
-    VELMAR::ExpEntity* entity = file.GetEntity(number);
-    if (entity == nullptr) continue;
-    try {
-      entity->ToString();
-    } catch (const std::string&) {
-      messages.AddError(
-          fmt::format("#{} {} has a value that cannot be written", number, entity->GetExpClassName()));
-    }
+// Makes every instance writable: what has no value, because the file has none or because it could not be
+// kept, is written `$`. Adds a warning where there is such a value.
+void MarkMissingValues(Population& file, Messages& messages) {
+  int marked = 0;
+  for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
+    if (VELMAR::ExpEntity* entity = file.GetEntity(number)) marked += VELMAR::MarkUnsetValues(*entity);
   }
+  if (marked == 0) return;
+  messages.Add(Severity::kWarning, 0, 0,
+               fmt::format("{} written as $", Counted(static_cast<std::uint64_t>(marked), "missing value")));
 }
 
 }  // namespace
@@ -70,9 +72,11 @@ int Convert(const std::string& in, const std::string& out) {
   file.ReadAndReport(in, messages);
   const std::string size = Grouped(FileSize(in));  // before it is written, for IN may be OUT
   const bool hasErrors = messages.Errors() != 0;
-  if (hasErrors) {
-    why = WhyNotWritten(file, in, out);
-    if (!why.empty()) messages.AddError(why);
+  why = WhyNotWritten(file, messages, in, out);
+  if (why.empty()) {
+    MarkMissingValues(file, messages);
+  } else {
+    messages.AddError(why);
   }
   messages.Print();
   if (!why.empty()) return kFileHasErrors;
@@ -85,7 +89,6 @@ int Convert(const std::string& in, const std::string& out) {
   }
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (outMessages.Errors() != 0) {
-    ReportInstancesWithoutText(file, outMessages);
     outMessages.AddError("not written");
     outMessages.Print();
     return kCannotRun;

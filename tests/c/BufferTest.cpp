@@ -398,8 +398,7 @@ TEST(Buffer, TakingOverAPipeReadsOn) {
   EXPECT_EQ(second.Read(), kEnd);
 }
 
-// --------------------------------------------------------------------------------------------------------
-// UTF-8
+// ------------------------------------------------------------------------------------------- UTF-8
 
 std::vector<int> ReadUtf8(const std::string& bytes) {
   auto inner = MemoryBuffer(bytes);

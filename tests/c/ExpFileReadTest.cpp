@@ -76,8 +76,7 @@ void ExpectEmpty(ExpFile& file, int highestNumberBefore) {
 
 const char kMapped[] = "Input schema name: AUTOMOTIVE_DESIGN  --  mapped schema name: AUTOMOTIVE_DESIGN";
 
-// ----------------------------------------------------------------------------------------------------
-// construction
+// ------------------------------------------------------------------------------------ construction
 
 TEST(ExpFile, StartsEmptyWithAStoreOf100000Slots) {
   ExpFile file;
@@ -128,8 +127,7 @@ TEST(ExpFile, ItsEndDeletesEveryInstance) {
   EXPECT_EQ(ExpEntity::instanceCount, before);
 }
 
-// ------------------------------------------------------------------------------------------------------- the
-// store
+// --------------------------------------------------------------------------------------- the store
 
 TEST(ExpFile, StoreOperationsGoToTheStore) {
   ExpFile file;
@@ -195,8 +193,7 @@ TEST(ExpFile, WithoutAStoreTheAdminIdIsMinusOneAndEmptyingDoesNothing) {
   EXPECT_EQ(file.GetMaxEntityNumber(), 1);
 }
 
-// -----------------------------------------------------------------------------------------------------
-// CreateEntity
+// ------------------------------------------------------------------------------------ CreateEntity
 
 TEST(ExpFile, CreateEntityCreatesForTheStoreAndDoesNotAdd) {
   ExpFile file;
@@ -253,8 +250,7 @@ TEST(ExpFile, WithoutAStoreACreatedEntityBelongsToTheCaller) {
   EXPECT_THAT(TextsOf(file, "NODE"), IsEmpty());
 }
 
-// ------------------------------------------------------------------------------------------------ logging
-// and dumping
+// ----------------------------------------------------------------------------- logging and dumping
 
 TEST(ExpFile, LogWritesTheMessageWithoutLineEnd) {
   CapturedLog log;
@@ -296,8 +292,7 @@ TEST(ExpFile, ADumpReadsAgain) {
   EXPECT_EQ(DataOf(again), DataOf(file));
 }
 
-// ----------------------------------------------------------------------------------------------------------
-// reading
+// ----------------------------------------------------------------------------------------- reading
 
 TEST(ExpFileRead, ReadsAFileAndLogsWhatItDoes) {
   TemporaryFile onDisk(FileOf("#1=NODE('one',#2,(),$);\n#2=NODE('two',$,(),$);"));
@@ -497,8 +492,7 @@ TEST(ExpFileRead, AnEmptyFileLeavesAnEmptyFile) {
   ExpectEmpty(file, 3);
 }
 
-// -------------------------------------------------------------------------------------------------- failing
-// to read
+// --------------------------------------------------------------------------------- failing to read
 
 enum class Thrown { Pointer, String, Exception, Number };
 
@@ -643,8 +637,7 @@ TEST(ExpFileRead, AnExceptionOfALoggerFailsTheReading) {
   ExpectEmpty(file, 3);
 }
 
-// --------------------------------------------------------------------------------------------------------
-// appending
+// --------------------------------------------------------------------------------------- appending
 
 TEST(ExpFileAppend, NumbersTheInstancesBehindThoseThatAreThere) {
   ExpFile file;

@@ -111,8 +111,7 @@ std::vector<std::pair<std::string, std::string>> DataInputs() {
   return inputs;
 }
 
-// --------------------------------------------------------------------------------------------------- cut and
-// damaged
+// --------------------------------------------------------------------------------- cut and damaged
 
 TEST(HostileInput, EveryPrefixOfEveryDataFileIsReadTheSameFromMemoryAndFromAPipe) {
   for (const auto& [name, input] : DataInputs()) {
@@ -293,8 +292,7 @@ TEST(HostileInput, RandomTokens) {
   }
 }
 
-// ------------------------------------------------------------------------------------------------------------
-// depth
+// ------------------------------------------------------------------------------------------- depth
 
 // Reads the instances; expects no word in the log.
 struct Quiet {
@@ -412,8 +410,7 @@ TEST(HostileDepth, AMillionLoneSlashes) {
   EXPECT_EQ(outcome.population, "#1 = A(1, 2);\n#2 = A(3, 4);\n");
 }
 
-// -----------------------------------------------------------------------------------------------------------
-// length
+// ------------------------------------------------------------------------------------------ length
 
 TEST(HostileLength, AListOfAMillionElements) {
   Quiet read("#1=POINT('p',(" + Times(kMillion - 1, "1,") + "2));");
@@ -488,8 +485,7 @@ TEST(HostileLength, AnUnterminatedStringBeyondTheLimitEndsTheProcessAlsoFromAFil
   EXPECT_EQ(ended.output, "--- Too long token value\n");
 }
 
-// -------------------------------------------------------------------------------------------------- written
-// again
+// ----------------------------------------------------------------------------------- written again
 
 TEST(HostileDepth, DeepValuesOfAFileAreWrittenAndReadAgain) {
   const std::string deepList = Times(kMillion, "(") + Times(kMillion, ")");

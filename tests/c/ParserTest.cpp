@@ -85,8 +85,7 @@ struct ReadData {
   int errors = -1;
 };
 
-// ------------------------------------------------------------------------------------------ files with their
-// logs
+// --------------------------------------------------------------------------- files with their logs
 
 // Files of data/: an input, then the lines that reading it logs, then, unless it is left out, the population.
 struct DataFile {
@@ -144,8 +143,7 @@ TEST_P(ParserDataFile, GivesItsLogAndPopulation) {
 INSTANTIATE_TEST_SUITE_P(Data, ParserDataFile, testing::ValuesIn(DataFiles()),
                          [](const auto& info) { return info.param.stem().string(); });
 
-// ------------------------------------------------------------------------------------------- values and
-// setters
+// ------------------------------------------------------------------------------ values and setters
 
 // A value that notes every call.
 class NotedAttribute : public ExpAttribute {
@@ -401,7 +399,7 @@ TEST(Parser, LogicalsBooleansAndEnumerationsAreSetByName) {
   EXPECT_TRUE(all->choice.IsNotProvided());
 }
 
-// ----------------------------------------------------------------------------------------------- exceptions
+// -------------------------------------------------------------------------------------- exceptions
 
 struct GivenUp {
   const char* name;
@@ -456,8 +454,7 @@ TEST(Parser, AnExceptionFromANestedListGivesUpTheRecord) {
   EXPECT_EQ(read.Text(), "#1 = A(0, 0);\n#2 = A(0, 0);\n#3 = A(0, 0);\n#4 = A(3, 4);\n");
 }
 
-// ------------------------------------------------------------------------------------------------- what is
-// dropped
+// --------------------------------------------------------------------------------- what is dropped
 
 TEST(Parser, EveryParameterOfAnUnknownTypeIsReadAndDropped) {
   ReadData read(
@@ -508,8 +505,7 @@ TEST(Parser, AMemberThatDoesNotExistIsATargetThatDropsItsValue) {
   EXPECT_NE(provider.GetEntity(1), nullptr);
 }
 
-// -------------------------------------------------------------------------------------------------------
-// numbers
+// ----------------------------------------------------------------------------------------- numbers
 
 TEST(Parser, TheOffsetIsAddedToInstancesAndReferences) {
   ReadData read("#1=NODE('n',#2,(#3,(#4),L(#5)),M(#6));#2=(A(1,2)NODE('m',#1,(),$));", 100);
@@ -728,8 +724,7 @@ TEST(Parser, NumbersDoNotDependOnTheGlobalLocale) {
   EXPECT_EQ(text, "#1234 = POINT('p', (1234567, 1234.5, #123456, 1.5E-7));\n");
 }
 
-// -------------------------------------------------------------------------------------------------------
-// strings
+// ----------------------------------------------------------------------------------------- strings
 
 std::string NameOfTheFirst(const std::string& bytes, Source source = Source::Memory) {
   TestProvider provider;
@@ -835,8 +830,7 @@ TEST(ParserText, ALongerStringEndsTheProcess) {
   EXPECT_EQ(ended.output, "--- Too long token value\n");
 }
 
-// --------------------------------------------------------------------------------------------- calls of the
-// provider
+// --------------------------------------------------------------------------- calls of the provider
 
 TEST(ParserProvider, IsAskedForEveryRecordInOrder) {
   TestProvider provider;
@@ -979,8 +973,7 @@ TEST(ParserProvider, WithoutAContainerTheRecordsOfAComplexInstanceAreReadAndDrop
   }
 }
 
-// ---------------------------------------------------------------------------------------------- complex
-// instances
+// ------------------------------------------------------------------------------- complex instances
 
 TEST(ParserComplex, PartsStartAtTheAttributesThatTheirTypesDeclareAndTakeOverTheOthers) {
   ReadData read("#5=(A(1,2)B('x')C(2.5));");
@@ -1019,8 +1012,7 @@ TEST(ParserComplex, UserDefinedPartsAreReadByTheirName) {
   EXPECT_EQ(read.Get<ExpExternalMappingEntity>(5)->GetEntities()->size(), 2u);
 }
 
-// -------------------------------------------------------------------------------------------------------
-// header
+// ------------------------------------------------------------------------------------------ header
 
 class ParserEmptyHeader : public testing::TestWithParam<std::string> {};
 
@@ -1050,8 +1042,7 @@ TEST(Parser, AHeaderLongerThanABlockIsRead) {
   }
 }
 
-// --------------------------------------------------------------------------------------------------------
-// notes
+// ------------------------------------------------------------------------------------------- notes
 
 std::string NotesOf(const std::string& instances, int offset = 0) {
   TestProvider provider;
@@ -1084,8 +1075,7 @@ TEST(ParserNotes, AnUnknownTypeLeavesANote) {
   EXPECT_EQ(NotesOf("#1=(A(1,2)UNKNOWN(1));"), "");
 }
 
-// ------------------------------------------------------------------------------------------------------
-// edges of files
+// ---------------------------------------------------------------------------------- edges of files
 
 TEST(Parser, MissingEndReportsError11AtTheEndOfInput) {
   TestProvider provider;

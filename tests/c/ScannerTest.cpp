@@ -128,8 +128,7 @@ void ExpectTokensAlsoAsUtf8(const std::string& bytes, const Toks& expected) {
   ExpectTokens(kByteOrderMark + bytes, expected);
 }
 
-// -------------------------------------------------------------------------------------------- the table of
-// rules
+// ------------------------------------------------------------------------------ the table of rules
 
 struct Case {
   const char* name;
@@ -405,8 +404,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"AsteriskFirst", "*/", {{19, "*"}, {23, "/"}}}),
     CaseName);
 
-// -------------------------------------------------------------------------------------------- first
-// characters
+// -------------------------------------------------------------------------------- first characters
 
 // The tokens of one character between blanks.
 Toks ExpectedFor(unsigned int c) {
@@ -465,8 +463,7 @@ TEST(Scanner, CharactersBeyondLatin1BeginNoToken) {
   }
 }
 
-// ------------------------------------------------------------------------------------------------ reserved
-// words
+// ---------------------------------------------------------------------------------- reserved words
 
 class ScannerReservedWord : public testing::TestWithParam<std::string> {};
 
@@ -541,8 +538,7 @@ TEST(Scanner, EveryBeginningOfTheScopeWordIsInvalid) {
   }
 }
 
-// -------------------------------------------------------------------------------------------------------
-// strings
+// ----------------------------------------------------------------------------------------- strings
 
 TEST(Scanner, AStringHoldsEveryByteButTheApostrophe) {
   std::string text = "'";
@@ -598,8 +594,7 @@ TEST(Scanner, CodePoint65536IsTheEndOfInput) {
   }
 }
 
-// ----------------------------------------------------------------------------------------------- byte order
-// mark
+// --------------------------------------------------------------------------------- byte order mark
 
 TEST(Scanner, PositionsCountTheByteOrderMarkAndColumnsDoNot) {
   for (const Source source : AllSources()) {
@@ -665,8 +660,7 @@ TEST(Scanner, AByteOrderMarkBehindTheFirstCharacterIsOrdinary) {
   ExpectTokens(std::string(" \xEF\xBB\xBF"), {{kInvalid, "\xEF"}, {kInvalid, "\xBB"}, {kInvalid, "\xBF"}});
 }
 
-// ------------------------------------------------------------------------------------------- lines and
-// columns
+// ------------------------------------------------------------------------------- lines and columns
 
 TEST(Scanner, EveryKindOfLineEndCountsOnce) {
   for (const std::string lineEnd : {"\n", "\r\n", "\r"}) {
@@ -731,8 +725,7 @@ TEST(Scanner, AnEmptyInputIsItsEndAtPosition0) {
   }
 }
 
-// ------------------------------------------------------------------------------------------ blocks of the
-// input
+// ----------------------------------------------------------------------------- blocks of the input
 
 // Every kind of token and comment, lone carriage returns, pairs of characters that belong together, UTF-8.
 const char kSnippet[] =
@@ -813,8 +806,7 @@ TEST(ScannerBlocks, AMemoryBlockIsCopied) {
   EXPECT_STREQ(scanner.Scan()->val, L"DEF");
 }
 
-// ------------------------------------------------------------------------------------------------- the token
-// list
+// ---------------------------------------------------------------------------------- the token list
 
 TEST(ScannerPeek, LooksAheadWithoutConsuming) {
   ScannerOver scanner("A B C", Source::Memory);
@@ -910,8 +902,7 @@ TEST(Scanner, BehindTheEndThereAreOnlyEnds) {
   }
 }
 
-// --------------------------------------------------------------------------------------------------- hard
-// stops
+// -------------------------------------------------------------------------------------- hard stops
 
 const char kTooLong[] = "--- Too long token value\n";
 
@@ -1004,8 +995,7 @@ TEST(Scanner, AFileNameIsOneCharacterPerByte) {
   std::remove(renamed.c_str());
 }
 
-// --------------------------------------------------------------------------------------------------- the
-// tables
+// -------------------------------------------------------------------------------------- the tables
 
 TEST(StartStates, ACharacterThatWasNeverSetHasState0) {
   StartStates states;

@@ -77,8 +77,7 @@ class CorpusFile : public testing::TestWithParam<std::string> {
 };
 using Ap214File = CorpusFile;
 
-// ------------------------------------------------------------------------------- an account of a file's own
-// text
+// ----------------------------------------------------------------- an account of a file's own text
 
 // What one instance of a file's text holds, whatever the order: compared with what became of it.
 struct Account {
@@ -160,8 +159,7 @@ std::map<std::string, Account> AccountsOf(const std::string& text) {
   return accounts;
 }
 
-// ------------------------------------------------------------------------------------------------ reading
-// and writing
+// ----------------------------------------------------------------------------- reading and writing
 
 void Read(ExpFile& file, const std::string& bytes) {
   std::istringstream in(bytes);
@@ -297,8 +295,7 @@ TEST_P(Ap214File, WhatIsWrittenReadsToAnEqualPopulationAndIsWrittenTheSame) {
 
 INSTANTIATE_TEST_SUITE_P(Ap214, Ap214File, testing::ValuesIn(FilesOf("ap214")), NameOf);
 
-// ------------------------------------------------------------------------------------------------- every
-// file
+// -------------------------------------------------------------------------------------- every file
 
 // A file that looks up its types in AP214 whatever schema it says it is of, so that as much as possible is
 // created.

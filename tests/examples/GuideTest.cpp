@@ -17,6 +17,7 @@ void Describe(ap214::Product& product, const std::string& utf8);
 void MoveTo(ap214::CartesianPoint& point, double x, double y, double z);
 void SetLength(ap214::MeasureWithUnit& measure, double length);
 int AddDirection(ExpFile& file, double x, double y, double z);
+void MakeWritable(ExpFile& file);
 void RegisterNote();
 
 namespace {
@@ -53,6 +54,10 @@ TEST_F(Guide, Editing) {
 
 TEST_F(Guide, NewInstances) {
   EXPECT_EQ(AddDirection(file_, 0, 0, 1), 384);
+  EXPECT_EQ(file_.GetEntity(384)->ToString(), "#384 = DIRECTION('', (0., 0., 1.));");
+  file_.CreateAndAddEntity("VECTOR");
+  MakeWritable(file_);
+  EXPECT_EQ(file_.GetEntity(385)->ToString(), "#385 = VECTOR('', $, 0.);");
   EXPECT_EQ(file_.GetEntity(384)->ToString(), "#384 = DIRECTION('', (0., 0., 1.));");
 }
 

@@ -13,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 
 // Converts files within a directory of its own.
 class Convert : public testing::Test {
@@ -78,6 +79,14 @@ TEST_F(Convert, AFileThatCouldNotBeKeptWholeIsNotReplacedByItself) {
   EXPECT_THAT(outcome.err,
               HasSubstr("a.stp: error: the file is left as it is: not all of it could be kept\n"));
   EXPECT_EQ(Read("a.stp"), kBroken);
+}
+
+TEST_F(Convert, AFileOfWhichAValueIsNotKeptIsNotReplacedByItselfEither) {
+  const std::string text = FileWith("#1=DIRECTION('',(1.,$));\n");
+  Write("a.stp", text);
+  EXPECT_EQ(Run("a.stp", "b.stp").status, 0);
+  EXPECT_EQ(Run("a.stp", "a.stp").status, 1);
+  EXPECT_EQ(Read("a.stp"), text);
 }
 
 TEST_F(Convert, WhatCouldBeKeptOfAFileWithErrorsIsWritten) {
@@ -277,16 +286,16 @@ const Loss kLosses[] = {
 INSTANTIATE_TEST_SUITE_P(Every, ConvertLoss, testing::ValuesIn(kLosses),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(Convert, AnInstanceWithASelectWithoutValueIsNamedAndNothingIsWritten) {
-  Write("in.stp", FileWith(kPoint + "#2=PRESENTATION_STYLE_ASSIGNMENT((NULL_STYLE(.NULL.)));\n"));
-  const Outcome outcome = Run("in.stp", "out.stp");
-  EXPECT_EQ(outcome.status, 2);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:9:46: warning: 1 enumeration value in a list not kept (#2)\n"));
-  EXPECT_THAT(
-      outcome.err,
-      HasSubstr("out.stp: error: #2 PRESENTATION_STYLE_ASSIGNMENT has a value that cannot be written\n"
-                "out.stp: error: not written\n"));
-  EXPECT_FALSE(Exists("out.stp"));
+TEST_F(Convert, ValuesThatAreMissingAreWrittenAsUnset) {
+  Write("in.stp", FileWith("#1=PRESENTATION_STYLE_ASSIGNMENT((NULL_STYLE(.NULL.)));\n#2=VECTOR('v');\n"));
+  Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:46: warning: 1 enumeration value in a list not kept (#1)\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: warning: 2 missing values written as $\n"));
+  EXPECT_THAT(Read("out.stp"),
+              HasSubstr("#1 = PRESENTATION_STYLE_ASSIGNMENT(($));\n#2 = VECTOR('v', $, 0.);\n"));
+  // What is written can be read.
+  EXPECT_THAT(Run("out.stp", "again.stp").err, Not(HasSubstr("error")));
 }
 
 TEST_F(Convert, ANumberThatCannotBeStoredLosesTheFile) {
