@@ -94,6 +94,10 @@ VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
 }
 
 void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
+  // A complex instance of which no part is known has no text that could be read again.
+  auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity);
+  if (complex != nullptr && complex->GetEntities()->empty()) return;
+
   const bool isNew = GetEntity(number) == nullptr;
   try {
     ExpFile::AddEntity(number, entity);

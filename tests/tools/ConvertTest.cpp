@@ -298,6 +298,16 @@ TEST_F(Convert, ValuesThatAreMissingAreWrittenAsUnset) {
   EXPECT_THAT(Run("out.stp", "again.stp").err, Not(HasSubstr("error")));
 }
 
+TEST_F(Convert, AComplexInstanceWithoutAnyKnownPartIsLeftOut) {
+  Write("in.stp", FileWith(kPoint + "#2=(MY_PART(1)YOUR_PART(2));\n"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:9:1: error: 1 partial record of MY_PART not kept"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:9:1: error: 1 partial record of YOUR_PART not kept"));
+  EXPECT_THAT(Read("out.stp"), Not(HasSubstr("#2")));
+  EXPECT_EQ(Run("out.stp", "again.stp").status, 0);
+}
+
 TEST_F(Convert, ANumberThatCannotBeStoredLosesTheFile) {
   Write("in.stp", FileWith(kPoint + "#1073741824=DIRECTION('',(1.,0.));\n"));
   const Outcome outcome = Run("in.stp", "out.stp");
