@@ -96,7 +96,10 @@ VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
 void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
   // A complex instance of which no part is known has no text that could be read again.
   auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity);
-  if (complex != nullptr && complex->GetEntities()->empty()) return;
+  if (complex != nullptr && complex->GetEntities()->empty()) {
+    ++withoutParts_;
+    return;
+  }
 
   const bool isNew = GetEntity(number) == nullptr;
   try {
@@ -120,6 +123,7 @@ void Population::SetSchemaName(std::string name) {
 
 void Population::DeleteEntities() {
   count_ = 0;
+  withoutParts_ = 0;
   ExpFile::DeleteEntities();
 }
 

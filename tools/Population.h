@@ -32,6 +32,8 @@ class Population : public VELMAR::ExpFile {
   bool IsSchemaSupported() const { return schemaSupported_; }
   /// The number of instances.
   std::size_t Count() const { return count_; }
+  /// Complex instances that are left out because none of their parts is of a known type.
+  std::size_t WithoutParts() const { return withoutParts_; }
 
   VELMAR::ExpEntity* CreateEntity(const std::string& typeName) override;
   using VELMAR::ExpFile::AddEntity;
@@ -47,6 +49,7 @@ class Population : public VELMAR::ExpFile {
   std::string schemaOfFile_;
   bool schemaSupported_ = true;
   std::size_t count_ = 0;
+  std::size_t withoutParts_ = 0;
   double readingTime_ = 0;
 };
 
