@@ -177,19 +177,21 @@ class Writer {
     for (const auto& [name, type] : enumerations_) classNames_[type] = names.Give(CamelCase(name));
   }
 
-  // A base is virtual where some entity reaches it through two of its direct subtypes; null is ExpEntity.
+  // A base is virtual to one of its direct subtypes where some entity is of that and of another direct subtype of
+  // the base; to those that never come together with another one it is not. The base null is ExpEntity.
   void FindVirtualBases() {
     for (const auto& [name, entity] : entities_) {
       if (entity->supertypes.size() < 2) continue;
-      std::map<const Entity*, int> ways;
+      std::map<const Entity*, std::vector<const Entity*>> waysTo;
       std::vector<const Entity*> all = AncestorsOf(*entity);
       all.push_back(entity);
       for (const Entity* subtype : all) {
-        if (subtype->supertypes.empty()) ++ways[nullptr];
-        for (const Entity* supertype : subtype->supertypes) ++ways[supertype];
+        if (subtype->supertypes.empty()) waysTo[nullptr].push_back(subtype);
+        for (const Entity* supertype : subtype->supertypes) waysTo[supertype].push_back(subtype);
       }
-      for (const auto& [base, count] : ways) {
-        if (count > 1) virtualBases_.insert(base);
+      for (const auto& [base, ways] : waysTo) {
+        if (ways.size() < 2) continue;
+        for (const Entity* subtype : ways) virtualBases_.insert({subtype, base});
       }
     }
   }
@@ -360,7 +362,7 @@ $members$
   std::string Bases(const Entity& entity) const {
     const auto base = [&](const Entity* supertype) {
       const std::string name = supertype ? ClassName(*supertype) : "ExpEntity";
-      return (virtualBases_.count(supertype) ? "virtual public " : "public ") + name;
+      return (virtualBases_.count({&entity, supertype}) ? "virtual public " : "public ") + name;
     };
     std::vector<std::string> bases;
     for (const Entity* supertype : entity.supertypes) bases.push_back(base(supertype));
@@ -636,7 +638,7 @@ namespace {
   std::map<std::string, const DefinedType*> enumerations_;
   std::unordered_map<const Declaration*, std::string> expressNames_;
   std::unordered_map<const Declaration*, std::string> classNames_;
-  std::set<const Entity*> virtualBases_;
+  std::set<std::pair<const Entity*, const Entity*>> virtualBases_;  // an entity and one of its bases
 };
 
 }  // namespace

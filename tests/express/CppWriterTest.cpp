@@ -51,7 +51,7 @@ TEST(CppWriter, NamesOfNamespacesAreInCamelCase) {
   EXPECT_EQ(CppSchemaName("s"), "S");
 }
 
-TEST(CppWriter, BaseIsVirtualOnAllItsEdgesExactlyWhereADiamondReachesIt) {
+TEST(CppWriter, BaseIsVirtualOnTheEdgesThatADiamondHasAndOnNoOther) {
   const std::string header = Header(
       "ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY c SUBTYPE OF (a); END_ENTITY; "
       "ENTITY d SUBTYPE OF (b, c); END_ENTITY; ENTITY e SUBTYPE OF (a); END_ENTITY; ENTITY f SUBTYPE OF (b); "
@@ -60,15 +60,36 @@ TEST(CppWriter, BaseIsVirtualOnAllItsEdgesExactlyWhereADiamondReachesIt) {
   EXPECT_THAT(header, HasSubstr(" B : virtual public A {"));
   EXPECT_THAT(header, HasSubstr(" C : virtual public A {"));
   EXPECT_THAT(header, HasSubstr(" D : public B, public C {"));
-  EXPECT_THAT(header, HasSubstr(" E : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" E : public A {"));
   EXPECT_THAT(header, HasSubstr(" F : public B {"));
 }
 
-TEST(CppWriter, TwoRootsMakeExpEntityVirtual) {
-  const std::string header =
-      Header("ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (a, b); END_ENTITY;");
+TEST(CppWriter, DiamondOfAnEntityAndItsOwnSupertypeIsOneToo) {
+  const std::string header = Header(
+      "ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY c SUBTYPE OF (b, a); END_ENTITY; "
+      "ENTITY d SUBTYPE OF (b); END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr(" B : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" C : public B, virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" D : public B {"));
+}
+
+TEST(CppWriter, DiamondFarBelowMakesItsUpperEdgesVirtualOnly) {
+  const std::string header = Header(
+      "ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY bb SUBTYPE OF (b); END_ENTITY; "
+      "ENTITY c SUBTYPE OF (a); END_ENTITY; ENTITY d SUBTYPE OF (bb, c); END_ENTITY; ENTITY other; END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr(" B : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" Bb : public B {"));
+  EXPECT_THAT(header, HasSubstr(" C : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" Other : public ExpEntity {"));
+}
+
+TEST(CppWriter, TwoRootsThatComeTogetherMakeExpEntityVirtual) {
+  const std::string header = Header(
+      "ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (a, b); END_ENTITY; ENTITY d; END_ENTITY;");
   EXPECT_THAT(header, HasSubstr(" A : virtual public ExpEntity {"));
+  EXPECT_THAT(header, HasSubstr(" B : virtual public ExpEntity {"));
   EXPECT_THAT(header, HasSubstr(" C : public A, public B {"));
+  EXPECT_THAT(header, HasSubstr(" D : public ExpEntity {"));
 }
 
 TEST(CppWriter, WithoutDiamondNothingIsVirtual) {
