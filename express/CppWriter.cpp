@@ -16,6 +16,7 @@ namespace {
 // hide them.
 constexpr const char* kTaken[] = {
     "Accept",
+    "EntityBase",
     "Enumeration",
     "ExpAggregation",
     "ExpAttribute",
@@ -178,7 +179,7 @@ class Writer {
   }
 
   // A base is virtual to one of its direct subtypes where some entity is of that and of another direct subtype of
-  // the base; to those that never come together with another one it is not. The base null is ExpEntity.
+  // the base; to those that never come together with another one it is not. The base null is EntityBase.
   void FindVirtualBases() {
     for (const auto& [name, entity] : entities_) {
       if (entity->supertypes.size() < 2) continue;
@@ -272,6 +273,28 @@ namespace VELMAR::$space$ {
 /// Registers the entity types of $registry$, which loading the library does, too. A call makes sure
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
+
+/// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
+/// this library, references to them are settled while linking and not, class by class, while loading.
+class VELMAR_API EntityBase : public ExpEntity {
+ public:
+  ~EntityBase() override;
+  ExpAttribute* GetMember(int index) override;
+  ExpAttribute* GetMember(const std::string& name) override;
+  std::vector<std::string>* GetMemberNames() override;
+  const std::string& GetExpClassName() const override;
+  std::vector<std::string>* GetExpSuperClasses() const override;
+  std::vector<std::string>* GetExpSubClasses() const override;
+  int GetNofInverseMembers() override;
+  int GetNofExplicitMembers() override;
+  int GetExternalMappingStartIndex() override;
+  int GetTypeNumberOfEntity() override;
+  bool InsertInObjTree() const override;
+  void SetEntityNumber(int number) override;
+  int GetEntityNumber() override;
+  std::string ToString() override;
+  void Accept(ExpEntityVisitor* visitor) override;
+};
 $enumerations$
 $entities$
 
@@ -361,7 +384,7 @@ $members$
 
   std::string Bases(const Entity& entity) const {
     const auto base = [&](const Entity* supertype) {
-      const std::string name = supertype ? ClassName(*supertype) : "ExpEntity";
+      const std::string name = supertype ? ClassName(*supertype) : "EntityBase";
       return (virtualBases_.count({&entity, supertype}) ? "virtual public " : "public ") + name;
     };
     std::vector<std::string> bases;
@@ -376,7 +399,7 @@ $members$
     if (!Omitted(entity).empty()) operations += "  " + ClassName(entity) + "();\n";
     operations += "  ~" + ClassName(entity) + "() override;\n";
     if (HasGetMember(entity)) {
-      operations += "  using ExpEntity::GetMember;\n  ExpAttribute* GetMember(int index) override;\n";
+      operations += "  using EntityBase::GetMember;\n  ExpAttribute* GetMember(int index) override;\n";
     }
     return operations;
   }
@@ -600,6 +623,23 @@ $cases$
 #include "$space$.h"
 
 namespace VELMAR::$space$ {
+
+EntityBase::~EntityBase() = default;
+ExpAttribute* EntityBase::GetMember(int index) { return ExpEntity::GetMember(index); }
+ExpAttribute* EntityBase::GetMember(const std::string& name) { return ExpEntity::GetMember(name); }
+std::vector<std::string>* EntityBase::GetMemberNames() { return ExpEntity::GetMemberNames(); }
+const std::string& EntityBase::GetExpClassName() const { return ExpEntity::GetExpClassName(); }
+std::vector<std::string>* EntityBase::GetExpSuperClasses() const { return ExpEntity::GetExpSuperClasses(); }
+std::vector<std::string>* EntityBase::GetExpSubClasses() const { return ExpEntity::GetExpSubClasses(); }
+int EntityBase::GetNofInverseMembers() { return ExpEntity::GetNofInverseMembers(); }
+int EntityBase::GetNofExplicitMembers() { return ExpEntity::GetNofExplicitMembers(); }
+int EntityBase::GetExternalMappingStartIndex() { return ExpEntity::GetExternalMappingStartIndex(); }
+int EntityBase::GetTypeNumberOfEntity() { return ExpEntity::GetTypeNumberOfEntity(); }
+bool EntityBase::InsertInObjTree() const { return ExpEntity::InsertInObjTree(); }
+void EntityBase::SetEntityNumber(int number) { ExpEntity::SetEntityNumber(number); }
+int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
+std::string EntityBase::ToString() { return ExpEntity::ToString(); }
+void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor); }
 
 $declarations$
 
