@@ -16,6 +16,7 @@ namespace {
 // hide them.
 constexpr const char* kTaken[] = {
     "Accept",
+    "EntityBase",
     "Enumeration",
     "ExpAggregation",
     "ExpAttribute",
@@ -177,19 +178,21 @@ class Writer {
     for (const auto& [name, type] : enumerations_) classNames_[type] = names.Give(CamelCase(name));
   }
 
-  // A base is virtual where some entity reaches it through two of its direct subtypes; null is ExpEntity.
+  // A base is virtual to one of its direct subtypes where some entity is of that and of another direct subtype of
+  // the base; to those that never come together with another one it is not. The base null is EntityBase.
   void FindVirtualBases() {
     for (const auto& [name, entity] : entities_) {
       if (entity->supertypes.size() < 2) continue;
-      std::map<const Entity*, int> ways;
+      std::map<const Entity*, std::vector<const Entity*>> waysTo;
       std::vector<const Entity*> all = AncestorsOf(*entity);
       all.push_back(entity);
       for (const Entity* subtype : all) {
-        if (subtype->supertypes.empty()) ++ways[nullptr];
-        for (const Entity* supertype : subtype->supertypes) ++ways[supertype];
+        if (subtype->supertypes.empty()) waysTo[nullptr].push_back(subtype);
+        for (const Entity* supertype : subtype->supertypes) waysTo[supertype].push_back(subtype);
       }
-      for (const auto& [base, count] : ways) {
-        if (count > 1) virtualBases_.insert(base);
+      for (const auto& [base, ways] : waysTo) {
+        if (ways.size() < 2) continue;
+        for (const Entity* subtype : ways) virtualBases_.insert({subtype, base});
       }
     }
   }
@@ -270,6 +273,28 @@ namespace VELMAR::$space$ {
 /// Registers the entity types of $registry$, which loading the library does, too. A call makes sure
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
+
+/// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
+/// this library, references to them are settled while linking and not, class by class, while loading.
+class VELMAR_API EntityBase : public ExpEntity {
+ public:
+  ~EntityBase() override;
+  ExpAttribute* GetMember(int index) override;
+  ExpAttribute* GetMember(const std::string& name) override;
+  std::vector<std::string>* GetMemberNames() override;
+  const std::string& GetExpClassName() const override;
+  std::vector<std::string>* GetExpSuperClasses() const override;
+  std::vector<std::string>* GetExpSubClasses() const override;
+  int GetNofInverseMembers() override;
+  int GetNofExplicitMembers() override;
+  int GetExternalMappingStartIndex() override;
+  int GetTypeNumberOfEntity() override;
+  bool InsertInObjTree() const override;
+  void SetEntityNumber(int number) override;
+  int GetEntityNumber() override;
+  std::string ToString() override;
+  void Accept(ExpEntityVisitor* visitor) override;
+};
 $enumerations$
 $entities$
 
@@ -359,8 +384,8 @@ $members$
 
   std::string Bases(const Entity& entity) const {
     const auto base = [&](const Entity* supertype) {
-      const std::string name = supertype ? ClassName(*supertype) : "ExpEntity";
-      return (virtualBases_.count(supertype) ? "virtual public " : "public ") + name;
+      const std::string name = supertype ? ClassName(*supertype) : "EntityBase";
+      return (virtualBases_.count({&entity, supertype}) ? "virtual public " : "public ") + name;
     };
     std::vector<std::string> bases;
     for (const Entity* supertype : entity.supertypes) bases.push_back(base(supertype));
@@ -374,7 +399,7 @@ $members$
     if (!Omitted(entity).empty()) operations += "  " + ClassName(entity) + "();\n";
     operations += "  ~" + ClassName(entity) + "() override;\n";
     if (HasGetMember(entity)) {
-      operations += "  using ExpEntity::GetMember;\n  ExpAttribute* GetMember(int index) override;\n";
+      operations += "  using EntityBase::GetMember;\n  ExpAttribute* GetMember(int index) override;\n";
     }
     return operations;
   }
@@ -599,6 +624,23 @@ $cases$
 
 namespace VELMAR::$space$ {
 
+EntityBase::~EntityBase() = default;
+ExpAttribute* EntityBase::GetMember(int index) { return ExpEntity::GetMember(index); }
+ExpAttribute* EntityBase::GetMember(const std::string& name) { return ExpEntity::GetMember(name); }
+std::vector<std::string>* EntityBase::GetMemberNames() { return ExpEntity::GetMemberNames(); }
+const std::string& EntityBase::GetExpClassName() const { return ExpEntity::GetExpClassName(); }
+std::vector<std::string>* EntityBase::GetExpSuperClasses() const { return ExpEntity::GetExpSuperClasses(); }
+std::vector<std::string>* EntityBase::GetExpSubClasses() const { return ExpEntity::GetExpSubClasses(); }
+int EntityBase::GetNofInverseMembers() { return ExpEntity::GetNofInverseMembers(); }
+int EntityBase::GetNofExplicitMembers() { return ExpEntity::GetNofExplicitMembers(); }
+int EntityBase::GetExternalMappingStartIndex() { return ExpEntity::GetExternalMappingStartIndex(); }
+int EntityBase::GetTypeNumberOfEntity() { return ExpEntity::GetTypeNumberOfEntity(); }
+bool EntityBase::InsertInObjTree() const { return ExpEntity::InsertInObjTree(); }
+void EntityBase::SetEntityNumber(int number) { ExpEntity::SetEntityNumber(number); }
+int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
+std::string EntityBase::ToString() { return ExpEntity::ToString(); }
+void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor); }
+
 $declarations$
 
 void Load() {
@@ -636,7 +678,7 @@ namespace {
   std::map<std::string, const DefinedType*> enumerations_;
   std::unordered_map<const Declaration*, std::string> expressNames_;
   std::unordered_map<const Declaration*, std::string> classNames_;
-  std::set<const Entity*> virtualBases_;
+  std::set<std::pair<const Entity*, const Entity*>> virtualBases_;  // an entity and one of its bases
 };
 
 }  // namespace

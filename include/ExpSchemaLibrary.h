@@ -1,5 +1,10 @@
 /// @file ExpSchemaLibrary.h
 /// What generated schema libraries are built from, beside the classes of the data model.
+///
+/// The class of an entity is derived from the classes of its supertypes, in the end from the library's EntityBase and
+/// that from ExpEntity. Where an entity of the schema reaches a supertype in two ways, the bases on these ways are virtual, so that each supertype is there
+/// once; all others are not. From an ExpEntity* to the class of its type, or of one of its supertypes, one therefore
+/// gets by dynamic_cast; static_cast does not compile where a base between is virtual.
 #pragma once
 
 #include <cstddef>

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Writes an EXPRESS schema of declarations from a table of facts.
+"""Writes an EXPRESS schema of declarations from tables of facts.
 
-    make_declarations.py FACTS.tsv > schema.exp
+    make_declarations.py FACTS.tsv [EARLIER.tsv ...] > schema.exp
 
-The table says what a schema declares, without rules and functions. Its fields are separated by tabs; the kind
+A table says what a schema declares, without rules and functions. Further tables are those of earlier editions, the
+newest first: what they declare under a name that no table before has is added. Fields are separated by tabs; the kind
 of a row stands in its first field, and rows that begin with '#' are headings:
 
     schema  name
@@ -19,11 +20,64 @@ An inverse attribute is "name : type for attribute".
 import re
 import sys
 
-# What the tables leave open or say in words that need a function: (entity or type, attribute) -> EXPRESS.
-COMPLETED = {
-    ("path", "edge_list"): "LIST [1:?] OF UNIQUE oriented_edge",
-    ("poly_loop", "polygon"): "LIST [3:?] OF UNIQUE cartesian_point",
+# The tables break off behind "LIST OF" where UNIQUE follows: the remainder of the type,
+# (entity, attribute or entity.attribute) -> element type, and below the attributes that stand behind it.
+UNIQUE_ELEMENTS = {
+    ("annotation_placeholder_leader_line", "geometric_elements"): "des_apll_point_select",
+    ("basic_round_hole_occurrence_in_assembly", "modified_components"): "multi_level_reference_designator",
+    ("chain_based_item_identified_representation_usage", "nodes"): "representation",
+    ("characterized_chain_based_item_within_representation", "nodes"): "representation",
+    ("class", "described_by"): "property_bsu",
+    ("counterbore_hole_definition", "counterbore"): "explicit_round_hole",
+    ("counterbore_hole_occurrence_in_assembly", "modified_components"): "multi_level_reference_designator",
+    ("counterdrill_hole_occurrence_in_assembly", "modified_components"): "multi_level_reference_designator",
+    ("countersink_hole_occurrence_in_assembly", "modified_components"): "multi_level_reference_designator",
+    ("datum_system", "constituents"): "datum_reference_compartment",
+    ("dictionary", "contained_classes"): "class_bsu",
+    ("edge_blended_solid", "blended_edges"): "edge_curve",
+    ("explicit_model_class_extension", "instance_identification"): "property_bsu",
+    ("externally_defined_item_with_multiple_references", "references"): "source_item",
+    ("faceted_primitive", "points"): "cartesian_point",
+    ("functional_view_class", "view_control_variables"): "property_bsu",
+    ("independent_limits_of_linear_dimensional_size_characteristic_representation", "limits"):
+        "shape_dimension_representation",
+    ("kinematic_loop", "path.edge_list"): "oriented_joint",
+    ("level_type", "levels"): "level",
+    ("multi_level_reference_designator", "location"): "next_assembly_usage_occurrence",
+    ("path", "edge_list"): "oriented_edge",
+    ("poly_loop", "polygon"): "cartesian_point",
+    ("polygonal_area", "bounds"): "cartesian_point",
+    ("present_translations", "language_codes"): "language_code",
+    ("quantifier_expression", "variables"): "generic_variable",
+    ("spotface_hole_definition", "counterbore_hole_definition.counterbore"): "spotface_definition",
+    ("uuid_provenance", "content"): "uuid_relationship",
 }
+ATTRIBUTES_BEHIND = {
+    "chain_based_item_identified_representation_usage": "undirected_link : list [1 : ?] of chained_representation_link",
+    "characterized_chain_based_item_within_representation":
+        "undirected_link : list [1 : ?] of chained_representation_link",
+    "class": "defined_types : set of data_type_bsu",
+    "counterbore_hole_definition": "drilled_hole_depth : optional positive_length_measure_with_unit; "
+        "drilled_hole_depth_tolerance : optional tolerance_value; "
+        "drilled_hole_diameter : positive_length_measure_with_unit; "
+        "drilled_hole_diameter_tolerance : optional tolerance_value_or_limits_and_fits; "
+        "through_hole : boolean",
+    "dictionary": "a_posteriori_semantic_relationships : set of a_posteriori_semantic_relationship; "
+        "names : item_names; note : optional note_type; remark : optional remark_type",
+    "explicit_model_class_extension": "population : list [1 : ?] of unique dic_class_instance; table_like : boolean",
+    "functional_view_class": "view_properties : list of unique property_bsu",
+    "level_type": "value_type : simple_type",
+}
+# Redeclared as derived, and missing in the tables for the same reason.
+DERIVED_LISTS = {
+    "abstracted_expression_function": "quantifier_expression.variables : * list [1 : ?] of unique generic_variable",
+    "definite_integral_expression": "quantifier_expression.variables : * list [1 : 1] of unique generic_variable",
+    "functional_view_class": "class.described_by : * list of unique property_bsu",
+    "non_instantiable_functional_view_class":
+        "functional_view_class.view_properties : * list of unique property_bsu",
+    "oriented_path": "path.edge_list : * list [1 : ?] of unique oriented_edge",
+}
+
 COMPLETED_TYPES = {
     # The bounds are given as numbers of the first and the last item of ypr_enumeration.
     "array [ypr_index (yaw) : ypr_index (roll)] of plane_angle_measure": "ARRAY [1:3] OF plane_angle_measure",
@@ -59,6 +113,13 @@ def attributes(field):
     return [tuple(part.split(" : ", 1)) for part in field.split("; ")] if field else []
 
 
+def attribute_type(entity, attribute, kind):
+    element = UNIQUE_ELEMENTS.get((entity, attribute))
+    if element and kind.endswith(" of"):
+        kind += f" unique {element}"
+    return express(kind)
+
+
 def type_declaration(name, underlying):
     text = COMPLETED_TYPES.get(underlying) or express(underlying)
     return wrapped(f"TYPE {name} = {text};", "    ") + "\nEND_TYPE;\n"
@@ -74,11 +135,14 @@ def entity_declaration(name, abstract, supertypes, explicit, redeclared, inverse
         head.append(f"  SUBTYPE OF ({supertypes})")
     lines = [wrapped(line, "      ") for line in head]
     lines[-1] += ";"
+    redeclared = "; ".join(filter(None, [redeclared, DERIVED_LISTS.get(name)]))
     for attribute, kind in attributes(redeclared):
         if not kind.startswith("* "):
-            lines.append(f"  SELF\\{attribute} : {express(kind)};")
+            lines.append(f"  SELF\\{attribute} : {attribute_type(name, attribute, kind)};")
+    if explicit.endswith(" of") and name in ATTRIBUTES_BEHIND:
+        explicit += f" unique {UNIQUE_ELEMENTS[name, attributes(explicit)[-1][0]]}; {ATTRIBUTES_BEHIND[name]}"
     for attribute, kind in attributes(explicit):
-        lines.append(f"  {attribute} : {COMPLETED.get((name, attribute)) or express(kind)};")
+        lines.append(f"  {attribute} : {attribute_type(name, attribute, kind)};")
     derived = [(attribute, kind[2:]) for attribute, kind in attributes(redeclared) if kind.startswith("* ")]
     if derived:
         lines.append("DERIVE")
@@ -89,19 +153,24 @@ def entity_declaration(name, abstract, supertypes, explicit, redeclared, inverse
     return "\n".join(lines) + "\nEND_ENTITY;\n"
 
 
-def main(path):
+def main(paths):
     declarations = []
     schema = None
-    with open(path, encoding="utf-8") as table:
-        for line in table:
-            kind, *fields = line.rstrip("\n").split("\t")
+    known = set()
+    for path in paths:
+        with open(path, encoding="utf-8") as table:
+            rows = [line.rstrip("\n").split("\t") for line in table]
+        new = set()
+        for kind, *fields in rows:
             if kind == "schema":
-                schema = fields[0]
-            elif kind == "type":
-                declarations.append(type_declaration(*fields))
-            elif kind == "entity":
-                declarations.append(entity_declaration(*fields))
+                schema = schema or fields[0]
+            elif kind in ("type", "entity") and fields[0] not in known:
+                new.add(fields[0])
+                declarations.append((type_declaration if kind == "type" else entity_declaration)(*fields))
+        known |= new
     print(f"-- The declarations of the schema {schema.upper()}: its types and entities with their attributes.")
+    if len(paths) > 1:
+        print("-- Behind those of the newest edition stand the ones that only earlier editions have.")
     print("-- Rules and functions are left out, and derived attributes that redeclare an explicit one have the")
     print("-- indeterminate value '?' for their expression: what matters here is what a Part 21 file holds.")
     print(f"SCHEMA {schema};\n")
@@ -110,6 +179,6 @@ def main(path):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) < 2:
         sys.exit(__doc__)
-    main(sys.argv[1])
+    main(sys.argv[1:])

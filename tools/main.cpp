@@ -6,7 +6,7 @@
 #include <exception>
 #include <string>
 
-#include "AutomotiveDesign.h"
+#include "BundledSchemas.h"
 #include "Commands.h"
 #include "Messages.h"
 
@@ -41,8 +41,7 @@ int main(int argc, char** argv) {
   convert->add_option("-o,--output", out, "The Part 21 file to write")->required()->type_name("OUT");
   convert->footer(Footer("velmar convert examples/bracket.stp -o copy.stp"));
 
-  // Nothing else refers to the schema library; without this it would not be loaded.
-  VELMAR::AutomotiveDesign::Load();
+  VELMAR::LoadBundledSchemas();
 
   int status = velmar::kDone;
   try {

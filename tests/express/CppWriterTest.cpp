@@ -51,24 +51,64 @@ TEST(CppWriter, NamesOfNamespacesAreInCamelCase) {
   EXPECT_EQ(CppSchemaName("s"), "S");
 }
 
-TEST(CppWriter, BaseIsVirtualOnAllItsEdgesExactlyWhereADiamondReachesIt) {
+TEST(CppWriter, BaseIsVirtualOnTheEdgesThatADiamondHasAndOnNoOther) {
   const std::string header = Header(
       "ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY c SUBTYPE OF (a); END_ENTITY; "
       "ENTITY d SUBTYPE OF (b, c); END_ENTITY; ENTITY e SUBTYPE OF (a); END_ENTITY; ENTITY f SUBTYPE OF (b); "
       "END_ENTITY;");
-  EXPECT_THAT(header, HasSubstr(" A : public ExpEntity {"));
+  EXPECT_THAT(header, HasSubstr(" A : public EntityBase {"));
   EXPECT_THAT(header, HasSubstr(" B : virtual public A {"));
   EXPECT_THAT(header, HasSubstr(" C : virtual public A {"));
   EXPECT_THAT(header, HasSubstr(" D : public B, public C {"));
-  EXPECT_THAT(header, HasSubstr(" E : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" E : public A {"));
   EXPECT_THAT(header, HasSubstr(" F : public B {"));
 }
 
-TEST(CppWriter, TwoRootsMakeExpEntityVirtual) {
-  const std::string header =
-      Header("ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (a, b); END_ENTITY;");
-  EXPECT_THAT(header, HasSubstr(" A : virtual public ExpEntity {"));
+TEST(CppWriter, DiamondOfAnEntityAndItsOwnSupertypeIsOneToo) {
+  const std::string header = Header(
+      "ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY c SUBTYPE OF (b, a); END_ENTITY; "
+      "ENTITY d SUBTYPE OF (b); END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr(" B : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" C : public B, virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" D : public B {"));
+}
+
+TEST(CppWriter, DiamondFarBelowMakesItsUpperEdgesVirtualOnly) {
+  const std::string header = Header(
+      "ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY bb SUBTYPE OF (b); END_ENTITY; "
+      "ENTITY c SUBTYPE OF (a); END_ENTITY; ENTITY d SUBTYPE OF (bb, c); END_ENTITY; ENTITY other; "
+      "END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr(" B : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" Bb : public B {"));
+  EXPECT_THAT(header, HasSubstr(" C : virtual public A {"));
+  EXPECT_THAT(header, HasSubstr(" Other : public EntityBase {"));
+}
+
+TEST(CppWriter, TwoRootsThatComeTogetherMakeTheCommonBaseVirtual) {
+  const std::string header = Header(
+      "ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (a, b); END_ENTITY; ENTITY d; "
+      "END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr(" A : virtual public EntityBase {"));
+  EXPECT_THAT(header, HasSubstr(" B : virtual public EntityBase {"));
   EXPECT_THAT(header, HasSubstr(" C : public A, public B {"));
+  EXPECT_THAT(header, HasSubstr(" D : public EntityBase {"));
+}
+
+TEST(CppWriter, CommonBaseHasItsOwnCopyOfEveryOperationOfExpEntity) {
+  const auto files = Generated(InSchema("ENTITY a; END_ENTITY;"), "test.exp");
+  EXPECT_THAT(files[0].text, HasSubstr("class VELMAR_API EntityBase : public ExpEntity {"));
+  for (const char* operation :
+       {"GetMember", "GetMemberNames", "GetExpClassName", "GetExpSuperClasses", "GetExpSubClasses",
+        "GetNofInverseMembers", "GetNofExplicitMembers", "GetExternalMappingStartIndex",
+        "GetTypeNumberOfEntity", "InsertInObjTree", "SetEntityNumber", "GetEntityNumber", "ToString",
+        "Accept"}) {
+    EXPECT_THAT(files[1].text, HasSubstr(std::string("ExpEntity::") + operation + '(')) << operation;
+  }
+}
+
+TEST(CppWriter, EntityNamedAsTheCommonBaseGetsAnotherName) {
+  const std::string header = Header("ENTITY entity_base; END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr("class VELMAR_API EntityBase_ : public EntityBase {"));
 }
 
 TEST(CppWriter, WithoutDiamondNothingIsVirtual) {

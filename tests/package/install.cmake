@@ -14,6 +14,7 @@ foreach(file IN ITEMS
     ${LIBDIR}/cmake/Velmar/VelmarConfig.cmake
     ${LIBDIR}/pkgconfig/velmar.pc
     ${LIBDIR}/pkgconfig/velmar-automotive-design.pc
+    share/velmar/schemas/automotive_design.exp
   )
   if(NOT EXISTS ${prefix}/${file})
     message(FATAL_ERROR "${file} was not installed")

@@ -108,12 +108,16 @@ TEST_F(Convert, NothingIsWrittenWhereNothingCouldBeRead) {
   EXPECT_FALSE(Exists("new.stp"));
 }
 
+// The schemas of this build, as messages list them.
+const std::string kSupported = VELMAR_SUPPORTED_SCHEMAS;
+
 TEST_F(Convert, NothingIsWrittenOfAFileWhoseSchemaIsNotSupported) {
   Write("in.stp", FileWith(kPoint + "#2=(NO_SUCH_TYPE());\n", "IFC4"));
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            "in.stp:5:1: error: schema 'IFC4' is not supported; supported: AUTOMOTIVE_DESIGN (AP214)\n"
+            "in.stp:5:1: error: schema 'IFC4' is not supported; supported: " + kSupported +
+            "\n"
             "  FILE_SCHEMA(('IFC4'));\n"
             "  ^\n"
             "in.stp: error: 1 record of 1 unknown type not kept: NO_SUCH_TYPE\n"
@@ -135,9 +139,20 @@ INSTANTIATE_TEST_SUITE_P(Names, ConvertSchema,
                          testing::Values(Schema{"AUTOMOTIVE_DESIGN { 1 0 10303 214 3 1 1 }", true},
                                          Schema{"AUTOMOTIVE_DESIGN_CC2", true},
                                          Schema{"automotive_design", true}, Schema{"AP214", true},
-                                         Schema{"CONFIG_CONTROL_DESIGN", false},
-                                         Schema{"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF", false},
+                                         Schema{"CUTTING_TOOL_SCHEMA_ARM", false},
                                          Schema{"SOMETHING_ELSE", false}, Schema{"", false}));
+
+TEST_F(Convert, KeepsAFileOfEverySupportedSchema) {
+  for (const char* schema :
+       {"CONFIG_CONTROL_DESIGN",
+        "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF",
+        "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF"}) {
+    const std::string name = schema;
+    const bool isSupported = kSupported.find(name.substr(0, name.rfind("_LF"))) != std::string::npos;
+    Write("in.stp", FileWith(kPoint, name));
+    EXPECT_EQ(Run("in.stp", "out.stp").status, isSupported ? 0 : 1) << schema;
+  }
+}
 
 TEST_F(Convert, AFileWithoutASchemaIsNotSupported) {
   std::string text = FileWith(kPoint);
@@ -147,7 +162,7 @@ TEST_F(Convert, AFileWithoutASchemaIsNotSupported) {
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.err,
-              HasSubstr("in.stp: error: the file names no schema; supported: AUTOMOTIVE_DESIGN (AP214)\n"));
+              HasSubstr("in.stp: error: the file names no schema; supported: " + kSupported + "\n"));
 }
 
 TEST_F(Convert, ExitsWith2WhereOutCannotBeWritten) {

@@ -13,6 +13,28 @@ namespace VELMAR::CppNames {
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
 
+/// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
+/// this library, references to them are settled while linking and not, class by class, while loading.
+class VELMAR_API EntityBase : public ExpEntity {
+ public:
+  ~EntityBase() override;
+  ExpAttribute* GetMember(int index) override;
+  ExpAttribute* GetMember(const std::string& name) override;
+  std::vector<std::string>* GetMemberNames() override;
+  const std::string& GetExpClassName() const override;
+  std::vector<std::string>* GetExpSuperClasses() const override;
+  std::vector<std::string>* GetExpSubClasses() const override;
+  int GetNofInverseMembers() override;
+  int GetNofExplicitMembers() override;
+  int GetExternalMappingStartIndex() override;
+  int GetTypeNumberOfEntity() override;
+  bool InsertInObjTree() const override;
+  void SetEntityNumber(int number) override;
+  int GetEntityNumber() override;
+  std::string ToString() override;
+  void Accept(ExpEntityVisitor* visitor) override;
+};
+
 /// colour
 class VELMAR_API Colour : public ExpSchemaEnumeration<Colour> {
  public:
@@ -28,10 +50,10 @@ class VELMAR_API Namespace : public ExpSchemaEnumeration<Namespace> {
 };
 
 /// class
-class VELMAR_API Class : public ExpEntity {
+class VELMAR_API Class : public EntityBase {
  public:
   ~Class() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpInteger& Int() { return int_; }  ///< integer
@@ -57,22 +79,22 @@ class VELMAR_API Class : public ExpEntity {
 };
 
 /// cpp_names
-class VELMAR_API CppNames_ : public ExpEntity {
+class VELMAR_API CppNames_ : public EntityBase {
  public:
   ~CppNames_() override;
 };
 
 /// exp_entity
-class VELMAR_API ExpEntity_ : public ExpEntity {
+class VELMAR_API ExpEntity_ : public EntityBase {
  public:
   ~ExpEntity_() override;
 };
 
 /// load
-class VELMAR_API Load_ : public ExpEntity {
+class VELMAR_API Load_ : public EntityBase {
  public:
   ~Load_() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpInteger& A1() { return a_1_; }  ///< integer
@@ -89,7 +111,7 @@ class VELMAR_API Load_ : public ExpEntity {
 class VELMAR_API Late : public Load_ {
  public:
   ~Late() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   CppNames::Colour& Other() { return other_; }  ///< colour
@@ -99,7 +121,7 @@ class VELMAR_API Late : public Load_ {
 };
 
 /// lo_ad
-class VELMAR_API LoAd : public ExpEntity {
+class VELMAR_API LoAd : public EntityBase {
  public:
   ~LoAd() override;
 };

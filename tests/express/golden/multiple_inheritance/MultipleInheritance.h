@@ -13,11 +13,33 @@ namespace VELMAR::MultipleInheritance {
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
 
+/// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
+/// this library, references to them are settled while linking and not, class by class, while loading.
+class VELMAR_API EntityBase : public ExpEntity {
+ public:
+  ~EntityBase() override;
+  ExpAttribute* GetMember(int index) override;
+  ExpAttribute* GetMember(const std::string& name) override;
+  std::vector<std::string>* GetMemberNames() override;
+  const std::string& GetExpClassName() const override;
+  std::vector<std::string>* GetExpSuperClasses() const override;
+  std::vector<std::string>* GetExpSubClasses() const override;
+  int GetNofInverseMembers() override;
+  int GetNofExplicitMembers() override;
+  int GetExternalMappingStartIndex() override;
+  int GetTypeNumberOfEntity() override;
+  bool InsertInObjTree() const override;
+  void SetEntityNumber(int number) override;
+  int GetEntityNumber() override;
+  std::string ToString() override;
+  void Accept(ExpEntityVisitor* visitor) override;
+};
+
 /// root
-class VELMAR_API Root : virtual public ExpEntity {
+class VELMAR_API Root : virtual public EntityBase {
  public:
   ~Root() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpInteger& R1() { return r1_; }  ///< integer
@@ -32,7 +54,7 @@ class VELMAR_API Root : virtual public ExpEntity {
 class VELMAR_API Left : virtual public Root {
  public:
   ~Left() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpString& L() { return l_; }  ///< string
@@ -51,7 +73,7 @@ class VELMAR_API Apart : public Left {
 class VELMAR_API Right : virtual public Root {
  public:
   ~Right() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpString& R() { return r_; }  ///< string
@@ -61,10 +83,10 @@ class VELMAR_API Right : virtual public Root {
 };
 
 /// other_root
-class VELMAR_API OtherRoot : virtual public ExpEntity {
+class VELMAR_API OtherRoot : virtual public EntityBase {
  public:
   ~OtherRoot() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpSchemaReal& O() { return o_; }  ///< real
@@ -77,7 +99,7 @@ class VELMAR_API OtherRoot : virtual public ExpEntity {
 class VELMAR_API Bottom : public Right, public Left, public OtherRoot {
  public:
   ~Bottom() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpLogical& B() { return b_; }  ///< logical
@@ -96,7 +118,7 @@ class VELMAR_API Below : public Bottom {
 class VELMAR_API Twice : virtual public Root, public Left {
  public:
   ~Twice() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpInteger& T() { return t_; }  ///< integer

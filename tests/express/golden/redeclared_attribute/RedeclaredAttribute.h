@@ -13,11 +13,33 @@ namespace VELMAR::RedeclaredAttribute {
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
 
+/// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
+/// this library, references to them are settled while linking and not, class by class, while loading.
+class VELMAR_API EntityBase : public ExpEntity {
+ public:
+  ~EntityBase() override;
+  ExpAttribute* GetMember(int index) override;
+  ExpAttribute* GetMember(const std::string& name) override;
+  std::vector<std::string>* GetMemberNames() override;
+  const std::string& GetExpClassName() const override;
+  std::vector<std::string>* GetExpSuperClasses() const override;
+  std::vector<std::string>* GetExpSubClasses() const override;
+  int GetNofInverseMembers() override;
+  int GetNofExplicitMembers() override;
+  int GetExternalMappingStartIndex() override;
+  int GetTypeNumberOfEntity() override;
+  bool InsertInObjTree() const override;
+  void SetEntityNumber(int number) override;
+  int GetEntityNumber() override;
+  std::string ToString() override;
+  void Accept(ExpEntityVisitor* visitor) override;
+};
+
 /// unit
-class VELMAR_API Unit : public ExpEntity {
+class VELMAR_API Unit : public EntityBase {
  public:
   ~Unit() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpSchemaReal& Dimensions() { return dimensions_; }  ///< number
@@ -32,7 +54,7 @@ class VELMAR_API Unit : public ExpEntity {
 class VELMAR_API CountUnit : public Unit {
  public:
   ~CountUnit() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpInteger& Own() { return own_; }  ///< integer
@@ -46,7 +68,7 @@ class VELMAR_API FixedUnit : public CountUnit {
  public:
   FixedUnit();
   ~FixedUnit() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpString& Label() { return label_; }  ///< string

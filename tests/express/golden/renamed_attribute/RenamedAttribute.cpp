@@ -3,6 +3,23 @@
 
 namespace VELMAR::RenamedAttribute {
 
+EntityBase::~EntityBase() = default;
+ExpAttribute* EntityBase::GetMember(int index) { return ExpEntity::GetMember(index); }
+ExpAttribute* EntityBase::GetMember(const std::string& name) { return ExpEntity::GetMember(name); }
+std::vector<std::string>* EntityBase::GetMemberNames() { return ExpEntity::GetMemberNames(); }
+const std::string& EntityBase::GetExpClassName() const { return ExpEntity::GetExpClassName(); }
+std::vector<std::string>* EntityBase::GetExpSuperClasses() const { return ExpEntity::GetExpSuperClasses(); }
+std::vector<std::string>* EntityBase::GetExpSubClasses() const { return ExpEntity::GetExpSubClasses(); }
+int EntityBase::GetNofInverseMembers() { return ExpEntity::GetNofInverseMembers(); }
+int EntityBase::GetNofExplicitMembers() { return ExpEntity::GetNofExplicitMembers(); }
+int EntityBase::GetExternalMappingStartIndex() { return ExpEntity::GetExternalMappingStartIndex(); }
+int EntityBase::GetTypeNumberOfEntity() { return ExpEntity::GetTypeNumberOfEntity(); }
+bool EntityBase::InsertInObjTree() const { return ExpEntity::InsertInObjTree(); }
+void EntityBase::SetEntityNumber(int number) { ExpEntity::SetEntityNumber(number); }
+int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
+std::string EntityBase::ToString() { return ExpEntity::ToString(); }
+void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor); }
+
 void Load1();
 
 void Load() {

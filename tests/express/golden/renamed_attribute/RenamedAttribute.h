@@ -13,11 +13,33 @@ namespace VELMAR::RenamedAttribute {
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
 
+/// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
+/// this library, references to them are settled while linking and not, class by class, while loading.
+class VELMAR_API EntityBase : public ExpEntity {
+ public:
+  ~EntityBase() override;
+  ExpAttribute* GetMember(int index) override;
+  ExpAttribute* GetMember(const std::string& name) override;
+  std::vector<std::string>* GetMemberNames() override;
+  const std::string& GetExpClassName() const override;
+  std::vector<std::string>* GetExpSuperClasses() const override;
+  std::vector<std::string>* GetExpSubClasses() const override;
+  int GetNofInverseMembers() override;
+  int GetNofExplicitMembers() override;
+  int GetExternalMappingStartIndex() override;
+  int GetTypeNumberOfEntity() override;
+  bool InsertInObjTree() const override;
+  void SetEntityNumber(int number) override;
+  int GetEntityNumber() override;
+  std::string ToString() override;
+  void Accept(ExpEntityVisitor* visitor) override;
+};
+
 /// relation
-class VELMAR_API Relation : public ExpEntity {
+class VELMAR_API Relation : public EntityBase {
  public:
   ~Relation() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpString& Relating() { return relating_; }  ///< string
@@ -32,7 +54,7 @@ class VELMAR_API Relation : public ExpEntity {
 class VELMAR_API AssemblyRelation : public Relation {
  public:
   ~AssemblyRelation() override;
-  using ExpEntity::GetMember;
+  using EntityBase::GetMember;
   ExpAttribute* GetMember(int index) override;
 
   ExpString& Assembly() { return Relation::relating_; }  ///< string
