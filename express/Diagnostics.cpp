@@ -23,9 +23,12 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E011", Severity::Error, "A reserved word is no name (7.2)."},
     {"E012", Severity::Error, "Every declaration and statement that opens a block closes it (annex A)."},
     {"E013", Severity::Error, "An END_ word closes the innermost open block of its kind (annex A)."},
-    {"E014", Severity::Error, "Types and supertype expressions are read to a nesting depth of 200."},
+    {"E014", Severity::Error, "Types, supertype expressions, statements and algorithms are read to a nesting depth of 200, expressions to "
+     "one of 1000."},
     {"E015", Severity::Error, "An EXPRESS text holds at least one schema (annex A, syntax)."},
     {"E016", Severity::Error, "A derived attribute gives the expression that derives it (9.2.1.2)."},
+    {"E017", Severity::Error, "Numbers have the range of 64-bit integers and double precision reals."},
+    {"E018", Severity::Error, "A call gives as many arguments as there are parameters (12.8, 15, 16)."},
     {"E021", Severity::Error, "A type that is used is declared or interfaced (10.2)."},
     {"E022", Severity::Error, "An entity that is used is declared or interfaced (10.2)."},
     {"E023", Severity::Error, "A schema that is interfaced is among the files given (11)."},

@@ -36,6 +36,8 @@ enum class Code {
   TooDeep,
   NoSchema,
   NoExpression,
+  NumberRange,
+  WrongArguments,
   UnknownType,
   UnknownEntity,
   UnknownSchema,

@@ -1,4 +1,4 @@
-// velmar-express: checks EXPRESS schemas and writes the C++ of schema libraries.
+// velmar-express: checks, prints and lists EXPRESS schemas, and writes the C++ of schema libraries.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -17,6 +17,7 @@
 #include "Diagnostics.h"
 #include "ExpressParser.h"
 #include "Model.h"
+#include "Printer.h"
 #include "Resolver.h"
 
 namespace {
@@ -51,6 +52,55 @@ bool Load(const std::vector<std::string>& files, Model& model) {
 int Check(const Options& options) {
   Model model;
   return Load(options.files, model) ? kGood : kSchemaErrors;
+}
+
+int PrintText(const Options& options) {
+  Model model;
+  if (!Load(options.files, model)) return kSchemaErrors;
+  Print(model, std::cout);
+  return std::cout.flush() ? kGood : kUsage;
+}
+
+const char* KindWord(const Declaration& declaration) {
+  switch (declaration.kind) {
+    case DeclarationKind::Type:
+      return "TYPE";
+    case DeclarationKind::Entity:
+      return "ENTITY";
+    case DeclarationKind::Constant:
+      return "CONSTANT";
+    case DeclarationKind::Function:
+      return "FUNCTION";
+    case DeclarationKind::Procedure:
+      return "PROCEDURE";
+    case DeclarationKind::Rule:
+      return "RULE";
+    case DeclarationKind::SubtypeConstraint:
+      return "SUBTYPE_CONSTRAINT";
+    case DeclarationKind::Variable:
+      break;
+  }
+  return "";
+}
+
+void ListOne(const char* kind, const std::string& name, const Location& where) {
+  const Position position = where.file->PositionOf(where.offset);
+  std::cout << where.file->Name() << ':' << position.line << ':' << position.column << ": " << kind << ' ' << name
+            << '\n';
+}
+
+// One line for each declaration, in the order of the texts.
+int List(const Options& options) {
+  Model model;
+  if (!Load(options.files, model)) return kSchemaErrors;
+  for (const auto& schema : model.schemas) {
+    ListOne("SCHEMA", schema->name.text, schema->name.where);
+    for (const auto& declaration : schema->declarations) {
+      ListOne(KindWord(*declaration), schema->name.text + '.' + declaration->name.text,
+              declaration->name.where);
+    }
+  }
+  return std::cout.flush() ? kGood : kUsage;
 }
 
 // Leaves a file alone that already has the text, so that nothing is built again without a reason.
@@ -105,6 +155,17 @@ int Run(int argc, char** argv) {
       ->required();
   check->footer(kExitStatus);
 
+  CLI::App* print = app.add_subcommand(
+      "print", "Write the schemas in canonical form: without remarks, one form for everything");
+  print->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
+      ->required();
+  print->footer(kExitStatus);
+
+  CLI::App* list =
+      app.add_subcommand("list", "Write the place, kind and name of each declaration, one on a line");
+  list->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")->required();
+  list->footer(kExitStatus);
+
   CLI::App* generate = app.add_subcommand("generate", "Write the C++ of a schema library");
   generate->add_option("FILE", options.files, "EXPRESS files: the schema and those it interfaces")
       ->required();
@@ -129,7 +190,10 @@ int Run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kGood : kUsage;
   }
-  return *check ? Check(options) : Generate(options);
+  if (*check) return Check(options);
+  if (*print) return PrintText(options);
+  if (*list) return List(options);
+  return Generate(options);
 }
 
 }  // namespace

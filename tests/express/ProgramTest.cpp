@@ -58,6 +58,29 @@ TEST_F(Program, CheckOfABadSchemaSaysWhyOnStandardError) {
   EXPECT_THAT(Content("stderr.txt"), StartsWith("bad.exp:1:27: error: unknown type 'b' [E021]"));
 }
 
+TEST_F(Program, PrintWritesTheCanonicalText) {
+  EXPECT_EQ(Run("print good.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"), "SCHEMA good;\n\nENTITY a;\nEND_ENTITY;\n\nEND_SCHEMA;\n");
+  EXPECT_EQ(Content("stderr.txt"), "");
+  EXPECT_EQ(Run("print bad.exp"), 1);
+  EXPECT_EQ(Content("stdout.txt"), "");
+}
+
+TEST_F(Program, ListWritesPlaceKindAndName) {
+  Write("all.exp",
+        "SCHEMA all;\nCONSTANT c : REAL := 1.0; END_CONSTANT;\nTYPE t = REAL; END_TYPE;\n"
+        "ENTITY e; END_ENTITY;\nFUNCTION f : REAL; RETURN (1.0); END_FUNCTION;\nPROCEDURE p; SKIP; "
+        "END_PROCEDURE;\n"
+        "RULE r FOR (e); WHERE TRUE; END_RULE;\nSUBTYPE_CONSTRAINT s FOR e; END_SUBTYPE_CONSTRAINT;\n"
+        "END_SCHEMA;\n");
+  EXPECT_EQ(Run("list all.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"),
+            "all.exp:1:8: SCHEMA all\nall.exp:2:10: CONSTANT all.c\nall.exp:3:6: TYPE all.t\n"
+            "all.exp:4:8: ENTITY all.e\nall.exp:5:10: FUNCTION all.f\nall.exp:6:11: PROCEDURE all.p\n"
+            "all.exp:7:6: RULE all.r\nall.exp:8:20: SUBTYPE_CONSTRAINT all.s\n");
+  EXPECT_EQ(Run("list bad.exp"), 1);
+}
+
 TEST_F(Program, WarningsAreNoErrors) {
   Write("warned.exp", "SCHEMA rule; END_SCHEMA;");
   EXPECT_EQ(Run("check warned.exp"), 0);
@@ -82,7 +105,7 @@ TEST_F(Program, WrongUsage) {
 }
 
 TEST_F(Program, HelpGoesToStandardOutput) {
-  for (const char* arguments : {"--help", "check --help", "generate --help"}) {
+  for (const char* arguments : {"--help", "check --help", "generate --help", "print --help", "list --help"}) {
     EXPECT_EQ(Run(arguments), 0);
     EXPECT_THAT(Content("stdout.txt"), HasSubstr("Exit status: 0"));
     EXPECT_EQ(Content("stderr.txt"), "");
