@@ -52,6 +52,11 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E039", Severity::Error, "A supertype expression names subtypes of the entity (9.2.5)."},
     {"E040", Severity::Error,
      "The attribute that is inverted refers to the entity with the inverse (9.2.1.3)."},
+    {"E041", Severity::Error, "A name in an expression or statement is declared where it is visible (10.2)."},
+    {"E042", Severity::Error, "A type, procedure, rule or constraint has no value (12.7)."},
+    {"E043", Severity::Error, "Only a procedure is called as a statement (13.8)."},
+    {"E044", Severity::Error, "Only variables and parameters are assigned to (13.3)."},
+    {"E045", Severity::Error, "Only an instance of an entity has attributes (12.7.3)."},
     {"W001", Severity::Warning,
      "A reserved word names a schema (7.2); nothing can be mistaken, so it is accepted."},
 };

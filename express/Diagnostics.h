@@ -58,6 +58,11 @@ enum class Code {
   GenericAttribute,
   NotASubtype,
   InverseNotReferring,
+  UnknownName,
+  NotAValue,
+  NotAProcedure,
+  NotAssignable,
+  NotAnInstance,
   ReservedSchemaName,
   kCount
 };

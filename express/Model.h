@@ -171,6 +171,9 @@ struct Model {
   std::vector<std::unique_ptr<File>> files;
   std::vector<std::unique_ptr<SchemaDeclaration>> schemas;  ///< in the order of the texts
 
+  /// Types that no text spells out: of SELF, of constructed instances, of inverse attributes.
+  std::deque<TypeExpression> derivedTypes;
+
   /// The schema of this name in any case of letters; null where there is none.
   SchemaDeclaration* FindSchema(const std::string& name) const;
 };

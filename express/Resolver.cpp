@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "ExpressionResolver.h"
+
 namespace VELMAR::Express {
 namespace {
 
@@ -195,7 +197,7 @@ class Resolver {
     const std::string nearest = Nearest(name.text, names);
     diagnostics_.Report(
         Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
-        nearest.empty() ? "give the file that declares it, too" : "did you mean '" + nearest + "'?");
+        nearest.empty() ? "give the file that declares it, too, or its folder with -I" : "did you mean '" + nearest + "'?");
   }
 
   std::string DidYouMean(const SchemaDeclaration& schema, const std::string& name, const Kinds& kinds) {
@@ -684,6 +686,9 @@ class Resolver {
 
 }  // namespace
 
-void Resolve(Model& model, Diagnostics& diagnostics) { Resolver(model, diagnostics).Run(); }
+void Resolve(Model& model, Diagnostics& diagnostics) {
+  Resolver(model, diagnostics).Run();
+  ResolveExpressions(model, diagnostics);
+}
 
 }  // namespace VELMAR::Express

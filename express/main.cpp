@@ -15,10 +15,9 @@
 
 #include "CppWriter.h"
 #include "Diagnostics.h"
-#include "ExpressParser.h"
+#include "Loader.h"
 #include "Model.h"
 #include "Printer.h"
-#include "Resolver.h"
 
 namespace {
 
@@ -34,30 +33,39 @@ constexpr const char* kExitStatus =
 
 struct Options {
   std::vector<std::string> files;
+  std::vector<std::string> searchPath;
   std::string outputDirectory = ".";
   std::string registryName;
   std::string schemaName;
   int parts = 8;
 };
 
+// The schemas of the given files and those that they interface.
+struct Loaded {
+  Model model;
+  std::size_t given = 0;  // the first schemas of the model are those of the given files
+};
+
 // Reads and resolves all files, prints what was found. False where there is an error.
-bool Load(const std::vector<std::string>& files, Model& model) {
+bool Load(const Options& options, Loaded& loaded) {
   Diagnostics diagnostics;
-  for (const std::string& file : files) ParseFile(model, SourceFile::Read(file), diagnostics);
-  Resolve(model, diagnostics);
+  loaded.given = LoadFiles(loaded.model, options.files, options.searchPath, diagnostics);
   diagnostics.Print(std::cerr);
   return diagnostics.ErrorCount() == 0;
 }
 
 int Check(const Options& options) {
-  Model model;
-  return Load(options.files, model) ? kGood : kSchemaErrors;
+  Loaded loaded;
+  return Load(options, loaded) ? kGood : kSchemaErrors;
 }
 
 int PrintText(const Options& options) {
-  Model model;
-  if (!Load(options.files, model)) return kSchemaErrors;
-  Print(model, std::cout);
+  Loaded loaded;
+  if (!Load(options, loaded)) return kSchemaErrors;
+  for (std::size_t i = 0; i < loaded.given; ++i) {
+    if (i > 0) std::cout << '\n';
+    Print(*loaded.model.schemas[i], std::cout);
+  }
   return std::cout.flush() ? kGood : kUsage;
 }
 
@@ -91,9 +99,10 @@ void ListOne(const char* kind, const std::string& name, const Location& where) {
 
 // One line for each declaration, in the order of the texts.
 int List(const Options& options) {
-  Model model;
-  if (!Load(options.files, model)) return kSchemaErrors;
-  for (const auto& schema : model.schemas) {
+  Loaded loaded;
+  if (!Load(options, loaded)) return kSchemaErrors;
+  for (std::size_t i = 0; i < loaded.given; ++i) {
+    const auto& schema = loaded.model.schemas[i];
     ListOne("SCHEMA", schema->name.text, schema->name.where);
     for (const auto& declaration : schema->declarations) {
       ListOne(KindWord(*declaration), schema->name.text + '.' + declaration->name.text,
@@ -116,9 +125,10 @@ void WriteWhereChanged(const std::filesystem::path& path, const std::string& tex
 }
 
 int Generate(const Options& options) {
-  Model model;
-  if (!Load(options.files, model)) return kSchemaErrors;
-  const SchemaDeclaration* schema = model.schemas.back().get();
+  Loaded loaded;
+  if (!Load(options, loaded)) return kSchemaErrors;
+  const Model& model = loaded.model;
+  const SchemaDeclaration* schema = model.schemas[loaded.given - 1].get();
   if (!options.schemaName.empty()) schema = model.FindSchema(options.schemaName);
   if (!schema) {
     std::cerr << "velmar-express: the files declare no schema '" << options.schemaName << "'\n";
@@ -143,6 +153,14 @@ std::string ValidateRegistryName(const std::string& name) {
   return good ? "" : "a registry name is made of letters, digits and '_', a letter first";
 }
 
+void AddSearchPath(CLI::App& command, Options& options) {
+  command
+      .add_option("-I,--include", options.searchPath,
+                  "A folder where NAME.exp is looked for, in any case of letters, when a schema NAME is interfaced "
+                  "that no FILE declares; may be given several times")
+      ->allow_extra_args(false);
+}
+
 int Run(int argc, char** argv) {
   CLI::App app("velmar-express reads EXPRESS schemas (ISO 10303-11).");
   app.footer(kExitStatus);
@@ -153,17 +171,20 @@ int Run(int argc, char** argv) {
   CLI::App* check = app.add_subcommand("check", "Read schemas and report what is wrong with them");
   check->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
       ->required();
+  AddSearchPath(*check, options);
   check->footer(kExitStatus);
 
   CLI::App* print = app.add_subcommand(
       "print", "Write the schemas in canonical form: without remarks, one form for everything");
   print->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
       ->required();
+  AddSearchPath(*print, options);
   print->footer(kExitStatus);
 
   CLI::App* list =
       app.add_subcommand("list", "Write the place, kind and name of each declaration, one on a line");
   list->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")->required();
+  AddSearchPath(*list, options);
   list->footer(kExitStatus);
 
   CLI::App* generate = app.add_subcommand("generate", "Write the C++ of a schema library");
@@ -183,6 +204,7 @@ int Run(int argc, char** argv) {
   generate->add_option("--parts", options.parts, "Into how many .cpp files the classes go")
       ->check(CLI::Range(1, 999))
       ->capture_default_str();
+  AddSearchPath(*generate, options);
   generate->footer(kExitStatus);
 
   try {

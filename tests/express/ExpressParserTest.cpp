@@ -73,7 +73,7 @@ class EveryType : public testing::TestWithParam<TypeRow> {};
 TEST_P(EveryType, IsReadWhole) {
   const SchemaText text =
       InSchema("ENTITY thing; END_ENTITY; ENTITY e ABSTRACT; x : " + std::string(GetParam().express) +
-               "; END_ENTITY;");
+               "; END_ENTITY; FUNCTION f (n : INTEGER) : INTEGER; RETURN (n); END_FUNCTION;");
   EXPECT_THAT(text.Findings(), IsEmpty());
   EXPECT_EQ(TypeText(text.model, *text.GetEntity("e").attributes.at(0).type), GetParam().text);
 }

@@ -41,7 +41,7 @@ class EveryExpression : public testing::TestWithParam<ExpressionRow> {
  protected:
   static SchemaText Read(const std::string& expression) {
     return InSchema(
-        "TYPE colour = ENUMERATION OF (red, green); END_TYPE; ENTITY e; a, b, c : INTEGER; p, q, r : LOGICAL; "
+        "TYPE colour = ENUMERATION OF (red, green); END_TYPE; ENTITY d; x : INTEGER; END_ENTITY; ENTITY e; a, b, c : INTEGER; p, q, r : LOGICAL; "
         "l : LIST OF INTEGER; s : STRING; n : e; i : BINARY; "
         "WHERE " +
         expression + "; END_ENTITY; FUNCTION f (x : INTEGER) : INTEGER; RETURN (x); END_FUNCTION;");
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
         ExpressionRow{"SELF\\e.n.l[a + 1] = s[1:2]", "(SELF\\e.n.l[a + 1] = s[1 : 2])",
                       "SELF\\e.n.l[a + 1] = s[1 : 2]"},
         ExpressionRow{"colour.red <> Green", "(colour.red <> green)", "colour.red <> green"},
-        ExpressionRow{"e (1) || n = ?", "((e (1) || n) = ?)", "e (1) || n = ?"},
+        ExpressionRow{"d (1) || n = ?", "((d (1) || n) = ?)", "d (1) || n = ?"},
         ExpressionRow{"PI > const_e", "(PI > CONST_E)", "PI > CONST_E"},
         ExpressionRow{"TRUE = (false = Unknown)", "(TRUE = (FALSE = UNKNOWN))", "TRUE = (FALSE = UNKNOWN)"}));
 

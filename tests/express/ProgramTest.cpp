@@ -81,6 +81,29 @@ TEST_F(Program, ListWritesPlaceKindAndName) {
   EXPECT_EQ(Run("list bad.exp"), 1);
 }
 
+TEST_F(Program, InterfacedSchemasAreFoundOnTheSearchPath) {
+  fs::create_directories(folder_ / "one");
+  fs::create_directories(folder_ / "two");
+  Write("main.exp", "SCHEMA main; USE FROM Middle (m AS n); ENTITY x SUBTYPE OF (n); END_ENTITY; END_SCHEMA;");
+  Write("one/MIDDLE.EXP", "SCHEMA middle; USE FROM last; ENTITY m SUBTYPE OF (l); END_ENTITY; END_SCHEMA;");
+  Write("one/last.exp", "SCHEMA something_else; END_SCHEMA;");
+  Write("two/last.exp", "SCHEMA last; USE FROM main (x); ENTITY l; END_ENTITY; END_SCHEMA;");
+  EXPECT_EQ(Run("check main.exp"), 1);
+  EXPECT_THAT(Content("stderr.txt"),
+              StartsWith("main.exp:1:23: error: unknown schema 'middle' [E023]; give the file that declares it, "
+                         "too, or its folder with -I\n"));
+  EXPECT_EQ(Run("check -I one main.exp"), 1);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("unknown schema 'last' [E023]"));
+  EXPECT_EQ(Run("check main.exp -I one -I two"), 0);
+  EXPECT_EQ(Content("stderr.txt"), "");
+  EXPECT_EQ(Run("list -I one -I two main.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"), "main.exp:1:8: SCHEMA main\nmain.exp:1:47: ENTITY main.x\n");
+  EXPECT_EQ(Run("generate main.exp -I one -I two --output-dir out"), 0);
+  EXPECT_TRUE(fs::exists(folder_ / "out/Main.h"));
+  EXPECT_EQ(Run("check -I missing main.exp"), 2);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("missing"));
+}
+
 TEST_F(Program, WarningsAreNoErrors) {
   Write("warned.exp", "SCHEMA rule; END_SCHEMA;");
   EXPECT_EQ(Run("check warned.exp"), 0);
