@@ -23,7 +23,9 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E011", Severity::Error, "A reserved word is no name (7.2)."},
     {"E012", Severity::Error, "Every declaration and statement that opens a block closes it (annex A)."},
     {"E013", Severity::Error, "An END_ word closes the innermost open block of its kind (annex A)."},
-    {"E014", Severity::Error, "Types, supertype expressions, statements and algorithms are read to a nesting depth of 200, expressions to "
+    {"E014", Severity::Error,
+     "Types, supertype expressions, statements and algorithms are read to a nesting depth of 200, "
+     "expressions to "
      "one of 1000."},
     {"E015", Severity::Error, "An EXPRESS text holds at least one schema (annex A, syntax)."},
     {"E016", Severity::Error, "A derived attribute gives the expression that derives it (9.2.1.2)."},
@@ -59,6 +61,13 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E045", Severity::Error, "Only an instance of an entity has attributes (12.7.3)."},
     {"W001", Severity::Warning,
      "A reserved word names a schema (7.2); nothing can be mistaken, so it is accepted."},
+    {"W002", Severity::Warning,
+     "An item that several enumerations have is written type.item where nothing else tells which (8.4.1, "
+     "12.7.2)."},
+    {"W003", Severity::Warning, "A statement behind RETURN, ESCAPE or SKIP is never reached (13)."},
+    {"W004", Severity::Warning, "A local variable that nothing refers to has no purpose (9.5.3)."},
+    {"W005", Severity::Warning,
+     "The operator = compares instances by their values; :=: asks whether they are the same (12.2.2)."},
 };
 static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == static_cast<std::size_t>(Code::kCount),
               "one row for each code");

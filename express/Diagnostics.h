@@ -64,6 +64,10 @@ enum class Code {
   NotAssignable,
   NotAnInstance,
   ReservedSchemaName,
+  AmbiguousItem,
+  Unreachable,
+  UnusedLocal,
+  InstanceComparison,
   kCount
 };
 

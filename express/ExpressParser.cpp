@@ -1162,8 +1162,9 @@ class Parser {
   void Close(TokenKind bracket, const Location& open) {
     if (Get(bracket)) return;
     if (IsHidden()) throw SyntaxError();
-    diagnostics_.Report(Code::Expected, HereOrAtEnd(), "expected " + DescribeKind(bracket) + ", found " + Found(),
-                        open, "the bracket opened here");
+    diagnostics_.Report(Code::Expected, HereOrAtEnd(),
+                        "expected " + DescribeKind(bracket) + ", found " + Found(), open,
+                        "the bracket opened here");
     throw SyntaxError();
   }
 
@@ -1302,10 +1303,9 @@ class Parser {
       std::uint32_t character = 0;
       std::from_chars(text.data() + i, text.data() + i + 8, character, 16);
       if (character > 0x10FFFF || (character >= 0xD800 && character < 0xE000)) {
-        diagnostics_.Report(
-            Code::BadEncodedString,
-            {file_.source.get(), token.offset + static_cast<std::uint32_t>(i), 8},
-            "'" + std::string(text.substr(i, 8)) + "' is the number of no character");
+        diagnostics_.Report(Code::BadEncodedString,
+                            {file_.source.get(), token.offset + static_cast<std::uint32_t>(i), 8},
+                            "'" + std::string(text.substr(i, 8)) + "' is the number of no character");
         break;
       }
       AppendUtf8(value, character);
@@ -1711,7 +1711,8 @@ class Parser {
   bool isEndHidden_ = false;
   SchemaDeclaration* schema_ = nullptr;
   Entity* entity_ = nullptr;
-  std::vector<std::unique_ptr<Express::Declaration>>* declarations_ = nullptr;  // of the schema or an algorithm
+  std::vector<std::unique_ptr<Express::Declaration>>* declarations_ =
+      nullptr;                                // of the schema or an algorithm
   Express::Declaration* declared_ = nullptr;  // the innermost declaration that is being read
   int nesting_ = 0;                           // of brackets in the expression
   int blockDepth_ = 0;                        // of statements

@@ -69,16 +69,7 @@ using ExpressionPtr = std::unique_ptr<Expression>;
 
 // ---- declarations -------------------------------------------------------------------------------
 
-enum class DeclarationKind {
-  Type,
-  Entity,
-  Constant,
-  Function,
-  Procedure,
-  Rule,
-  SubtypeConstraint,
-  Variable
-};
+enum class DeclarationKind { Type, Entity, Constant, Function, Procedure, Rule, SubtypeConstraint, Variable };
 
 /// Anything that a schema or an algorithm declares under a name.
 struct Declaration {
@@ -279,7 +270,8 @@ struct Referent {
   int item = -1;                             ///< its index in AllItems(enumeration->underlying)
 };
 
-/// A name by itself: a variable, constant, attribute, enumeration item, population, function without arguments.
+/// A name by itself: a variable, constant, attribute, enumeration item, population, function without
+/// arguments.
 struct NameReference : Expression {
   explicit NameReference(Name reference)
       : Expression(ExpressionKind::Name, reference.where), name(std::move(reference)) {}
@@ -352,9 +344,9 @@ enum class Operator {
   And,
   Combine,  ///< ||
   Power,
-  Plus,     ///< with one operand
-  Minus,    ///< with one operand
-  Not       ///< with one operand
+  Plus,   ///< with one operand
+  Minus,  ///< with one operand
+  Not     ///< with one operand
 };
 
 /// How an operator is written, and how close it binds: 1 for comparisons, 2 as +, 3 as *, 4 as **, 5 with one
@@ -367,7 +359,8 @@ struct OperatorRow {
 const OperatorRow& OperatorRowOf(Operator op);
 
 struct Unary : Expression {
-  Unary(Location place, Operator unaryOperator) : Expression(ExpressionKind::Unary, place), op(unaryOperator) {}
+  Unary(Location place, Operator unaryOperator)
+      : Expression(ExpressionKind::Unary, place), op(unaryOperator) {}
   Operator op;
   ExpressionPtr operand;
 };

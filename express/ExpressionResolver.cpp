@@ -61,6 +61,7 @@ class ExpressionResolver {
       items_.clear();
       for (const auto& [name, declaration] : schema->scope) AddItems(*declaration);
       for (const auto& declaration : schema->declarations) Any(*declaration, false);
+      AmbiguousItems();
     }
   }
 
@@ -144,9 +145,10 @@ class ExpressionResolver {
       } else if (!found) {
         Unknown(Code::UnknownEntity, "entity", name);
       } else {
-        diagnostics_.Report(Code::NotAnEntity, name.where,
-                            Quoted(name) + " is " + KindText(found->kind) + ", expected the name of an entity",
-                            found->name.where, "declared here");
+        diagnostics_.Report(
+            Code::NotAnEntity, name.where,
+            Quoted(name) + " is " + KindText(found->kind) + ", expected the name of an entity",
+            found->name.where, "declared here");
       }
     }
     const std::vector<Entity*> outerPopulations = std::exchange(populations_, algorithm.populationEntities);
@@ -157,6 +159,12 @@ class ExpressionResolver {
     const Algorithm* const outer = std::exchange(algorithm_, &algorithm);
     Statements(algorithm.statements);
     Rules(algorithm.where);
+    // Where there are errors, a name that is misspelt may be the use.
+    for (const auto& local : algorithm.locals) {
+      if (local->used || diagnostics_.ErrorCount() > 0) continue;
+      diagnostics_.Report(Code::UnusedLocal, local->name.where,
+                          "local variable " + Quoted(local->name) + " is never used");
+    }
     algorithm_ = outer;
     populations_ = outerPopulations;
     scopes_.pop_back();
@@ -273,6 +281,20 @@ class ExpressionResolver {
     return known->second;
   }
 
+  // Those that no other operand told apart meanwhile.
+  void AmbiguousItems() {
+    for (const NameReference* reference : ambiguous_) {
+      if (reference->referent.enumeration) continue;
+      const std::vector<const DefinedType*>& types = items_.at(reference->name.text);
+      diagnostics_.Report(Code::AmbiguousItem, reference->where,
+                          Quoted(reference->name) + " is an item of " + Quoted(types[0]->name) + " and of " +
+                              Quoted(types[1]->name),
+                          "write " + types[0]->name.text + '.' + reference->name.text + " or " +
+                              types[1]->name.text + '.' + reference->name.text);
+    }
+    ambiguous_.clear();
+  }
+
   void Unknown(Code code, const char* what, const Name& name) {
     if (hasUnknownInterface_) return;
     std::string hint;
@@ -316,6 +338,7 @@ class ExpressionResolver {
       return nullptr;
     }
     if (item->second.size() == 1) return Item(reference.referent, *item->second.front(), name);
+    ambiguous_.push_back(&reference);
     return nullptr;
   }
 
@@ -329,7 +352,8 @@ class ExpressionResolver {
         return &static_cast<Constant&>(declaration).type;
       case DeclarationKind::Function:
         if (!static_cast<Algorithm&>(declaration).parameters.empty() && !isTarget_ && !declaration.damaged) {
-          WrongArguments(reference.name, declaration, static_cast<Algorithm&>(declaration).parameters.size(), 0);
+          WrongArguments(reference.name, declaration, static_cast<Algorithm&>(declaration).parameters.size(),
+                         0);
         }
         return &static_cast<Algorithm&>(declaration).returnType;
       case DeclarationKind::Entity: {
@@ -350,11 +374,13 @@ class ExpressionResolver {
   }
 
   void NotAValue(const Name& name, const Declaration& declaration) {
-    diagnostics_.Report(Code::NotAValue, name.where, Quoted(name) + " is " + KindText(declaration.kind) + " and no value",
+    diagnostics_.Report(Code::NotAValue, name.where,
+                        Quoted(name) + " is " + KindText(declaration.kind) + " and no value",
                         declaration.name.where, "declared here");
   }
 
-  void WrongArguments(const Name& name, const Declaration& declaration, std::size_t wanted, std::size_t given) {
+  void WrongArguments(const Name& name, const Declaration& declaration, std::size_t wanted,
+                      std::size_t given) {
     diagnostics_.Report(Code::WrongArguments, name.where,
                         Quoted(name) + " takes " + std::to_string(wanted) +
                             (wanted == 1 ? " argument, not " : " arguments, not ") + std::to_string(given),
@@ -366,8 +392,8 @@ class ExpressionResolver {
     const TypeExpression* enumeration = Underlying(type.underlying);
     if (!enumeration || enumeration->kind != TypeKind::Enumeration) return nullptr;
     const std::vector<TypeItem> items = AllItems(*enumeration);
-    const auto found =
-        std::find_if(items.begin(), items.end(), [&](const TypeItem& item) { return item.name.text == name; });
+    const auto found = std::find_if(items.begin(), items.end(),
+                                    [&](const TypeItem& item) { return item.name.text == name; });
     if (found == items.end()) return nullptr;
     referent.enumeration = &type;
     referent.item = static_cast<int>(found - items.begin());
@@ -391,7 +417,8 @@ class ExpressionResolver {
     if (!expected || referent.declaration || referent.attribute) return;
     const TypeExpression* at = expected;
     while (IsAggregate(at->kind) && at->element) at = at->element.get();
-    if (at->kind != TypeKind::Named || !at->declaration || at->declaration->kind != DeclarationKind::Type) return;
+    if (at->kind != TypeKind::Named || !at->declaration || at->declaration->kind != DeclarationKind::Type)
+      return;
     const auto& type = static_cast<const DefinedType&>(*at->declaration);
     if (const TypeExpression* found = Item(referent, type, reference.name.text)) reference.type = found;
   }
@@ -414,8 +441,9 @@ class ExpressionResolver {
       case ExpressionKind::Binary:
         return Simple(TypeKind::Binary);
       case ExpressionKind::Logical:
-        return Simple(static_cast<LogicalLiteral&>(expression).value == LogicalValue::Unknown ? TypeKind::Logical
-                                                                                              : TypeKind::Boolean);
+        return Simple(static_cast<LogicalLiteral&>(expression).value == LogicalValue::Unknown
+                          ? TypeKind::Logical
+                          : TypeKind::Boolean);
       case ExpressionKind::Indeterminate:
         return nullptr;
       case ExpressionKind::Self:
@@ -505,8 +533,8 @@ class ExpressionResolver {
     if (found->kind == DeclarationKind::Entity) {
       call.declaration = found;
       const auto& entity = static_cast<const Entity&>(*found);
-      const auto own = static_cast<std::size_t>(
-          std::count_if(entity.attributes.begin(), entity.attributes.end(), IsSlot));
+      const auto own =
+          static_cast<std::size_t>(std::count_if(entity.attributes.begin(), entity.attributes.end(), IsSlot));
       if (call.arguments.size() != own && !found->damaged) {
         WrongArguments(call.name, *found, own, call.arguments.size());
       }
@@ -571,6 +599,14 @@ class ExpressionResolver {
     }
     const TypeKind left = KindOf(operation.left);
     const TypeKind right = KindOf(operation.right);
+    if ((operation.op == Operator::Equal || operation.op == Operator::NotEqual) && left == TypeKind::Named &&
+        right == TypeKind::Named) {
+      const bool isEqual = operation.op == Operator::Equal;
+      diagnostics_.Report(
+          Code::InstanceComparison, operation.where,
+          std::string("instances compared by their values with '") + (isEqual ? "=" : "<>") + "'",
+          std::string("whether they are the same is asked with '") + (isEqual ? ":=:" : ":<>:") + "'");
+    }
     switch (operation.op) {
       case Operator::Divide:
         return Simple(TypeKind::Real);
@@ -633,7 +669,6 @@ class ExpressionResolver {
     std::vector<std::string> names;
     for (const TypeItem& item : AllItems(*enumeration)) names.push_back(item.name.text);
     const std::string nearest = Nearest(member.name.text, names);
-    // Who bases a type on an extensible enumeration may add any item.
     diagnostics_.Report(Code::UnknownName, member.name.where,
                         "enumeration " + Quoted(found.name) + " has no item " + Quoted(member.name),
                         nearest.empty() ? "" : "did you mean '" + nearest + "'?");
@@ -697,7 +732,18 @@ class ExpressionResolver {
   // ---- statements -------------------------------------------------------------------------------
 
   void Statements(const std::vector<StatementPtr>& statements) {
-    for (const StatementPtr& statement : statements) Any(*statement);
+    const Statement* leaving = nullptr;
+    for (const StatementPtr& statement : statements) {
+      if (leaving && statement->kind != StatementKind::Null) {
+        diagnostics_.Report(Code::Unreachable, statement->where, "this statement is never reached",
+                            leaving->where, "what stands before it leaves here");
+        leaving = nullptr;
+      }
+      Any(*statement);
+      const bool leaves = statement->kind == StatementKind::Return ||
+                          statement->kind == StatementKind::Escape || statement->kind == StatementKind::Skip;
+      if (leaves) leaving = statement.get();
+    }
   }
 
   void Any(Statement& statement) {
@@ -831,7 +877,8 @@ class ExpressionResolver {
   const Algorithm* algorithm_ = nullptr;
   std::vector<Entity*> populations_;
   const TypeExpression* lastType_ = nullptr;
-  bool isTarget_ = false;  // the name is assigned to
+  std::vector<const NameReference*> ambiguous_;
+  bool isTarget_ = false;                                         // the name is assigned to
   std::map<std::string, std::vector<const DefinedType*>> items_;  // by name, the enumerations that have it
   std::unordered_map<const Entity*, Attributes> attributes_;
   std::unordered_map<const Declaration*, const TypeExpression*> namedTypes_;

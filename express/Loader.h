@@ -11,10 +11,10 @@
 
 namespace VELMAR::Express {
 
-/// Reads the files, then for every schema that is interfaced but not declared the file NAME.exp, in any case of
-/// letters, in the first folder of the search path where it declares that schema; then resolves all. Returns the
-/// number of schemas in `files`, which are the first of the model. Throws std::system_error where a file or a
-/// folder cannot be read.
+/// Reads the files, then for every schema that is interfaced but not declared the file NAME.exp, in any case
+/// of letters, in the first folder of the search path where it declares that schema; then resolves all.
+/// Returns the number of schemas in `files`, which are the first of the model. Throws std::system_error where
+/// a file or a folder cannot be read.
 std::size_t LoadFiles(Model& model, const std::vector<std::string>& files,
                       const std::vector<std::string>& searchPath, Diagnostics& diagnostics);
 

@@ -128,10 +128,10 @@ struct Constant : Declaration {
 struct Algorithm : Declaration {
   using Declaration::Declaration;
 
-  std::vector<std::unique_ptr<Variable>> parameters;  ///< FUNCTION, PROCEDURE
-  TypeExpression returnType;                          ///< FUNCTION
-  std::vector<Name> populations;                      ///< RULE: the entities that it is FOR
-  std::vector<Entity*> populationEntities;            ///< resolved, unknown ones left out
+  std::vector<std::unique_ptr<Variable>> parameters;       ///< FUNCTION, PROCEDURE
+  TypeExpression returnType;                               ///< FUNCTION
+  std::vector<Name> populations;                           ///< RULE: the entities that it is FOR
+  std::vector<Entity*> populationEntities;                 ///< resolved, unknown ones left out
   std::vector<std::unique_ptr<Declaration>> declarations;  ///< local types, constants, functions, ...
   std::vector<std::unique_ptr<Variable>> locals;
   std::vector<StatementPtr> statements;

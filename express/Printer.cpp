@@ -64,7 +64,10 @@ std::string EncodedText(const std::string& value) {
   std::string text = "\"";
   for (std::size_t at = 0; at < value.size();) {
     const unsigned char first = static_cast<unsigned char>(value[at++]);
-    std::uint32_t character = first < 0x80 ? first : first < 0xE0 ? first & 0x1F : first < 0xF0 ? first & 0x0F : first & 0x07;
+    std::uint32_t character = first < 0x80   ? first
+                              : first < 0xE0 ? first & 0x1F
+                              : first < 0xF0 ? first & 0x0F
+                                             : first & 0x07;
     for (; at < value.size() && (static_cast<unsigned char>(value[at]) & 0xC0) == 0x80; ++at) {
       character = character << 6 | (static_cast<unsigned char>(value[at]) & 0x3F);
     }
@@ -253,7 +256,8 @@ class ExpressionPrinter {
 
  private:
   void Word(std::string_view word) {
-    for (const char c : word) text_ += isLower_ && c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    for (const char c : word)
+      text_ += isLower_ && c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   }
 
   void Label(const TypeExpression& type) {

@@ -195,9 +195,9 @@ class Resolver {
     std::vector<std::string> names;
     for (const auto& schema : model_.schemas) names.push_back(schema->name.text);
     const std::string nearest = Nearest(name.text, names);
-    diagnostics_.Report(
-        Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
-        nearest.empty() ? "give the file that declares it, too, or its folder with -I" : "did you mean '" + nearest + "'?");
+    diagnostics_.Report(Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
+                        nearest.empty() ? "give the file that declares it, too, or its folder with -I"
+                                        : "did you mean '" + nearest + "'?");
   }
 
   std::string DidYouMean(const SchemaDeclaration& schema, const std::string& name, const Kinds& kinds) {

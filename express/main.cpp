@@ -93,8 +93,8 @@ const char* KindWord(const Declaration& declaration) {
 
 void ListOne(const char* kind, const std::string& name, const Location& where) {
   const Position position = where.file->PositionOf(where.offset);
-  std::cout << where.file->Name() << ':' << position.line << ':' << position.column << ": " << kind << ' ' << name
-            << '\n';
+  std::cout << where.file->Name() << ':' << position.line << ':' << position.column << ": " << kind << ' '
+            << name << '\n';
 }
 
 // One line for each declaration, in the order of the texts.
@@ -155,9 +155,10 @@ std::string ValidateRegistryName(const std::string& name) {
 
 void AddSearchPath(CLI::App& command, Options& options) {
   command
-      .add_option("-I,--include", options.searchPath,
-                  "A folder where NAME.exp is looked for, in any case of letters, when a schema NAME is interfaced "
-                  "that no FILE declares; may be given several times")
+      .add_option(
+          "-I,--include", options.searchPath,
+          "A folder where NAME.exp is looked for, in any case of letters, when a schema NAME is interfaced "
+          "that no FILE declares; may be given several times")
       ->allow_extra_args(false);
 }
 
@@ -183,7 +184,8 @@ int Run(int argc, char** argv) {
 
   CLI::App* list =
       app.add_subcommand("list", "Write the place, kind and name of each declaration, one on a line");
-  list->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")->required();
+  list->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
+      ->required();
   AddSearchPath(*list, options);
   list->footer(kExitStatus);
 

@@ -195,7 +195,8 @@ TEST(ExpressParser, RulesKeepTheirLabels) {
 
 TEST(ExpressParser, BodiesOfAlgorithmsHideTheirEndWords) {
   const SchemaText text = InSchema(
-      "FUNCTION f : REAL; FUNCTION g : REAL; END_FUNCTION; LOCAL x : STRING; END_LOCAL; IF TRUE THEN x := 'END_FUNCTION;'; END_IF; (* "
+      "FUNCTION f : REAL; FUNCTION g : REAL; END_FUNCTION; LOCAL x : STRING; END_LOCAL; IF TRUE THEN x := "
+      "'END_FUNCTION;'; END_IF; (* "
       "END_FUNCTION; *) "
       "END_FUNCTION; ENTITY after; END_ENTITY;");
   EXPECT_THAT(text.Findings(), IsEmpty());

@@ -1,7 +1,6 @@
-#include "ExpressionResolver.h"
-
 #include <gmock/gmock.h>
 
+#include "ExpressionResolver.h"
 #include "Printer.h"
 #include "SchemaText.h"
 
@@ -47,29 +46,32 @@ INSTANTIATE_TEST_SUITE_P(
     Types, EveryExpressionType,
     testing::Values(
         TypeRow{"1", "integer"}, TypeRow{"1.0", "real"}, TypeRow{"'a'", "string"}, TypeRow{"%1", "binary"},
-        TypeRow{"TRUE", "boolean"}, TypeRow{"UNKNOWN", "logical"}, TypeRow{"?", "open"}, TypeRow{"PI", "real"},
-        TypeRow{"SELF", "e"}, TypeRow{"i", "integer"}, TypeRow{"z", "real"}, TypeRow{"q", "real"},
-        TypeRow{"k", "string"}, TypeRow{"red", "colour"}, TypeRow{"colour.red", "colour"}, TypeRow{"g", "colour"},
-        TypeRow{"f (1)", "boolean"}, TypeRow{"d (1)", "d"}, TypeRow{"d (1) || base (1.0)", "generic_entity"},
+        TypeRow{"TRUE", "boolean"}, TypeRow{"UNKNOWN", "logical"}, TypeRow{"?", "open"},
+        TypeRow{"PI", "real"}, TypeRow{"SELF", "e"}, TypeRow{"i", "integer"}, TypeRow{"z", "real"},
+        TypeRow{"q", "real"}, TypeRow{"k", "string"}, TypeRow{"red", "colour"},
+        TypeRow{"colour.red", "colour"}, TypeRow{"g", "colour"}, TypeRow{"f (1)", "boolean"},
+        TypeRow{"d (1)", "d"}, TypeRow{"d (1) || base (1.0)", "generic_entity"},
         TypeRow{"SELF\\base", "base"}, TypeRow{"SELF\\base.z", "real"}, TypeRow{"l", "list of list of d"},
         TypeRow{"l[1]", "list of d"}, TypeRow{"l[1][2].a", "integer"}, TypeRow{"l[1][2].z", "real"},
-        TypeRow{"s[1:2]", "string"}, TypeRow{"b[1]", "binary"}, TypeRow{"v.a", "integer"}, TypeRow{"v.z", "real"},
-        TypeRow{"w.a", "open"}, TypeRow{"users", "set of u"}, TypeRow{"user", "u"},
+        TypeRow{"s[1:2]", "string"}, TypeRow{"b[1]", "binary"}, TypeRow{"v.a", "integer"},
+        TypeRow{"v.z", "real"}, TypeRow{"w.a", "open"}, TypeRow{"users", "set of u"}, TypeRow{"user", "u"},
         TypeRow{"users[1].t.i", "integer"}, TypeRow{"i + 1", "integer"}, TypeRow{"i * r", "real"},
         TypeRow{"i - n", "number"}, TypeRow{"i ** 2", "integer"}, TypeRow{"i / 2", "real"},
         TypeRow{"r DIV 2", "integer"}, TypeRow{"i MOD 2", "integer"}, TypeRow{"s + 'a'", "string"},
         TypeRow{"b + %1", "binary"}, TypeRow{"l + l", "list of list of d"}, TypeRow{"-r", "real"},
         TypeRow{"NOT TRUE", "logical"}, TypeRow{"TRUE AND FALSE", "logical"}, TypeRow{"i < 1", "logical"},
         TypeRow{"i IN [1]", "logical"}, TypeRow{"s LIKE 'a'", "logical"}, TypeRow{"{1 < i < 2}", "logical"},
-        TypeRow{"[1]", "open"}, TypeRow{"QUERY (x <* l[1] | x.a > 1)", "list of d"}, TypeRow{"ABS (i)", "integer"},
-        TypeRow{"SIN (r)", "real"}, TypeRow{"SIZEOF (l)", "integer"}, TypeRow{"EXISTS (i)", "boolean"},
-        TypeRow{"ODD (i)", "logical"}, TypeRow{"FORMAT (i, s)", "string"}, TypeRow{"TYPEOF (i)", "set of string"},
-        TypeRow{"USEDIN (SELF, s)", "bag of generic_entity"}, TypeRow{"VALUE (s)", "number"},
-        TypeRow{"NVL (i, 1)", "integer"}, TypeRow{"VALUE_IN (l, i)", "logical"}));
+        TypeRow{"[1]", "open"}, TypeRow{"QUERY (x <* l[1] | x.a > 1)", "list of d"},
+        TypeRow{"ABS (i)", "integer"}, TypeRow{"SIN (r)", "real"}, TypeRow{"SIZEOF (l)", "integer"},
+        TypeRow{"EXISTS (i)", "boolean"}, TypeRow{"ODD (i)", "logical"}, TypeRow{"FORMAT (i, s)", "string"},
+        TypeRow{"TYPEOF (i)", "set of string"}, TypeRow{"USEDIN (SELF, s)", "bag of generic_entity"},
+        TypeRow{"VALUE (s)", "number"}, TypeRow{"NVL (i, 1)", "integer"},
+        TypeRow{"VALUE_IN (l, i)", "logical"}));
 
 TEST(ExpressionResolver, NamesLeadToTheInnermostDeclaration) {
   const SchemaText text = InSchema(
-      "CONSTANT n : REAL := 1.0; END_CONSTANT; FUNCTION f (p : INTEGER) : REAL; LOCAL n : INTEGER := p; END_LOCAL; "
+      "CONSTANT n : REAL := 1.0; END_CONSTANT; FUNCTION f (p : INTEGER) : REAL; LOCAL n : INTEGER := p; "
+      "END_LOCAL; "
       "REPEAT n := 1 TO 2; p := n; END_REPEAT; p := n; ALIAS a FOR n; a := p; END_ALIAS; RETURN (n); "
       "END_FUNCTION;");
   ASSERT_THAT(text.Findings(), IsEmpty());
@@ -79,28 +81,34 @@ TEST(ExpressionResolver, NamesLeadToTheInnermostDeclaration) {
   };
   EXPECT_EQ(declarationOf(*f.locals[0]->initial), f.parameters[0].get());
   const auto& repeat = static_cast<const RepeatStatement&>(*f.statements[0]);
-  EXPECT_EQ(declarationOf(*static_cast<const AssignmentStatement&>(*repeat.body[0]).value), repeat.variable.get());
-  EXPECT_EQ(declarationOf(*static_cast<const AssignmentStatement&>(*f.statements[1]).value), f.locals[0].get());
+  EXPECT_EQ(declarationOf(*static_cast<const AssignmentStatement&>(*repeat.body[0]).value),
+            repeat.variable.get());
+  EXPECT_EQ(declarationOf(*static_cast<const AssignmentStatement&>(*f.statements[1]).value),
+            f.locals[0].get());
   const auto& alias = static_cast<const AliasStatement&>(*f.statements[2]);
-  EXPECT_EQ(declarationOf(*static_cast<const AssignmentStatement&>(*alias.body[0]).target), alias.variable.get());
+  EXPECT_EQ(declarationOf(*static_cast<const AssignmentStatement&>(*alias.body[0]).target),
+            alias.variable.get());
   EXPECT_EQ(alias.variable->valueType, f.locals[0]->valueType);
 }
 
 TEST(ExpressionResolver, AttributeIsTheOneThatTheEntityHas) {
   const SchemaText text = InSchema(
-      "ENTITY a; x : NUMBER; END_ENTITY; ENTITY b SUBTYPE OF (a); SELF\\a.x : REAL; WHERE x > 0.0; SELF\\a.x > 0.0; "
+      "ENTITY a; x : NUMBER; END_ENTITY; ENTITY b SUBTYPE OF (a); SELF\\a.x : REAL; WHERE x > 0.0; SELF\\a.x "
+      "> 0.0; "
       "END_ENTITY;");
   ASSERT_THAT(text.Findings(), IsEmpty());
   const Entity& b = text.GetEntity("b");
   const auto& own = static_cast<const Operation&>(*b.where[0].expression);
   EXPECT_EQ(static_cast<const NameReference&>(*own.left).referent.attribute, &b.attributes[0]);
   const auto& inherited = static_cast<const Operation&>(*b.where[1].expression);
-  EXPECT_EQ(static_cast<const Member&>(*inherited.left).referent.attribute, &text.GetEntity("a").attributes[0]);
+  EXPECT_EQ(static_cast<const Member&>(*inherited.left).referent.attribute,
+            &text.GetEntity("a").attributes[0]);
 }
 
 TEST(ExpressionResolver, ItemOfSeveralEnumerationsIsToldByTheOtherOperand) {
   const SchemaText text = InSchema(
-      "TYPE p = ENUMERATION OF (x, both); END_TYPE; TYPE q = ENUMERATION OF (both); END_TYPE; ENTITY e; a : q; b : p; "
+      "TYPE p = ENUMERATION OF (x, both); END_TYPE; TYPE q = ENUMERATION OF (both); END_TYPE; ENTITY e; a : "
+      "q; b : p; "
       "WHERE a = both; both = b; END_ENTITY;");
   ASSERT_THAT(text.Findings(), IsEmpty());
   const Entity& e = text.GetEntity("e");
@@ -116,7 +124,8 @@ TEST(ExpressionResolver, ItemOfSeveralEnumerationsIsToldByTheOtherOperand) {
 
 TEST(ExpressionResolver, LocalDeclarationsAreVisibleInTheirAlgorithmOnly) {
   const SchemaText text = InSchema(
-      "FUNCTION f : REAL; TYPE t = REAL; END_TYPE; ENTITY le; y : t; END_ENTITY; CONSTANT c : t := 1.0; END_CONSTANT; "
+      "FUNCTION f : REAL; TYPE t = REAL; END_TYPE; ENTITY le; y : t; END_ENTITY; CONSTANT c : t := 1.0; "
+      "END_CONSTANT; "
       "FUNCTION g (x : t) : t; RETURN (x + c); END_FUNCTION; LOCAL v : le := le (1.0); END_LOCAL; "
       "RETURN (g (v.y)); END_FUNCTION; FUNCTION h : t; RETURN (c + g (1.0)); END_FUNCTION;");
   EXPECT_THAT(text.Findings(),
@@ -126,14 +135,15 @@ TEST(ExpressionResolver, LocalDeclarationsAreVisibleInTheirAlgorithmOnly) {
 
 TEST(ExpressionResolver, RuleSeesPopulations) {
   const SchemaText text = InSchema(
-      "ENTITY a; x : REAL; END_ENTITY; RULE r FOR (a); WHERE SIZEOF (QUERY (i <* a | i.x > 0.0)) = 0; END_RULE;");
+      "ENTITY a; x : REAL; END_ENTITY; RULE r FOR (a); WHERE SIZEOF (QUERY (i <* a | i.x > 0.0)) = 0; "
+      "END_RULE;");
   ASSERT_THAT(text.Findings(), IsEmpty());
   EXPECT_THAT(LastAlgorithm(text).populationEntities, ElementsAre(&text.GetEntity("a")));
 }
 
 TEST(ExpressionResolver, AttributeOfASubtypeIsLeftOpen) {
-  const SchemaText text = InSchema(
-      "ENTITY a; WHERE SELF.x > 0.0; END_ENTITY; ENTITY b SUBTYPE OF (a); x : REAL; END_ENTITY;");
+  const SchemaText text =
+      InSchema("ENTITY a; WHERE SELF.x > 0.0; END_ENTITY; ENTITY b SUBTYPE OF (a); x : REAL; END_ENTITY;");
   EXPECT_THAT(text.Findings(), IsEmpty());
 }
 

@@ -1,7 +1,6 @@
-#include "Printer.h"
-
 #include <gmock/gmock.h>
 
+#include "Printer.h"
 #include "SchemaText.h"
 
 namespace VELMAR::Express {
@@ -41,7 +40,8 @@ class EveryExpression : public testing::TestWithParam<ExpressionRow> {
  protected:
   static SchemaText Read(const std::string& expression) {
     return InSchema(
-        "TYPE colour = ENUMERATION OF (red, green); END_TYPE; ENTITY d; x : INTEGER; END_ENTITY; ENTITY e; a, b, c : INTEGER; p, q, r : LOGICAL; "
+        "TYPE colour = ENUMERATION OF (red, green); END_TYPE; ENTITY d; x : INTEGER; END_ENTITY; ENTITY e; "
+        "a, b, c : INTEGER; p, q, r : LOGICAL; "
         "l : LIST OF INTEGER; s : STRING; n : e; i : BINARY; "
         "WHERE " +
         expression + "; END_ENTITY; FUNCTION f (x : INTEGER) : INTEGER; RETURN (x); END_FUNCTION;");
@@ -149,16 +149,21 @@ TEST(Printer, PrintsEveryDeclaration) {
       "ENTITY r\n  ABSTRACT SUPERTYPE OF (ONEOF (x, y ANDOR z) AND (z ANDOR x));\n  v : OPTIONAL NUMBER;\n"
       "  w : ARRAY [1 : k] OF OPTIONAL UNIQUE REAL;\nEND_ENTITY;\n\n"
       "ENTITY x\n  SUBTYPE OF (r);\n  SELF\\r.v RENAMED u : REAL;\nDERIVE\n  d : REAL := u * 2.0;\nINVERSE\n"
-      "  i : BAG [0 : ?] OF z FOR o;\n  j : z FOR z.o;\nUNIQUE\n  u1 : d, SELF\\r.w;\n  u;\nWHERE\n  d > 0.0;\n"
+      "  i : BAG [0 : ?] OF z FOR o;\n  j : z FOR z.o;\nUNIQUE\n  u1 : d, SELF\\r.w;\n  u;\nWHERE\n  d > "
+      "0.0;\n"
       "END_ENTITY;\n\n"
-      "ENTITY y ABSTRACT\n  SUBTYPE OF (r);\nEND_ENTITY;\n\nENTITY z\n  SUBTYPE OF (r);\n  o : x;\nEND_ENTITY;\n\n"
+      "ENTITY y ABSTRACT\n  SUBTYPE OF (r);\nEND_ENTITY;\n\nENTITY z\n  SUBTYPE OF (r);\n  o : "
+      "x;\nEND_ENTITY;\n\n"
       "SUBTYPE_CONSTRAINT sc FOR r;\n  ABSTRACT SUPERTYPE;\n  TOTAL_OVER (x, y);\n  ONEOF (x, y);\n"
       "END_SUBTYPE_CONSTRAINT;\n\n"
-      "FUNCTION f (g : AGGREGATE : l OF GENERIC : e; h : GENERIC_ENTITY : n) : SET [1 : 2] OF GENERIC : e;\n\n"
+      "FUNCTION f (g : AGGREGATE : l OF GENERIC : e; h : GENERIC_ENTITY : n) : SET [1 : 2] OF GENERIC : "
+      "e;\n\n"
       "  FUNCTION inner : REAL;\n    RETURN (1.0);\n  END_FUNCTION;\n\n"
       "  RETURN (g);\nEND_FUNCTION;\n\n"
-      "RULE ru FOR (x, y);\n  LOCAL\n    n : INTEGER := 0;\n  END_LOCAL;\n  n := SIZEOF (x);\nWHERE\n  wr1 : n = 0;\n"
-      "END_RULE;\n\nEND_SCHEMA;\n\nSCHEMA t;\n\nENTITY a;\nEND_ENTITY;\n\nENTITY b;\nEND_ENTITY;\n\nEND_SCHEMA;\n";
+      "RULE ru FOR (x, y);\n  LOCAL\n    n : INTEGER := 0;\n  END_LOCAL;\n  n := SIZEOF (x);\nWHERE\n  wr1 : "
+      "n = 0;\n"
+      "END_RULE;\n\nEND_SCHEMA;\n\nSCHEMA t;\n\nENTITY a;\nEND_ENTITY;\n\nENTITY "
+      "b;\nEND_ENTITY;\n\nEND_SCHEMA;\n";
   const SchemaText text(schema);
   EXPECT_EQ(text.diagnostics.ErrorCount(), 0u) << testing::PrintToString(text.Findings());
   EXPECT_EQ(Printed(text), schema);

@@ -19,9 +19,7 @@ namespace fs = std::filesystem;
 class Program : public testing::Test {
  protected:
   void SetUp() override {
-    folder_ =
-        fs::temp_directory_path() /
-        ("velmar-express-" + std::to_string(getpid()));
+    folder_ = fs::temp_directory_path() / ("velmar-express-" + std::to_string(getpid()));
     fs::remove_all(folder_);
     fs::create_directories(folder_);
     Write("good.exp", "SCHEMA good; ENTITY a; END_ENTITY; END_SCHEMA;");
@@ -84,14 +82,16 @@ TEST_F(Program, ListWritesPlaceKindAndName) {
 TEST_F(Program, InterfacedSchemasAreFoundOnTheSearchPath) {
   fs::create_directories(folder_ / "one");
   fs::create_directories(folder_ / "two");
-  Write("main.exp", "SCHEMA main; USE FROM Middle (m AS n); ENTITY x SUBTYPE OF (n); END_ENTITY; END_SCHEMA;");
+  Write("main.exp",
+        "SCHEMA main; USE FROM Middle (m AS n); ENTITY x SUBTYPE OF (n); END_ENTITY; END_SCHEMA;");
   Write("one/MIDDLE.EXP", "SCHEMA middle; USE FROM last; ENTITY m SUBTYPE OF (l); END_ENTITY; END_SCHEMA;");
   Write("one/last.exp", "SCHEMA something_else; END_SCHEMA;");
   Write("two/last.exp", "SCHEMA last; USE FROM main (x); ENTITY l; END_ENTITY; END_SCHEMA;");
   EXPECT_EQ(Run("check main.exp"), 1);
-  EXPECT_THAT(Content("stderr.txt"),
-              StartsWith("main.exp:1:23: error: unknown schema 'middle' [E023]; give the file that declares it, "
-                         "too, or its folder with -I\n"));
+  EXPECT_THAT(
+      Content("stderr.txt"),
+      StartsWith("main.exp:1:23: error: unknown schema 'middle' [E023]; give the file that declares it, "
+                 "too, or its folder with -I\n"));
   EXPECT_EQ(Run("check -I one main.exp"), 1);
   EXPECT_THAT(Content("stderr.txt"), HasSubstr("unknown schema 'last' [E023]"));
   EXPECT_EQ(Run("check main.exp -I one -I two"), 0);
