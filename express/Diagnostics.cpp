@@ -24,9 +24,8 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E012", Severity::Error, "Every declaration and statement that opens a block closes it (annex A)."},
     {"E013", Severity::Error, "An END_ word closes the innermost open block of its kind (annex A)."},
     {"E014", Severity::Error,
-     "Types, supertype expressions, statements and algorithms are read to a nesting depth of 200, "
-     "expressions to "
-     "one of 1000."},
+     "Types, supertype expressions, brackets, statements and algorithms are read to a nesting depth of 200, "
+     "expressions to one of 500."},
     {"E015", Severity::Error, "An EXPRESS text holds at least one schema (annex A, syntax)."},
     {"E016", Severity::Error, "A derived attribute gives the expression that derives it (9.2.1.2)."},
     {"E017", Severity::Error, "Numbers have the range of 64-bit integers and double precision reals."},

@@ -900,14 +900,14 @@ class Parser {
   }
 
   [[noreturn]] void FailTooDeepExpression() {
-    FailTooDeep("the expression is nested deeper than 1000 levels");
+    FailTooDeep("the expression is nested deeper than 500 levels");
   }
 
   // expression = simple_expression [ rel_op_extended simple_expression ] .
   ExpressionPtr Expr() {
-    if (++nesting_ > kDeepestExpression) {
+    if (++nesting_ > kDeepest) {
       nesting_ = 0;
-      FailTooDeepExpression();
+      FailTooDeep("brackets are nested deeper than 200 levels");
     }
     ExpressionPtr left = SimpleExpr();
     const std::optional<Operator> op = BinaryOperator(1);
@@ -1195,9 +1195,9 @@ class Parser {
 
   // A numeric expression within brackets; counts as a level.
   ExpressionPtr SimpleExprNested() {
-    if (++nesting_ > kDeepestExpression) {
+    if (++nesting_ > kDeepest) {
       nesting_ = 0;
-      FailTooDeepExpression();
+      FailTooDeep("brackets are nested deeper than 200 levels");
     }
     ExpressionPtr expression = SimpleExpr();
     --nesting_;

@@ -14,7 +14,7 @@ namespace VELMAR::Express {
 ///
 /// Everything is read: what cannot be is reported and passed over up to the next declaration, or within an
 /// entity up to the next attribute, within an algorithm up to the next statement. Linear; types and
-/// statements nest at most 200 levels deep, expressions 1,000.
+/// statements nest at most 200 levels deep, expressions 500.
 void ParseFile(Model& model, SourceFile file, Diagnostics& diagnostics);
 
 }  // namespace VELMAR::Express

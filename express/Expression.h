@@ -22,7 +22,7 @@ struct Entity;
 struct SchemaDeclaration;
 struct TypeExpression;
 
-constexpr int kDeepestExpression = 1000;
+constexpr int kDeepestExpression = 500;
 
 /// A name as it stands somewhere in a text.
 struct Name {
