@@ -36,6 +36,8 @@ enum class Code {
   TooDeep,
   NoSchema,
   NoExpression,
+  NumberRange,
+  WrongArguments,
   UnknownType,
   UnknownEntity,
   UnknownSchema,
@@ -56,7 +58,16 @@ enum class Code {
   GenericAttribute,
   NotASubtype,
   InverseNotReferring,
+  UnknownName,
+  NotAValue,
+  NotAProcedure,
+  NotAssignable,
+  NotAnInstance,
   ReservedSchemaName,
+  AmbiguousItem,
+  Unreachable,
+  UnusedLocal,
+  InstanceComparison,
   kCount
 };
 

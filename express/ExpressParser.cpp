@@ -1,8 +1,12 @@
 #include "ExpressParser.h"
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
+#include <system_error>
 #include <utility>
+
+#include "Lexer.h"
 
 namespace VELMAR::Express {
 namespace {
@@ -11,6 +15,9 @@ constexpr int kDeepest = 200;
 
 // Thrown after a syntax error has been reported; caught where parsing can go on.
 struct SyntaxError {};
+
+// A syntax error that leaves open where the blocks around it end: the whole algorithm is passed over.
+struct BlockError : SyntaxError {};
 
 // The words that open a block and the word that closes it.
 struct Block {
@@ -70,7 +77,7 @@ bool StartsDeclaration(TokenKind kind) {
 class Parser {
  public:
   Parser(Model& model, Model::File& file, Diagnostics& diagnostics)
-      : model_(model), file_(file), diagnostics_(diagnostics), tokens_(file.tokens) {
+      : model_(model), file_(file), diagnostics_(diagnostics), tokens_(Tokenize(*file.source, diagnostics)) {
     // A remark that is never closed hides the end of the text: what is missing there has no message of its
     // own.
     for (const Diagnostic& diagnostic : diagnostics.All()) {
@@ -105,7 +112,6 @@ class Parser {
 
   Location PlaceOf(const Token& token) const { return {file_.source.get(), token.offset, token.length}; }
   Location Here() const { return PlaceOf(tokens_[at_]); }
-  std::uint32_t Index() const { return static_cast<std::uint32_t>(at_); }
 
   std::string_view TextOf(const Token& token) const { return file_.source->Text(token.offset, token.length); }
 
@@ -270,6 +276,8 @@ class Parser {
     Expect(TokenKind::Schema);
     model_.schemas.push_back(std::make_unique<SchemaDeclaration>());
     schema_ = model_.schemas.back().get();
+    declarations_ = &schema_->declarations;
+    declared_ = nullptr;
     schema_->name = SchemaName();
     if (Kind() == TokenKind::StringLiteral || Kind() == TokenKind::EncodedStringLiteral) {
       const std::string_view text = TextOf(tokens_[at_++]);
@@ -301,8 +309,11 @@ class Parser {
     while (Kind() != TokenKind::EndSchema && Kind() != TokenKind::EndOfFile && Kind() != TokenKind::Schema) {
       const std::size_t start = at_;
       try {
+        nesting_ = blockDepth_ = algorithmDepth_ = 0;
+        declarations_ = &schema_->declarations;
         Declaration();
       } catch (const SyntaxError&) {
+        if (!schema_->declarations.empty()) schema_->declarations.back()->damaged = true;
         if (at_ == start) ++at_;
         SkipToDeclaration();
       }
@@ -368,9 +379,9 @@ class Parser {
       Expect(TokenKind::Colon);
       constant->type = ParameterType();
       Expect(TokenKind::Assign);
-      constant->expression = Expression(TokenKind::Semicolon);
+      constant->expression = Expr();
       Expect(TokenKind::Semicolon);
-      schema_->declarations.push_back(std::move(constant));
+      declarations_->push_back(std::move(constant));
     }
     if (Kind() != TokenKind::EndConstant) FailNotClosed(begin, "CONSTANT", TokenKind::EndConstant);
     ++at_;
@@ -387,7 +398,7 @@ class Parser {
     DefinedType& declared = *type;
     Expect(TokenKind::Equal);
     declared.underlying = UnderlyingType();
-    schema_->declarations.push_back(std::move(type));
+    declarations_->push_back(std::move(type));
     Expect(TokenKind::Semicolon);
     if (Get(TokenKind::Where)) declared.where = Rules();
     if (Kind() != TokenKind::EndType)
@@ -494,7 +505,7 @@ class Parser {
     }
     ++at_;
     if (type.kind == TypeKind::Aggregate) {
-      TypeLabel();
+      TypeLabel(type);
     } else if (Kind() == TokenKind::LeftBracket) {
       type.hasBounds = true;
       BoundSpec(type.lower, type.upper);
@@ -507,17 +518,18 @@ class Parser {
   }
 
   // [ ':' type_label ]
-  void TypeLabel() {
-    if (Get(TokenKind::Colon)) ExpectName("a type label");
+  void TypeLabel(TypeExpression& type) {
+    if (Get(TokenKind::Colon)) type.label = ExpectName("a type label");
   }
 
   // bound_spec = '[' bound_1 ':' bound_2 ']' .
-  void BoundSpec(TokenRange& lower, TokenRange& upper) {
+  void BoundSpec(ExpressionPtr& lower, ExpressionPtr& upper) {
+    const Location open = Here();
     Expect(TokenKind::LeftBracket);
-    lower = Expression(TokenKind::Colon);
+    lower = SimpleExprNested();
     Expect(TokenKind::Colon);
-    upper = Expression(TokenKind::RightBracket);
-    Expect(TokenKind::RightBracket);
+    upper = SimpleExprNested();
+    Close(TokenKind::RightBracket, open);
   }
 
   // simple_types, named_types, generic_type, generic_entity_type.
@@ -562,11 +574,11 @@ class Parser {
         return;
     }
     ++at_;
-    if (type.kind == TypeKind::Generic || type.kind == TypeKind::GenericEntity) TypeLabel();
+    if (type.kind == TypeKind::Generic || type.kind == TypeKind::GenericEntity) TypeLabel(type);
     const bool hasWidth =
         type.kind == TypeKind::Real || type.kind == TypeKind::String || type.kind == TypeKind::Binary;
     if (hasWidth && Get(TokenKind::LeftParenthesis)) {
-      type.width = Expression(TokenKind::RightParenthesis);
+      type.width = SimpleExprNested();
       Expect(TokenKind::RightParenthesis);
       type.fixed = type.kind != TypeKind::Real && Get(TokenKind::Fixed);
     }
@@ -580,7 +592,7 @@ class Parser {
     ++at_;
     auto owned = std::make_unique<Entity>(ExpectName("the entity's name"), schema_);
     entity_ = owned.get();
-    schema_->declarations.push_back(std::move(owned));
+    declarations_->push_back(std::move(owned));
     EntityHead();
     EntityBody();
     if (Kind() != TokenKind::EndEntity) {
@@ -704,6 +716,8 @@ class Parser {
     try {
       parse();
     } catch (const SyntaxError&) {
+      entity_->damaged = true;
+      nesting_ = 0;
       if (at_ == start && !EndsAttributes(Kind())) ++at_;
       SkipToNextAttribute();
     }
@@ -737,7 +751,7 @@ class Parser {
       throw SyntaxError();
     }
     Expect(TokenKind::Assign);
-    attribute.expression = Expression(TokenKind::Semicolon);
+    attribute.expression = Expr();
     Expect(TokenKind::Semicolon);
   }
 
@@ -794,14 +808,14 @@ class Parser {
       ++at_;
     }
     do {
-      const std::uint32_t begin = Index();
+      UniqueAttribute attribute;
       if (Get(TokenKind::Self)) {
         Expect(TokenKind::Backslash);
-        ExpectName("the name of a supertype");
+        attribute.group = ExpectName("the name of a supertype");
         Expect(TokenKind::Dot);
       }
-      ExpectName("the name of an attribute");
-      rule.attributes.push_back({begin, Index()});
+      attribute.name = ExpectName("the name of an attribute");
+      rule.attributes.push_back(std::move(attribute));
     } while (Get(TokenKind::Comma));
     Expect(TokenKind::Semicolon);
     entity_->unique.push_back(std::move(rule));
@@ -817,7 +831,7 @@ class Parser {
         rule.label = ExpectName("a label");
         ++at_;
       }
-      rule.tokens = Expression(TokenKind::Semicolon);
+      rule.expression = Expr();
       Expect(TokenKind::Semicolon);
       rules.push_back(std::move(rule));
     }
@@ -837,7 +851,7 @@ class Parser {
     ++at_;
     auto owned = std::make_unique<SubtypeConstraint>(ExpectName("the constraint's name"), schema_);
     SubtypeConstraint& constraint = *owned;
-    schema_->declarations.push_back(std::move(owned));
+    declarations_->push_back(std::move(owned));
     Expect(TokenKind::For);
     constraint.entityName = ExpectName("the name of an entity");
     Expect(TokenKind::Semicolon);
@@ -870,108 +884,839 @@ class Parser {
     Expect(TokenKind::Semicolon);
   }
 
-  // ---- expressions and algorithms ---------------------------------------------------------------
+  // ---- expressions ------------------------------------------------------------------------------
 
-  // The tokens up to `end` outside of all brackets. At least one token; brackets match.
-  TokenRange Expression(TokenKind end) {
-    TokenRange range{Index(), Index()};
-    std::vector<std::size_t> open;
-    for (; !(open.empty() && Kind() == end); ++at_) {
-      const TokenKind kind = Kind();
-      if (kind == TokenKind::LeftParenthesis || kind == TokenKind::LeftBracket ||
-          kind == TokenKind::LeftBrace) {
-        open.push_back(at_);
-      } else if (kind == TokenKind::RightParenthesis || kind == TokenKind::RightBracket ||
-                 kind == TokenKind::RightBrace) {
-        const TokenKind partner = open.empty() ? TokenKind::EndOfFile : Partner(tokens_[open.back()].kind);
-        if (partner != kind) Fail(open.empty() ? DescribeKind(end) : DescribeKind(partner));
-        open.pop_back();
-      } else if (kind == TokenKind::Semicolon || kind == TokenKind::EndOfFile || ClosesBlock(kind) ||
-                 OpensBlock(kind)) {
-        FailExpression(open, range, end);
-      }
-    }
-    range.end = Index();
-    if (range.IsEmpty()) Fail("an expression");
-    return range;
+  [[noreturn]] void FailTooDeep(const char* what) {
+    diagnostics_.Report(Code::TooDeep, Here(), what);
+    throw BlockError();
   }
 
-  [[noreturn]] void FailExpression(const std::vector<std::size_t>& open, const TokenRange& range,
-                                   TokenKind end) {
-    if (!open.empty()) {
-      const Token& bracket = tokens_[open.back()];
-      diagnostics_.Report(Code::Expected, Here(),
-                          "expected " + DescribeKind(Partner(bracket.kind)) + ", found " + Found(),
-                          PlaceOf(bracket), "the bracket opened here");
-      throw SyntaxError();
-    }
-    Fail(range.begin == Index() ? "an expression" : DescribeKind(end));
+  // Takes the operand into account for the depth of the node; gives the operand back to be kept.
+  ExpressionPtr Under(Expression& node, ExpressionPtr operand) {
+    const int depth = operand->depth + 1;
+    if (depth > kDeepestExpression) FailTooDeepExpression();
+    node.depth = std::max(node.depth, static_cast<std::uint16_t>(depth));
+    return operand;
   }
 
-  static TokenKind Partner(TokenKind opening) {
-    switch (opening) {
-      case TokenKind::LeftParenthesis:
-        return TokenKind::RightParenthesis;
-      case TokenKind::LeftBracket:
-        return TokenKind::RightBracket;
-      default:
-        return TokenKind::RightBrace;
-    }
+  [[noreturn]] void FailTooDeepExpression() {
+    FailTooDeep("the expression is nested deeper than 500 levels");
   }
 
-  // function_decl = FUNCTION function_id ... END_FUNCTION ';' ; likewise PROCEDURE and RULE.
-  //
-  // Passed over with a stack of the blocks that are open, so that an END_ word that fits none of them is
-  // found.
-  void AlgorithmDecl(DeclarationKind kind) {
-    std::vector<std::size_t> open{at_};
+  // expression = simple_expression [ rel_op_extended simple_expression ] .
+  ExpressionPtr Expr() {
+    if (++nesting_ > kDeepest) {
+      nesting_ = 0;
+      FailTooDeep("brackets are nested deeper than 200 levels");
+    }
+    ExpressionPtr left = SimpleExpr();
+    const std::optional<Operator> op = BinaryOperator(1);
+    if (op) left = Combined(std::move(left), *op, [&] { return SimpleExpr(); });
+    --nesting_;
+    return left;
+  }
+
+  // simple_expression = term { add_like_op term } .
+  ExpressionPtr SimpleExpr() {
+    return Chain(2, [&] { return Chain(3, [&] { return Factor(); }); });
+  }
+
+  // factor = simple_factor [ '**' simple_factor ] .
+  ExpressionPtr Factor() {
+    ExpressionPtr left = SimpleFactor();
+    if (BinaryOperator(4)) left = Combined(std::move(left), Operator::Power, [&] { return SimpleFactor(); });
+    return left;
+  }
+
+  template <class Parse>
+  ExpressionPtr Chain(int precedence, Parse operand) {
+    ExpressionPtr left = operand();
+    while (const std::optional<Operator> op = BinaryOperator(precedence)) {
+      left = Combined(std::move(left), *op, operand);
+    }
+    return left;
+  }
+
+  template <class Parse>
+  ExpressionPtr Combined(ExpressionPtr left, Operator op, Parse right) {
+    auto operation = std::make_unique<Operation>(Here(), op);
     ++at_;
-    auto algorithm = std::make_unique<Algorithm>(kind, ExpectName("a name"), schema_);
-    algorithm->tokens.begin = Index();
-    while (!open.empty()) {
-      const TokenKind found = Kind();
-      if (found == TokenKind::EndOfFile || found == TokenKind::Schema || found == TokenKind::EndSchema) {
-        const Token& block = tokens_[open.back()];
-        FailNotClosed(PlaceOf(block), DescribeKind(block.kind), EndOf(block.kind));
+    operation->left = Under(*operation, std::move(left));
+    operation->right = Under(*operation, right());
+    return operation;
+  }
+
+  // The operator with two operands at the current token, if it has that precedence.
+  std::optional<Operator> BinaryOperator(int precedence) const {
+    std::optional<Operator> op;
+    switch (Kind()) {
+      case TokenKind::Less:
+        op = Operator::Less;
+        break;
+      case TokenKind::Greater:
+        op = Operator::Greater;
+        break;
+      case TokenKind::LessEqual:
+        op = Operator::LessEqual;
+        break;
+      case TokenKind::GreaterEqual:
+        op = Operator::GreaterEqual;
+        break;
+      case TokenKind::NotEqual:
+        op = Operator::NotEqual;
+        break;
+      case TokenKind::Equal:
+        op = Operator::Equal;
+        break;
+      case TokenKind::InstanceNotEqual:
+        op = Operator::InstanceNotEqual;
+        break;
+      case TokenKind::InstanceEqual:
+        op = Operator::InstanceEqual;
+        break;
+      case TokenKind::In:
+        op = Operator::In;
+        break;
+      case TokenKind::Like:
+        op = Operator::Like;
+        break;
+      case TokenKind::Plus:
+        op = Operator::Add;
+        break;
+      case TokenKind::Minus:
+        op = Operator::Subtract;
+        break;
+      case TokenKind::Or:
+        op = Operator::Or;
+        break;
+      case TokenKind::Xor:
+        op = Operator::Xor;
+        break;
+      case TokenKind::Times:
+        op = Operator::Multiply;
+        break;
+      case TokenKind::Slash:
+        op = Operator::Divide;
+        break;
+      case TokenKind::Div:
+        op = Operator::IntegerDivide;
+        break;
+      case TokenKind::Mod:
+        op = Operator::Modulo;
+        break;
+      case TokenKind::And:
+        op = Operator::And;
+        break;
+      case TokenKind::BarBar:
+        op = Operator::Combine;
+        break;
+      case TokenKind::Power:
+        op = Operator::Power;
+        break;
+      default:
+        return std::nullopt;
+    }
+    return OperatorRowOf(*op).precedence == precedence ? op : std::nullopt;
+  }
+
+  // simple_factor = aggregate_initializer | entity_constructor | enumeration_reference | interval
+  //               | query_expression | ( [ unary_op ] ( '(' expression ')' | primary ) ) .
+  ExpressionPtr SimpleFactor() {
+    const std::optional<Operator> op = UnaryOperator();
+    if (!op) return UnsignedFactor();
+    auto unary = std::make_unique<Unary>(Here(), *op);
+    ++at_;
+    if (UnaryOperator()) Fail("an operand (a second sign or NOT needs parentheses)");
+    unary->operand = Under(*unary, UnsignedFactor());
+    return unary;
+  }
+
+  std::optional<Operator> UnaryOperator() const {
+    switch (Kind()) {
+      case TokenKind::Plus:
+        return Operator::Plus;
+      case TokenKind::Minus:
+        return Operator::Minus;
+      case TokenKind::Not:
+        return Operator::Not;
+      default:
+        return std::nullopt;
+    }
+  }
+
+  ExpressionPtr UnsignedFactor() {
+    const Location where = Here();
+    switch (Kind()) {
+      case TokenKind::LeftParenthesis: {
+        ++at_;
+        ExpressionPtr inner = Expr();
+        Close(TokenKind::RightParenthesis, where);
+        return inner;
       }
-      if (ClosesBlock(found)) {
-        const Token& block = tokens_[open.back()];
-        if (EndOf(block.kind) != found) {
-          diagnostics_.Report(Code::WrongEnd, Here(),
-                              "expected " + DescribeKind(EndOf(block.kind)) + ", found " + Found(),
-                              PlaceOf(block), DescribeKind(block.kind) + " opened here");
-          LeaveAlgorithm(EndOf(tokens_[open.front()].kind));
-          break;
-        }
-        open.pop_back();
-        if (open.empty()) break;
-      } else if (OpensBlock(found)) {
-        open.push_back(at_);
+      case TokenKind::LeftBracket:
+        return AggregateInitializer();
+      case TokenKind::LeftBrace:
+        return Interval();
+      case TokenKind::Query:
+        return Query();
+      default:
+        return Qualified(Primary());
+    }
+  }
+
+  // primary = literal | qualifiable_factor { qualifier } .
+  ExpressionPtr Primary() {
+    const Location where = Here();
+    switch (Kind()) {
+      case TokenKind::IntegerLiteral:
+        return Integer();
+      case TokenKind::RealLiteral:
+        return Real();
+      case TokenKind::StringLiteral:
+        return SimpleString();
+      case TokenKind::EncodedStringLiteral:
+        return EncodedString();
+      case TokenKind::BinaryLiteral:
+        return std::make_unique<BinaryLiteral>(where, std::string(TextOf(tokens_[at_++]).substr(1)));
+      case TokenKind::Question:
+        ++at_;
+        return std::make_unique<IndeterminateLiteral>(where);
+      case TokenKind::Self:
+        ++at_;
+        return std::make_unique<SelfReference>(where);
+      case TokenKind::Builtin:
+        return BuiltinPrimary();
+      case TokenKind::Identifier:
+        break;
+      default:
+        Fail("an expression");
+    }
+    if (Kind(1) != TokenKind::LeftParenthesis) return std::make_unique<NameReference>(TakeName());
+    auto call = std::make_unique<Call>(TakeName());
+    call->arguments = Arguments(*call);
+    return call;
+  }
+
+  ExpressionPtr BuiltinPrimary() {
+    const Location where = Here();
+    const Builtin builtin = BuiltinAt(at_);
+    switch (builtin) {
+      case Builtin::False:
+        ++at_;
+        return std::make_unique<LogicalLiteral>(where, LogicalValue::False);
+      case Builtin::True:
+        ++at_;
+        return std::make_unique<LogicalLiteral>(where, LogicalValue::True);
+      case Builtin::Unknown:
+        ++at_;
+        return std::make_unique<LogicalLiteral>(where, LogicalValue::Unknown);
+      default:
+        break;
+    }
+    const BuiltinRow& row = BuiltinRowOf(builtin);
+    if (row.kind == BuiltinRow::Procedure) Fail("an expression");
+    ++at_;
+    if (row.kind == BuiltinRow::Constant) return std::make_unique<BuiltinConstant>(where, builtin);
+    auto call = std::make_unique<BuiltinCall>(where, builtin);
+    if (Kind() != TokenKind::LeftParenthesis) Fail("'('");
+    call->arguments = Arguments(*call);
+    CheckArguments(row, call->arguments.size(), where);
+    return call;
+  }
+
+  void CheckArguments(const BuiltinRow& row, std::size_t given, const Location& where) {
+    if (given == static_cast<std::size_t>(row.arguments)) return;
+    diagnostics_.Report(Code::WrongArguments, where,
+                        std::string(row.name) + " takes " + std::to_string(row.arguments) +
+                            (row.arguments == 1 ? " argument, not " : " arguments, not ") +
+                            std::to_string(given));
+  }
+
+  Builtin BuiltinAt(std::size_t token) const {
+    std::string name = LowerCase(TextOf(tokens_[token]));
+    for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return FindBuiltin(name);
+  }
+
+  // '(' [ expression { ',' expression } ] ')' .
+  std::vector<ExpressionPtr> Arguments(Expression& node) {
+    std::vector<ExpressionPtr> arguments = Arguments();
+    for (ExpressionPtr& argument : arguments) argument = Under(node, std::move(argument));
+    return arguments;
+  }
+
+  std::vector<ExpressionPtr> Arguments() {
+    std::vector<ExpressionPtr> arguments;
+    const Location open = Here();
+    Expect(TokenKind::LeftParenthesis);
+    if (Kind() != TokenKind::RightParenthesis) {
+      do {
+        arguments.push_back(Expr());
+      } while (Get(TokenKind::Comma));
+    }
+    Close(TokenKind::RightParenthesis, open);
+    return arguments;
+  }
+
+  // The bracket that closes the one at `open`.
+  void Close(TokenKind bracket, const Location& open) {
+    if (Get(bracket)) return;
+    if (IsHidden()) throw SyntaxError();
+    diagnostics_.Report(Code::Expected, HereOrAtEnd(),
+                        "expected " + DescribeKind(bracket) + ", found " + Found(), open,
+                        "the bracket opened here");
+    throw SyntaxError();
+  }
+
+  // qualifier = attribute_qualifier | group_qualifier | index_qualifier .
+  ExpressionPtr Qualified(ExpressionPtr operand) {
+    for (;;) {
+      if (Get(TokenKind::Dot)) {
+        auto member = std::make_unique<Member>(ExpectName("the name of an attribute"));
+        member->operand = Under(*member, std::move(operand));
+        operand = std::move(member);
+      } else if (Get(TokenKind::Backslash)) {
+        auto group = std::make_unique<Group>(ExpectName("the name of an entity"));
+        group->operand = Under(*group, std::move(operand));
+        operand = std::move(group);
+      } else if (Kind() == TokenKind::LeftBracket) {
+        auto index = std::make_unique<VELMAR::Express::Index>(Here());
+        ++at_;
+        index->operand = Under(*index, std::move(operand));
+        index->first = Under(*index, SimpleExprNested());
+        if (Get(TokenKind::Colon)) index->last = Under(*index, SimpleExprNested());
+        Close(TokenKind::RightBracket, index->where);
+        operand = std::move(index);
+      } else {
+        return operand;
       }
+    }
+  }
+
+  // A numeric expression within brackets; counts as a level.
+  ExpressionPtr SimpleExprNested() {
+    if (++nesting_ > kDeepest) {
+      nesting_ = 0;
+      FailTooDeep("brackets are nested deeper than 200 levels");
+    }
+    ExpressionPtr expression = SimpleExpr();
+    --nesting_;
+    return expression;
+  }
+
+  // aggregate_initializer = '[' [ element { ',' element } ] ']' .
+  // element = expression [ ':' repetition ] .
+  ExpressionPtr AggregateInitializer() {
+    auto aggregate = std::make_unique<VELMAR::Express::AggregateInitializer>(Here());
+    ++at_;
+    if (Kind() != TokenKind::RightBracket) {
+      do {
+        VELMAR::Express::AggregateInitializer::Element element;
+        element.value = Under(*aggregate, Expr());
+        if (Get(TokenKind::Colon)) element.repetition = Under(*aggregate, SimpleExprNested());
+        aggregate->elements.push_back(std::move(element));
+      } while (Get(TokenKind::Comma));
+    }
+    Close(TokenKind::RightBracket, aggregate->where);
+    return aggregate;
+  }
+
+  // interval = '{' interval_low interval_op interval_item interval_op interval_high '}' .
+  ExpressionPtr Interval() {
+    auto interval = std::make_unique<VELMAR::Express::Interval>(Here());
+    ++at_;
+    interval->low = Under(*interval, SimpleExprNested());
+    interval->lowOperator = IntervalOperator();
+    interval->item = Under(*interval, SimpleExprNested());
+    interval->highOperator = IntervalOperator();
+    interval->high = Under(*interval, SimpleExprNested());
+    Close(TokenKind::RightBrace, interval->where);
+    return interval;
+  }
+
+  Operator IntervalOperator() {
+    if (Get(TokenKind::Less)) return Operator::Less;
+    if (Get(TokenKind::LessEqual)) return Operator::LessEqual;
+    Fail("'<' or '<='");
+  }
+
+  // query_expression = QUERY '(' variable_id '<*' aggregate_source '|' logical_expression ')' .
+  ExpressionPtr Query() {
+    auto query = std::make_unique<VELMAR::Express::Query>(Here());
+    ++at_;
+    const Location open = Here();
+    Expect(TokenKind::LeftParenthesis);
+    query->variable = NewVariable(VariableRole::Query);
+    Expect(TokenKind::LessStar);
+    query->source = Under(*query, SimpleExprNested());
+    Expect(TokenKind::Bar);
+    query->condition = Under(*query, Expr());
+    Close(TokenKind::RightParenthesis, open);
+    return query;
+  }
+
+  std::unique_ptr<Variable> NewVariable(VariableRole role) {
+    return std::make_unique<Variable>(ExpectName("the name of a variable"), schema_, role);
+  }
+
+  ExpressionPtr Integer() {
+    const std::string_view text = TextOf(tokens_[at_]);
+    std::int64_t value = 0;
+    if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
+      diagnostics_.Report(Code::NumberRange, Here(), "integers are read up to 9223372036854775807");
+    }
+    return std::make_unique<IntegerLiteral>(PlaceOf(tokens_[at_++]), value);
+  }
+
+  ExpressionPtr Real() {
+    const std::string_view text = TextOf(tokens_[at_]);
+    double value = 0.0;
+    // What is too small to tell from zero is zero.
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    const std::size_t exponent = text.find_first_of("eE");
+    const bool isTiny = exponent != std::string_view::npos && text.substr(exponent + 1, 1) == "-";
+    if (result.ec == std::errc::result_out_of_range && !isTiny) {
+      diagnostics_.Report(Code::NumberRange, Here(), "this real number is too large");
+    }
+    return std::make_unique<RealLiteral>(PlaceOf(tokens_[at_++]), value);
+  }
+
+  ExpressionPtr SimpleString() {
+    const Token& token = tokens_[at_++];
+    const std::string_view text = TextOf(token);
+    std::string value;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+      if (text[i] != '\'') {
+        value += text[i];
+      } else if (i + 1 < text.size()) {
+        value += text[++i];
+      }
+    }
+    return std::make_unique<StringLiteral>(PlaceOf(token), std::move(value), false);
+  }
+
+  ExpressionPtr EncodedString() {
+    const Token& token = tokens_[at_++];
+    const std::string_view text = TextOf(token);
+    std::string value;
+    for (std::size_t i = 1; i + 8 < text.size(); i += 8) {
+      std::uint32_t character = 0;
+      std::from_chars(text.data() + i, text.data() + i + 8, character, 16);
+      if (character > 0x10FFFF || (character >= 0xD800 && character < 0xE000)) {
+        diagnostics_.Report(Code::BadEncodedString,
+                            {file_.source.get(), token.offset + static_cast<std::uint32_t>(i), 8},
+                            "'" + std::string(text.substr(i, 8)) + "' is the number of no character");
+        break;
+      }
+      AppendUtf8(value, character);
+    }
+    return std::make_unique<StringLiteral>(PlaceOf(token), std::move(value), true);
+  }
+
+  static void AppendUtf8(std::string& text, std::uint32_t character) {
+    const auto tail = [&](int shift) { text += static_cast<char>(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80) {
+      text += static_cast<char>(character);
+    } else if (character < 0x800) {
+      text += static_cast<char>(0xC0 | character >> 6);
+      tail(0);
+    } else if (character < 0x10000) {
+      text += static_cast<char>(0xE0 | character >> 12);
+      tail(6);
+      tail(0);
+    } else {
+      text += static_cast<char>(0xF0 | character >> 18);
+      tail(12);
+      tail(6);
+      tail(0);
+    }
+  }
+
+  // ---- algorithms -------------------------------------------------------------------------------
+
+  // function_decl = FUNCTION function_id [ parameters ] ':' parameter_type ';' algorithm_head stmt { stmt }
+  //                 END_FUNCTION ';' ; likewise PROCEDURE.
+  // rule_decl = RULE rule_id FOR '(' entity_ref { ',' entity_ref } ')' ';' algorithm_head { stmt }
+  //             where_clause END_RULE ';' .
+  void AlgorithmDecl(DeclarationKind kind) {
+    const std::size_t start = at_;
+    const TokenKind end = EndOf(Kind());
+    ++at_;
+    auto owned = std::make_unique<Algorithm>(kind, ExpectName("a name"), schema_);
+    Algorithm& algorithm = *owned;
+    declarations_->push_back(std::move(owned));
+    if (++algorithmDepth_ > kDeepest) {
+      algorithmDepth_ = 0;
+      FailTooDeep("algorithms are nested deeper than 200 levels");
+    }
+    Entity* const entity = entity_;
+    auto* const outer = declarations_;
+    Express::Declaration* const declared = declared_;
+    declarations_ = &algorithm.declarations;
+    declared_ = &algorithm;
+    bool isBroken = false;
+    try {
+      AlgorithmHead(algorithm);
+      AlgorithmBody(algorithm);
+      CloseBlock(start);
+    } catch (const SyntaxError&) {
+      isBroken = true;
+    }
+    declarations_ = outer;
+    declared_ = declared;
+    entity_ = entity;
+    --algorithmDepth_;
+    if (isBroken) {
+      algorithm.damaged = true;
+      blockDepth_ = 0;
+      nesting_ = 0;
+      LeaveAlgorithm(end);
       ++at_;
     }
-    algorithm->tokens.end = Index();
-    schema_->declarations.push_back(std::move(algorithm));
-    ++at_;
     Expect(TokenKind::Semicolon);
+  }
+
+  void AlgorithmHead(Algorithm& algorithm) {
+    if (algorithm.kind == DeclarationKind::Rule) {
+      Expect(TokenKind::For);
+      Expect(TokenKind::LeftParenthesis);
+      do {
+        algorithm.populations.push_back(ExpectName("the name of an entity"));
+      } while (Get(TokenKind::Comma));
+      Expect(TokenKind::RightParenthesis);
+    } else if (Get(TokenKind::LeftParenthesis)) {
+      do {
+        FormalParameter(algorithm);
+      } while (Get(TokenKind::Semicolon));
+      Expect(TokenKind::RightParenthesis);
+    }
+    if (algorithm.kind == DeclarationKind::Function) {
+      Expect(TokenKind::Colon);
+      algorithm.returnType = ParameterType();
+    }
+    Expect(TokenKind::Semicolon);
+  }
+
+  // formal_parameter = parameter_id { ',' parameter_id } ':' parameter_type .
+  void FormalParameter(Algorithm& algorithm) {
+    const bool isVar = Get(TokenKind::Var);
+    const std::size_t first = algorithm.parameters.size();
+    do {
+      algorithm.parameters.push_back(NewVariable(VariableRole::Parameter));
+    } while (Get(TokenKind::Comma));
+    Expect(TokenKind::Colon);
+    const auto type = std::make_shared<TypeExpression>(ParameterType());
+    for (std::size_t i = first; i < algorithm.parameters.size(); ++i) {
+      algorithm.parameters[i]->isVar = isVar;
+      algorithm.parameters[i]->type = type;
+    }
+  }
+
+  // algorithm_head = { declaration } [ constant_decl ] [ local_decl ] .
+  void AlgorithmBody(Algorithm& algorithm) {
+    while (StartsLocalDeclaration(Kind())) Declaration();
+    if (Kind() == TokenKind::Local) LocalDecl(algorithm);
+    algorithm.statements = Statements();
+    if (algorithm.kind == DeclarationKind::Rule && Get(TokenKind::Where)) algorithm.where = Rules();
+  }
+
+  static bool StartsLocalDeclaration(TokenKind kind) {
+    switch (kind) {
+      case TokenKind::Constant:
+      case TokenKind::Entity:
+      case TokenKind::Function:
+      case TokenKind::Procedure:
+      case TokenKind::SubtypeConstraint:
+      case TokenKind::Type:
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  // local_decl = LOCAL local_variable { local_variable } END_LOCAL ';' .
+  // local_variable = variable_id { ',' variable_id } ':' parameter_type [ ':=' expression ] ';' .
+  void LocalDecl(Algorithm& algorithm) {
+    const std::size_t start = at_++;
+    while (Kind() == TokenKind::Identifier || (IsReserved(Kind()) && Kind(1) == TokenKind::Colon)) {
+      const std::size_t first = algorithm.locals.size();
+      do {
+        algorithm.locals.push_back(NewVariable(VariableRole::Local));
+      } while (Get(TokenKind::Comma));
+      Expect(TokenKind::Colon);
+      const auto type = std::make_shared<TypeExpression>(ParameterType());
+      std::shared_ptr<Expression> initial;
+      if (Get(TokenKind::Assign)) initial = Expr();
+      for (std::size_t i = first; i < algorithm.locals.size(); ++i) {
+        algorithm.locals[i]->type = type;
+        algorithm.locals[i]->initial = initial;
+      }
+      Expect(TokenKind::Semicolon);
+    }
+    CloseBlock(start);
+    Expect(TokenKind::Semicolon);
+  }
+
+  // The word that ends the block which begins with the token at `start`.
+  void CloseBlock(std::size_t start) {
+    const Token& block = tokens_[start];
+    const TokenKind end = EndOf(block.kind);
+    if (Get(end)) return;
+    const TokenKind found = Kind();
+    if (found == TokenKind::EndOfFile || found == TokenKind::Schema || found == TokenKind::EndSchema ||
+        StartsDeclaration(found)) {
+      try {
+        FailNotClosed(PlaceOf(block), DescribeKind(block.kind), end);
+      } catch (const SyntaxError&) {
+        throw BlockError();
+      }
+    }
+    if (ClosesBlock(found)) {
+      diagnostics_.Report(Code::WrongEnd, Here(), "expected " + DescribeKind(end) + ", found " + Found(),
+                          PlaceOf(block), DescribeKind(block.kind) + " opened here");
+      throw BlockError();
+    }
+    Fail(DescribeKind(end));
   }
 
   // To the word that ends the algorithm; without one, to the next declaration.
   void LeaveAlgorithm(TokenKind end) {
     while (Kind() != end) {
-      if (Kind() == TokenKind::EndOfFile || Kind() == TokenKind::EndSchema) throw SyntaxError();
+      if (Kind() == TokenKind::EndOfFile || Kind() == TokenKind::EndSchema || Kind() == TokenKind::Schema) {
+        throw SyntaxError();
+      }
       ++at_;
     }
+  }
+
+  // ---- statements -------------------------------------------------------------------------------
+
+  // Statements up to a word that ends them. A statement in error is passed over as a whole.
+  std::vector<StatementPtr> Statements() {
+    std::vector<StatementPtr> statements;
+    while (!EndsStatements(Kind())) {
+      const std::size_t start = at_;
+      try {
+        statements.push_back(Stmt());
+      } catch (const BlockError&) {
+        throw;
+      } catch (const SyntaxError&) {
+        declared_->damaged = true;
+        nesting_ = 0;
+        at_ = std::max(at_, BehindStatement(start));
+      }
+    }
+    return statements;
+  }
+
+  static bool EndsStatements(TokenKind kind) {
+    return ClosesBlock(kind) || StartsDeclaration(kind) || kind == TokenKind::Else ||
+           kind == TokenKind::Otherwise || kind == TokenKind::Where || kind == TokenKind::Schema ||
+           kind == TokenKind::EndOfFile;
+  }
+
+  // The token behind the statement that starts at `start`: behind its ';', or behind the end of its block.
+  std::size_t BehindStatement(std::size_t start) const {
+    std::size_t open = 0;
+    for (std::size_t i = start; i < tokens_.size(); ++i) {
+      const TokenKind kind = tokens_[i].kind;
+      if (kind == TokenKind::EndOfFile || kind == TokenKind::EndSchema || StartsDeclaration(kind)) return i;
+      if (ClosesBlock(kind)) {
+        if (open == 0) return i;
+        --open;
+      } else if (OpensBlock(kind)) {
+        ++open;
+      } else if (kind == TokenKind::Semicolon && open == 0) {
+        return i + 1;
+      }
+    }
+    return tokens_.size() - 1;
+  }
+
+  // stmt = alias_stmt | assignment_stmt | case_stmt | compound_stmt | escape_stmt | if_stmt | null_stmt
+  //      | procedure_call_stmt | repeat_stmt | return_stmt | skip_stmt .
+  StatementPtr Stmt() {
+    if (++blockDepth_ > kDeepest) FailTooDeep("statements are nested deeper than 200 levels");
+    const int depth = blockDepth_;
+    StatementPtr statement = [&] {
+      try {
+        return AnyStmt();
+      } catch (const SyntaxError&) {
+        blockDepth_ = depth - 1;
+        throw;
+      }
+    }();
+    --blockDepth_;
+    return statement;
+  }
+
+  StatementPtr AnyStmt() {
+    switch (Kind()) {
+      case TokenKind::Alias:
+        return AliasStmt();
+      case TokenKind::Begin: {
+        const std::size_t start = at_;
+        auto compound = std::make_unique<CompoundStatement>(Here());
+        ++at_;
+        compound->body = Statements();
+        return Closed(start, std::move(compound));
+      }
+      case TokenKind::Case:
+        return CaseStmt();
+      case TokenKind::If:
+        return IfStmt();
+      case TokenKind::Repeat:
+        return RepeatStmt();
+      case TokenKind::Return: {
+        auto result = std::make_unique<ReturnStatement>(Here());
+        ++at_;
+        const Location open = Here();
+        if (Get(TokenKind::LeftParenthesis)) {
+          result->value = Expr();
+          Close(TokenKind::RightParenthesis, open);
+        }
+        return Ended(std::move(result));
+      }
+      case TokenKind::Escape:
+        return Bare(StatementKind::Escape, 1);
+      case TokenKind::Skip:
+        return Bare(StatementKind::Skip, 1);
+      case TokenKind::Semicolon:
+        return Bare(StatementKind::Null, 0);
+      case TokenKind::Builtin:
+        return ProcedureCall();
+      case TokenKind::Identifier:
+        if (Kind(1) == TokenKind::LeftParenthesis || Kind(1) == TokenKind::Semicolon) return ProcedureCall();
+        return AssignmentStmt();
+      default:
+        Fail("a statement");
+    }
+  }
+
+  StatementPtr Ended(StatementPtr statement) {
+    Expect(TokenKind::Semicolon);
+    return statement;
+  }
+
+  StatementPtr Closed(std::size_t start, StatementPtr statement) {
+    CloseBlock(start);
+    return Ended(std::move(statement));
+  }
+
+  StatementPtr Bare(StatementKind kind, std::size_t words) {
+    auto statement = std::make_unique<Statement>(kind, Here());
+    at_ += words;
+    return Ended(std::move(statement));
+  }
+
+  // assignment_stmt = general_ref { qualifier } ':=' expression ';' .
+  StatementPtr AssignmentStmt() {
+    auto assignment = std::make_unique<AssignmentStatement>(Here());
+    assignment->target = Qualified(std::make_unique<NameReference>(TakeName()));
+    Expect(TokenKind::Assign);
+    assignment->value = Expr();
+    return Ended(std::move(assignment));
+  }
+
+  // procedure_call_stmt = ( built_in_procedure | procedure_ref ) [ actual_parameter_list ] ';' .
+  StatementPtr ProcedureCall() {
+    auto call = std::make_unique<ProcedureCallStatement>(Here());
+    if (Kind() == TokenKind::Builtin) {
+      call->builtin = BuiltinAt(at_);
+      if (BuiltinRowOf(call->builtin).kind != BuiltinRow::Procedure) Fail("a statement");
+    }
+    call->name = TakeName();
+    if (Kind() == TokenKind::LeftParenthesis) call->arguments = Arguments();
+    if (call->builtin != Builtin::kCount) {
+      CheckArguments(BuiltinRowOf(call->builtin), call->arguments.size(), call->where);
+    }
+    return Ended(std::move(call));
+  }
+
+  // alias_stmt = ALIAS variable_id FOR general_ref { qualifier } ';' stmt { stmt } END_ALIAS ';' .
+  StatementPtr AliasStmt() {
+    const std::size_t start = at_;
+    auto alias = std::make_unique<AliasStatement>(Here());
+    ++at_;
+    alias->variable = NewVariable(VariableRole::Alias);
+    Expect(TokenKind::For);
+    alias->source = Qualified(std::make_unique<NameReference>(ExpectName("the name of a variable")));
+    Expect(TokenKind::Semicolon);
+    alias->body = Statements();
+    return Closed(start, std::move(alias));
+  }
+
+  // case_stmt = CASE selector OF { case_action } [ OTHERWISE ':' stmt ] END_CASE ';' .
+  // case_action = case_label { ',' case_label } ':' stmt .
+  StatementPtr CaseStmt() {
+    const std::size_t start = at_;
+    auto statement = std::make_unique<CaseStatement>(Here());
+    ++at_;
+    statement->selector = Expr();
+    Expect(TokenKind::Of);
+    while (!EndsStatements(Kind())) {
+      CaseStatement::Action action;
+      do {
+        action.labels.push_back(Expr());
+      } while (Get(TokenKind::Comma));
+      Expect(TokenKind::Colon);
+      action.statement = Stmt();
+      statement->actions.push_back(std::move(action));
+    }
+    if (Get(TokenKind::Otherwise)) {
+      Expect(TokenKind::Colon);
+      statement->otherwise = Stmt();
+    }
+    return Closed(start, std::move(statement));
+  }
+
+  // if_stmt = IF logical_expression THEN stmt { stmt } [ ELSE stmt { stmt } ] END_IF ';' .
+  StatementPtr IfStmt() {
+    const std::size_t start = at_;
+    auto statement = std::make_unique<IfStatement>(Here());
+    ++at_;
+    statement->condition = Expr();
+    Expect(TokenKind::Then);
+    statement->thenBody = Statements();
+    if (Get(TokenKind::Else)) statement->elseBody = Statements();
+    return Closed(start, std::move(statement));
+  }
+
+  // repeat_stmt = REPEAT [ increment_control ] [ while_control ] [ until_control ] ';' stmt { stmt }
+  //               END_REPEAT ';' .
+  StatementPtr RepeatStmt() {
+    const std::size_t start = at_;
+    auto repeat = std::make_unique<RepeatStatement>(Here());
+    ++at_;
+    if (Kind() == TokenKind::Identifier) {
+      repeat->variable = NewVariable(VariableRole::Repeat);
+      Expect(TokenKind::Assign);
+      repeat->first = Expr();
+      Expect(TokenKind::To);
+      repeat->last = Expr();
+      if (Get(TokenKind::By)) repeat->increment = Expr();
+    }
+    if (Get(TokenKind::While)) repeat->whileCondition = Expr();
+    if (Get(TokenKind::Until)) repeat->untilCondition = Expr();
+    Expect(TokenKind::Semicolon);
+    repeat->body = Statements();
+    return Closed(start, std::move(repeat));
   }
 
   Model& model_;
   Model::File& file_;
   Diagnostics& diagnostics_;
-  const std::vector<Token>& tokens_;
+  const std::vector<Token> tokens_;
   std::size_t at_ = 0;
   bool isEndHidden_ = false;
   SchemaDeclaration* schema_ = nullptr;
   Entity* entity_ = nullptr;
+  std::vector<std::unique_ptr<Express::Declaration>>* declarations_ =
+      nullptr;                                // of the schema or an algorithm
+  Express::Declaration* declared_ = nullptr;  // the innermost declaration that is being read
+  int nesting_ = 0;                           // of brackets in the expression
+  int blockDepth_ = 0;                        // of statements
+  int algorithmDepth_ = 0;
 };
 
 }  // namespace
@@ -979,7 +1724,6 @@ class Parser {
 void ParseFile(Model& model, SourceFile source, Diagnostics& diagnostics) {
   auto file = std::make_unique<Model::File>();
   file->source = std::make_unique<SourceFile>(std::move(source));
-  file->tokens = Tokenize(*file->source, diagnostics);
   model.files.push_back(std::move(file));
   Parser(model, *model.files.back(), diagnostics).Syntax();
 }

@@ -13,9 +13,8 @@ namespace VELMAR::Express {
 /// Adds a file's schemas to the model. Takes over the file.
 ///
 /// Everything is read: what cannot be is reported and passed over up to the next declaration, or within an
-/// entity up to the next attribute. Expressions and the bodies of algorithms are kept as ranges of tokens
-/// whose brackets and END_ words have been matched. Linear; nothing nests deeper on the stack than 200
-/// levels.
+/// entity up to the next attribute, within an algorithm up to the next statement. Linear; types and
+/// statements nest at most 200 levels deep, expressions 500.
 void ParseFile(Model& model, SourceFile file, Diagnostics& diagnostics);
 
 }  // namespace VELMAR::Express

@@ -45,61 +45,6 @@ void VisitAncestors(const Entity& entity, Visit visit) {
   }
 }
 
-const char* KindText(TypeKind kind) {
-  switch (kind) {
-    case TypeKind::Number:
-      return "number";
-    case TypeKind::Real:
-      return "real";
-    case TypeKind::Integer:
-      return "integer";
-    case TypeKind::String:
-      return "string";
-    case TypeKind::Boolean:
-      return "boolean";
-    case TypeKind::Logical:
-      return "logical";
-    case TypeKind::Binary:
-      return "binary";
-    case TypeKind::Array:
-      return "array";
-    case TypeKind::Bag:
-      return "bag";
-    case TypeKind::List:
-      return "list";
-    case TypeKind::Set:
-      return "set";
-    case TypeKind::Aggregate:
-      return "aggregate";
-    case TypeKind::Enumeration:
-      return "enumeration";
-    case TypeKind::Select:
-      return "select";
-    case TypeKind::Generic:
-      return "generic";
-    case TypeKind::GenericEntity:
-      return "generic_entity";
-    case TypeKind::Named:
-      return "";
-  }
-  return "";
-}
-
-std::string TokensText(const Model& model, const Location& near, const TokenRange& range) {
-  std::string text;
-  for (const auto& file : model.files) {
-    if (file->source.get() != near.file) continue;
-    for (std::uint32_t i = range.begin; i < range.end; ++i) {
-      const Token& token = file->tokens[i];
-      const bool bracket =
-          token.kind == TokenKind::RightParenthesis || token.kind == TokenKind::LeftParenthesis;
-      if (!text.empty() && !bracket && text.back() != '(') text += ' ';
-      text += LowerCase(std::string(file->source->Text(token.offset, token.length)));
-    }
-  }
-  return text;
-}
-
 }  // namespace
 
 bool IsAggregate(TypeKind kind) { return kind >= TypeKind::Array && kind <= TypeKind::Aggregate; }
@@ -159,25 +104,6 @@ std::vector<Slot> InternalMapping(const Entity& entity) {
   VisitAncestors(entity, addOwn);
   addOwn(entity);
   return slots;
-}
-
-std::string TypeText(const Model& model, const TypeExpression& type) {
-  std::string text;
-  const TypeExpression* at = &type;
-  for (; IsAggregate(at->kind) && at->element; at = at->element.get()) {
-    text += KindText(at->kind);
-    if (at->hasBounds) {
-      text += " [" + TokensText(model, at->where, at->lower) + " : " +
-              TokensText(model, at->where, at->upper) + ']';
-    }
-    text += " of ";
-    if (at->optionalElements) text += "optional ";
-    if (at->uniqueElements) text += "unique ";
-  }
-  text += at->kind == TypeKind::Named ? at->name.text : KindText(at->kind);
-  if (!at->width.IsEmpty()) text += " (" + TokensText(model, at->where, at->width) + ')';
-  if (at->fixed) text += " fixed";
-  return text;
 }
 
 }  // namespace VELMAR::Express

@@ -13,101 +13,17 @@
 #include <vector>
 
 #include "Diagnostics.h"
-#include "Lexer.h"
+#include "Expression.h"
 #include "SourceFile.h"
+#include "Statement.h"
 
 namespace VELMAR::Express {
 
-struct Entity;
-struct DefinedType;
-struct SchemaDeclaration;
-
-/// A name as it stands somewhere in a text.
-struct Name {
-  std::string text;  ///< lower case; empty where there is no name
-  Location where;
-};
-
-/// Tokens [begin, end) of a file: an expression, or the body of an algorithm.
-struct TokenRange {
-  std::uint32_t begin = 0;
-  std::uint32_t end = 0;
-  bool IsEmpty() const { return begin == end; }
-};
-
-/// WHERE and UNIQUE rules: an optional label and the tokens of the rule.
+/// A rule of a WHERE clause: an expression and an optional label.
 struct LabelledRule {
   Name label;
-  TokenRange tokens;
+  ExpressionPtr expression;
 };
-
-enum class DeclarationKind { Type, Entity, Constant, Function, Procedure, Rule, SubtypeConstraint };
-
-/// Anything that a schema declares under a name.
-struct Declaration {
-  Declaration(DeclarationKind declarationKind, Name declarationName, SchemaDeclaration* owner)
-      : kind(declarationKind), name(std::move(declarationName)), schema(owner) {}
-  virtual ~Declaration() = default;
-
-  const DeclarationKind kind;
-  Name name;
-  SchemaDeclaration* schema;  ///< the schema that declares it
-};
-
-// ---- types --------------------------------------------------------------------------------------
-
-enum class TypeKind {
-  Number,
-  Real,
-  Integer,
-  String,
-  Boolean,
-  Logical,
-  Binary,
-  Array,
-  Bag,
-  List,
-  Set,
-  Aggregate,
-  Enumeration,
-  Select,
-  Generic,
-  GenericEntity,
-  Named
-};
-
-/// An item of an enumeration, or of a select.
-struct TypeItem {
-  Name name;
-  Declaration* declaration =
-      nullptr;  ///< resolved; the selected type or entity, null for items of an enumeration
-};
-
-/// The right-hand side of a type declaration, or the type of an attribute (ISO 10303-11, clause 8).
-struct TypeExpression {
-  TypeKind kind = TypeKind::Named;
-  Location where;
-
-  Name name;                           ///< Named: the type or entity
-  Declaration* declaration = nullptr;  ///< Named, resolved: a DefinedType or an Entity
-
-  TokenRange width;    ///< String, Binary: the width; Real: the precision; empty where none is given
-  bool fixed = false;  ///< String, Binary: FIXED
-
-  bool hasBounds = false;                   ///< aggregates
-  TokenRange lower, upper;                  ///< aggregates with bounds
-  bool optionalElements = false;            ///< Array: OPTIONAL elements
-  bool uniqueElements = false;              ///< Array, List: UNIQUE elements
-  std::shared_ptr<TypeExpression> element;  ///< aggregates
-
-  bool extensible = false;      ///< Enumeration, Select: EXTENSIBLE
-  bool genericEntity = false;   ///< Select: GENERIC_ENTITY
-  Name basedOn;                 ///< Enumeration, Select: BASED_ON
-  DefinedType* base = nullptr;  ///< resolved BASED_ON
-  std::vector<TypeItem> items;  ///< Enumeration, Select: those that this declaration gives itself
-};
-
-bool IsAggregate(TypeKind kind);
 
 /// TYPE name = underlying ... END_TYPE.
 struct DefinedType : Declaration {
@@ -136,11 +52,11 @@ struct Attribute {
   Name redeclaredAttribute;             ///< the inherited attribute's name
   const Attribute* original = nullptr;  ///< resolved: the attribute that an ancestor declared first
 
-  TokenRange expression;  ///< Derived: the expression
+  ExpressionPtr expression;  ///< Derived
 
   TypeKind inverseKind = TypeKind::Named;  ///< Inverse: Set, Bag, or Named for a single entity
   bool inverseHasBounds = false;
-  TokenRange inverseLower, inverseUpper;
+  ExpressionPtr inverseLower, inverseUpper;
   Name inverseEntity;     ///< Inverse: the referring entity
   Name inverseGroup;      ///< Inverse: FOR group.attribute; empty where there is no group
   Name inverseAttribute;  ///< Inverse: its attribute
@@ -157,10 +73,17 @@ struct SupertypeExpression {
   std::vector<SupertypeExpression> operands;
 };
 
+/// An attribute of a UNIQUE rule: its name, or SELF\group.name.
+struct UniqueAttribute {
+  Name group;  ///< empty where the name stands alone
+  Name name;
+  const Attribute* attribute = nullptr;  ///< resolved
+};
+
 /// UNIQUE rule of an entity: the attributes whose values differ together.
 struct UniqueRule {
   Name label;
-  std::vector<TokenRange> attributes;
+  std::vector<UniqueAttribute> attributes;
 };
 
 /// ENTITY ... END_ENTITY.
@@ -198,13 +121,21 @@ struct Constant : Declaration {
       : Declaration(DeclarationKind::Constant, std::move(constantName), owner) {}
 
   TypeExpression type;
-  TokenRange expression;
+  ExpressionPtr expression;
 };
 
-/// FUNCTION, PROCEDURE or RULE, with everything between its name and its END_ word as tokens.
+/// FUNCTION, PROCEDURE or RULE (ISO 10303-11, 9.5 and 9.6).
 struct Algorithm : Declaration {
   using Declaration::Declaration;
-  TokenRange tokens;
+
+  std::vector<std::unique_ptr<Variable>> parameters;       ///< FUNCTION, PROCEDURE
+  TypeExpression returnType;                               ///< FUNCTION
+  std::vector<Name> populations;                           ///< RULE: the entities that it is FOR
+  std::vector<Entity*> populationEntities;                 ///< resolved, unknown ones left out
+  std::vector<std::unique_ptr<Declaration>> declarations;  ///< local types, constants, functions, ...
+  std::vector<std::unique_ptr<Variable>> locals;
+  std::vector<StatementPtr> statements;
+  std::vector<LabelledRule> where;  ///< RULE
 };
 
 /// One name of a USE or REFERENCE, with the name it gets here.
@@ -236,10 +167,12 @@ struct SchemaDeclaration {
 struct Model {
   struct File {
     std::unique_ptr<SourceFile> source;
-    std::vector<Token> tokens;
   };
   std::vector<std::unique_ptr<File>> files;
   std::vector<std::unique_ptr<SchemaDeclaration>> schemas;  ///< in the order of the texts
+
+  /// Types that no text spells out: of SELF, of constructed instances, of inverse attributes.
+  std::deque<TypeExpression> derivedTypes;
 
   /// The schema of this name in any case of letters; null where there is none.
   SchemaDeclaration* FindSchema(const std::string& name) const;
@@ -275,6 +208,7 @@ std::vector<Slot> InternalMapping(const Entity& entity);
 bool IsSlot(const Attribute& attribute);
 
 /// The type as EXPRESS text in lower case: "list [1 : 3] of length_measure".
-std::string TypeText(const Model& model, const TypeExpression& type);
+std::string TypeText(const TypeExpression& type);
+inline std::string TypeText(const Model&, const TypeExpression& type) { return TypeText(type); }
 
 }  // namespace VELMAR::Express

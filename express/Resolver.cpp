@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "ExpressionResolver.h"
+
 namespace VELMAR::Express {
 namespace {
 
@@ -28,6 +30,8 @@ const char* KindText(DeclarationKind kind) {
       return "a rule";
     case DeclarationKind::SubtypeConstraint:
       return "a subtype constraint";
+    case DeclarationKind::Variable:
+      return "a variable";
   }
   return "";
 }
@@ -191,9 +195,9 @@ class Resolver {
     std::vector<std::string> names;
     for (const auto& schema : model_.schemas) names.push_back(schema->name.text);
     const std::string nearest = Nearest(name.text, names);
-    diagnostics_.Report(
-        Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
-        nearest.empty() ? "give the file that declares it, too" : "did you mean '" + nearest + "'?");
+    diagnostics_.Report(Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
+                        nearest.empty() ? "give the file that declares it, too, or its folder with -I"
+                                        : "did you mean '" + nearest + "'?");
   }
 
   std::string DidYouMean(const SchemaDeclaration& schema, const std::string& name, const Kinds& kinds) {
@@ -362,37 +366,29 @@ class Resolver {
       }
       return;
     }
-    long lower = 0;
-    long upper = 0;
-    if (IsIndeterminate(array, array.lower) || IsIndeterminate(array, array.upper)) {
+    std::int64_t lower = 0;
+    std::int64_t upper = 0;
+    if (IsIndeterminate(*array.lower) || IsIndeterminate(*array.upper)) {
       diagnostics_.Report(Code::ArrayBounds, array.where, "a bound of an array is not '?'");
-    } else if (Literal(array, array.lower, lower) && Literal(array, array.upper, upper) && lower > upper) {
+    } else if (Literal(*array.lower, lower) && Literal(*array.upper, upper) && lower > upper) {
       diagnostics_.Report(
           Code::ArrayBounds, array.where,
           "the lower bound " + std::to_string(lower) + " is above the upper bound " + std::to_string(upper));
     }
   }
 
-  const Model::File* FileOf(const Location& where) const {
-    for (const auto& file : model_.files) {
-      if (file->source.get() == where.file) return file.get();
-    }
-    return nullptr;
+  static bool IsIndeterminate(const Expression& expression) {
+    return expression.kind == ExpressionKind::Indeterminate;
   }
 
-  bool IsIndeterminate(const TypeExpression& type, const TokenRange& range) const {
-    return range.end - range.begin == 1 &&
-           FileOf(type.where)->tokens[range.begin].kind == TokenKind::Question;
-  }
-
-  // The value of an integer literal with or without a sign; up to nine digits.
-  bool Literal(const TypeExpression& type, const TokenRange& range, long& value) const {
-    const Model::File& file = *FileOf(type.where);
-    const bool negative = file.tokens[range.begin].kind == TokenKind::Minus;
-    const std::uint32_t at = range.begin + (negative ? 1 : 0);
-    if (at + 1 != range.end || file.tokens[at].kind != TokenKind::IntegerLiteral) return false;
-    if (file.tokens[at].length > 9) return false;
-    value = std::stol(std::string(file.source->Text(file.tokens[at].offset, file.tokens[at].length)));
+  // The value of an integer literal with or without a sign.
+  static bool Literal(const Expression& expression, std::int64_t& value) {
+    const Expression* at = &expression;
+    const bool negative =
+        at->kind == ExpressionKind::Unary && static_cast<const Unary*>(at)->op == Operator::Minus;
+    if (negative) at = static_cast<const Unary*>(at)->operand.get();
+    if (at->kind != ExpressionKind::Integer) return false;
+    value = static_cast<const IntegerLiteral*>(at)->value;
     if (negative) value = -value;
     return true;
   }
@@ -479,7 +475,7 @@ class Resolver {
       if (attribute.redeclared) Redeclaration(entity, ancestors, attribute);
       if (attribute.kind == AttributeKind::Inverse) Inverse(entity, attribute);
     }
-    for (const UniqueRule& rule : entity.unique) Unique(entity, rule, own, inherited);
+    for (UniqueRule& rule : entity.unique) Unique(entity, rule, own, inherited);
     if (entity.supertypeExpression) Subtypes(entity, *entity.supertypeExpression);
   }
 
@@ -523,8 +519,8 @@ class Resolver {
     if (!attribute.type || !inherited->type || IsSpecialisation(*attribute.type, *inherited->type)) return;
     diagnostics_.Report(Code::NotSpecialised, attribute.type->where,
                         "attribute " + Quoted(attribute.name) + " is redeclared as " +
-                            TypeText(model_, *attribute.type) + ", which is no specialisation of " +
-                            TypeText(model_, *inherited->type),
+                            TypeText(*attribute.type) + ", which is no specialisation of " +
+                            TypeText(*inherited->type),
                         inherited->name.where, "declared here");
   }
 
@@ -637,16 +633,20 @@ class Resolver {
     return false;
   }
 
-  void Unique(const Entity& entity, const UniqueRule& rule,
-              const std::map<std::string, const Attribute*>& own,
+  void Unique(const Entity& entity, UniqueRule& rule, const std::map<std::string, const Attribute*>& own,
               const std::map<std::string, const Attribute*>& inherited) {
-    const Model::File& file = *FileOf(entity.name.where);
-    for (const TokenRange& range : rule.attributes) {
-      const Token& token = file.tokens[range.end - 1];
-      Name name{std::string(file.source->Text(token.offset, token.length)),
-                {file.source.get(), token.offset, token.length}};
-      for (char& c : name.text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-      if (!own.count(name.text) && !inherited.count(name.text)) UnknownAttribute(entity, name);
+    for (UniqueAttribute& attribute : rule.attributes) {
+      const std::string& name = attribute.name.text;
+      if (!attribute.group.text.empty()) {
+        const Entity* group = FindEntity(*entity.schema, attribute.group);
+        if (!group) continue;
+        attribute.attribute = FindAttribute(*group, name);
+      } else if (own.count(name)) {
+        attribute.attribute = own.at(name);
+      } else if (inherited.count(name)) {
+        attribute.attribute = inherited.at(name);
+      }
+      if (!attribute.attribute) UnknownAttribute(entity, attribute.name);
     }
   }
 
@@ -686,6 +686,9 @@ class Resolver {
 
 }  // namespace
 
-void Resolve(Model& model, Diagnostics& diagnostics) { Resolver(model, diagnostics).Run(); }
+void Resolve(Model& model, Diagnostics& diagnostics) {
+  Resolver(model, diagnostics).Run();
+  ResolveExpressions(model, diagnostics);
+}
 
 }  // namespace VELMAR::Express

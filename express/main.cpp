@@ -1,4 +1,4 @@
-// velmar-express: checks EXPRESS schemas and writes the C++ of schema libraries.
+// velmar-express: checks, prints and lists EXPRESS schemas, and writes the C++ of schema libraries.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -15,9 +15,9 @@
 
 #include "CppWriter.h"
 #include "Diagnostics.h"
-#include "ExpressParser.h"
+#include "Loader.h"
 #include "Model.h"
-#include "Resolver.h"
+#include "Printer.h"
 
 namespace {
 
@@ -33,24 +33,83 @@ constexpr const char* kExitStatus =
 
 struct Options {
   std::vector<std::string> files;
+  std::vector<std::string> searchPath;
   std::string outputDirectory = ".";
   std::string registryName;
   std::string schemaName;
   int parts = 8;
 };
 
+// The schemas of the given files and those that they interface.
+struct Loaded {
+  Model model;
+  std::size_t given = 0;  // the first schemas of the model are those of the given files
+};
+
 // Reads and resolves all files, prints what was found. False where there is an error.
-bool Load(const std::vector<std::string>& files, Model& model) {
+bool Load(const Options& options, Loaded& loaded) {
   Diagnostics diagnostics;
-  for (const std::string& file : files) ParseFile(model, SourceFile::Read(file), diagnostics);
-  Resolve(model, diagnostics);
+  loaded.given = LoadFiles(loaded.model, options.files, options.searchPath, diagnostics);
   diagnostics.Print(std::cerr);
   return diagnostics.ErrorCount() == 0;
 }
 
 int Check(const Options& options) {
-  Model model;
-  return Load(options.files, model) ? kGood : kSchemaErrors;
+  Loaded loaded;
+  return Load(options, loaded) ? kGood : kSchemaErrors;
+}
+
+int PrintText(const Options& options) {
+  Loaded loaded;
+  if (!Load(options, loaded)) return kSchemaErrors;
+  for (std::size_t i = 0; i < loaded.given; ++i) {
+    if (i > 0) std::cout << '\n';
+    Print(*loaded.model.schemas[i], std::cout);
+  }
+  return std::cout.flush() ? kGood : kUsage;
+}
+
+const char* KindWord(const Declaration& declaration) {
+  switch (declaration.kind) {
+    case DeclarationKind::Type:
+      return "TYPE";
+    case DeclarationKind::Entity:
+      return "ENTITY";
+    case DeclarationKind::Constant:
+      return "CONSTANT";
+    case DeclarationKind::Function:
+      return "FUNCTION";
+    case DeclarationKind::Procedure:
+      return "PROCEDURE";
+    case DeclarationKind::Rule:
+      return "RULE";
+    case DeclarationKind::SubtypeConstraint:
+      return "SUBTYPE_CONSTRAINT";
+    case DeclarationKind::Variable:
+      break;
+  }
+  return "";
+}
+
+void ListOne(const char* kind, const std::string& name, const Location& where) {
+  const Position position = where.file->PositionOf(where.offset);
+  std::cout << where.file->Name() << ':' << position.line << ':' << position.column << ": " << kind << ' '
+            << name << '\n';
+}
+
+// One line for each declaration, in the order of the texts.
+int List(const Options& options) {
+  Loaded loaded;
+  if (!Load(options, loaded)) return kSchemaErrors;
+  for (std::size_t i = 0; i < loaded.given; ++i) {
+    const auto& schema = loaded.model.schemas[i];
+    ListOne("SCHEMA", schema->name.text, schema->name.where);
+    for (const auto& declaration : schema->declarations) {
+      ListOne(KindWord(*declaration), schema->name.text + '.' + declaration->name.text,
+              declaration->name.where);
+    }
+  }
+  return std::cout.flush() ? kGood : kUsage;
 }
 
 // Leaves a file alone that already has the text, so that nothing is built again without a reason.
@@ -66,9 +125,10 @@ void WriteWhereChanged(const std::filesystem::path& path, const std::string& tex
 }
 
 int Generate(const Options& options) {
-  Model model;
-  if (!Load(options.files, model)) return kSchemaErrors;
-  const SchemaDeclaration* schema = model.schemas.back().get();
+  Loaded loaded;
+  if (!Load(options, loaded)) return kSchemaErrors;
+  const Model& model = loaded.model;
+  const SchemaDeclaration* schema = model.schemas[loaded.given - 1].get();
   if (!options.schemaName.empty()) schema = model.FindSchema(options.schemaName);
   if (!schema) {
     std::cerr << "velmar-express: the files declare no schema '" << options.schemaName << "'\n";
@@ -93,6 +153,15 @@ std::string ValidateRegistryName(const std::string& name) {
   return good ? "" : "a registry name is made of letters, digits and '_', a letter first";
 }
 
+void AddSearchPath(CLI::App& command, Options& options) {
+  command
+      .add_option(
+          "-I,--include", options.searchPath,
+          "A folder where NAME.exp is looked for, in any case of letters, when a schema NAME is interfaced "
+          "that no FILE declares; may be given several times")
+      ->allow_extra_args(false);
+}
+
 int Run(int argc, char** argv) {
   CLI::App app("velmar-express reads EXPRESS schemas (ISO 10303-11).");
   app.footer(kExitStatus);
@@ -103,7 +172,22 @@ int Run(int argc, char** argv) {
   CLI::App* check = app.add_subcommand("check", "Read schemas and report what is wrong with them");
   check->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
       ->required();
+  AddSearchPath(*check, options);
   check->footer(kExitStatus);
+
+  CLI::App* print = app.add_subcommand(
+      "print", "Write the schemas in canonical form: without remarks, one form for everything");
+  print->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
+      ->required();
+  AddSearchPath(*print, options);
+  print->footer(kExitStatus);
+
+  CLI::App* list =
+      app.add_subcommand("list", "Write the place, kind and name of each declaration, one on a line");
+  list->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
+      ->required();
+  AddSearchPath(*list, options);
+  list->footer(kExitStatus);
 
   CLI::App* generate = app.add_subcommand("generate", "Write the C++ of a schema library");
   generate->add_option("FILE", options.files, "EXPRESS files: the schema and those it interfaces")
@@ -122,6 +206,7 @@ int Run(int argc, char** argv) {
   generate->add_option("--parts", options.parts, "Into how many .cpp files the classes go")
       ->check(CLI::Range(1, 999))
       ->capture_default_str();
+  AddSearchPath(*generate, options);
   generate->footer(kExitStatus);
 
   try {
@@ -129,7 +214,10 @@ int Run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kGood : kUsage;
   }
-  return *check ? Check(options) : Generate(options);
+  if (*check) return Check(options);
+  if (*print) return PrintText(options);
+  if (*list) return List(options);
+  return Generate(options);
 }
 
 }  // namespace

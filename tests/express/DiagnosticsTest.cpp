@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -88,6 +89,23 @@ TEST(Catalogue, NumbersDifferAndBeginWithTheirSeverity) {
     EXPECT_EQ(row.number[0], row.severity == Severity::Error ? 'E' : 'W') << row.number;
     EXPECT_EQ(std::string(row.explanation).back(), '.') << row.number;
   }
+}
+
+TEST(Catalogue, IsTheTableOfTheDocumentation) {
+  std::ifstream in(VELMAR_TEST_DATA "/../../../docs/express.md");
+  ASSERT_TRUE(in);
+  std::vector<std::string> documented;
+  for (std::string line; std::getline(in, line);) {
+    const bool isRow =
+        line.size() > 6 && line[0] == '|' && (line[2] == 'E' || line[2] == 'W') && line[6] == ' ';
+    if (isRow) documented.push_back(line);
+  }
+  std::vector<std::string> rows;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(Code::kCount); ++i) {
+    const CatalogueRow& row = CatalogueRowOf(static_cast<Code>(i));
+    rows.push_back(std::string("| ") + row.number + " | " + row.explanation + " |");
+  }
+  EXPECT_EQ(documented, rows);
 }
 
 TEST(Nearest, FindsTransposedMissingAndWrongLetters) {

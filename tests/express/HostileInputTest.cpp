@@ -73,12 +73,12 @@ TEST(HostileInput, MillionNestedRemarksAreARemark) {
   EXPECT_EQ(Errors("SCHEMA s; END_SCHEMA; " + Repeated("(*", kMillion)), 1u);
 }
 
-TEST(HostileInput, MillionParenthesesInAnExpression) {
+TEST(HostileInput, MillionParenthesesInAnExpressionAreReported) {
   const std::string open = Repeated("(", kMillion);
   const std::string close = Repeated(")", kMillion);
   EXPECT_EQ(
       Errors("SCHEMA s; ENTITY a; DERIVE x : REAL := " + open + "1.0" + close + "; END_ENTITY; END_SCHEMA;"),
-      0u);
+      1u);
   EXPECT_GT(Errors("SCHEMA s; ENTITY a; DERIVE x : REAL := " + open + "; END_ENTITY; END_SCHEMA;"), 0u);
 }
 
@@ -96,11 +96,20 @@ TEST(HostileInput, MillionNestedAggregatesAreReported) {
       1u);
 }
 
-TEST(HostileInput, MillionNestedBlocksInAFunction) {
-  const std::string begin = Repeated("IF a THEN ", kMillion);
+TEST(HostileInput, MillionOperatorsOrQualifiersInAnExpressionAreReported) {
+  for (const char* repeated : {" + 1.0", ".x", "\\a", "[1]", " ** 1.0", " = 1.0"}) {
+    EXPECT_EQ(Errors("SCHEMA s; ENTITY a; x : a; DERIVE y : REAL := SELF" + Repeated(repeated, kMillion) +
+                     "; END_ENTITY; END_SCHEMA;"),
+              1u)
+        << repeated;
+  }
+}
+
+TEST(HostileInput, MillionNestedBlocksInAFunctionAreReported) {
+  const std::string begin = Repeated("IF TRUE THEN ", kMillion);
   EXPECT_EQ(Errors("SCHEMA s; FUNCTION f : REAL; " + begin + Repeated("END_IF; ", kMillion) +
                    "END_FUNCTION; END_SCHEMA;"),
-            0u);
+            1u);
   EXPECT_GT(Errors("SCHEMA s; FUNCTION f : REAL; " + begin), 0u);
 }
 

@@ -19,9 +19,7 @@ namespace fs = std::filesystem;
 class Program : public testing::Test {
  protected:
   void SetUp() override {
-    folder_ =
-        fs::temp_directory_path() /
-        ("velmar-express-" + std::to_string(getpid()));
+    folder_ = fs::temp_directory_path() / ("velmar-express-" + std::to_string(getpid()));
     fs::remove_all(folder_);
     fs::create_directories(folder_);
     Write("good.exp", "SCHEMA good; ENTITY a; END_ENTITY; END_SCHEMA;");
@@ -58,6 +56,54 @@ TEST_F(Program, CheckOfABadSchemaSaysWhyOnStandardError) {
   EXPECT_THAT(Content("stderr.txt"), StartsWith("bad.exp:1:27: error: unknown type 'b' [E021]"));
 }
 
+TEST_F(Program, PrintWritesTheCanonicalText) {
+  EXPECT_EQ(Run("print good.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"), "SCHEMA good;\n\nENTITY a;\nEND_ENTITY;\n\nEND_SCHEMA;\n");
+  EXPECT_EQ(Content("stderr.txt"), "");
+  EXPECT_EQ(Run("print bad.exp"), 1);
+  EXPECT_EQ(Content("stdout.txt"), "");
+}
+
+TEST_F(Program, ListWritesPlaceKindAndName) {
+  Write("all.exp",
+        "SCHEMA all;\nCONSTANT c : REAL := 1.0; END_CONSTANT;\nTYPE t = REAL; END_TYPE;\n"
+        "ENTITY e; END_ENTITY;\nFUNCTION f : REAL; RETURN (1.0); END_FUNCTION;\nPROCEDURE p; SKIP; "
+        "END_PROCEDURE;\n"
+        "RULE r FOR (e); WHERE TRUE; END_RULE;\nSUBTYPE_CONSTRAINT s FOR e; END_SUBTYPE_CONSTRAINT;\n"
+        "END_SCHEMA;\n");
+  EXPECT_EQ(Run("list all.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"),
+            "all.exp:1:8: SCHEMA all\nall.exp:2:10: CONSTANT all.c\nall.exp:3:6: TYPE all.t\n"
+            "all.exp:4:8: ENTITY all.e\nall.exp:5:10: FUNCTION all.f\nall.exp:6:11: PROCEDURE all.p\n"
+            "all.exp:7:6: RULE all.r\nall.exp:8:20: SUBTYPE_CONSTRAINT all.s\n");
+  EXPECT_EQ(Run("list bad.exp"), 1);
+}
+
+TEST_F(Program, InterfacedSchemasAreFoundOnTheSearchPath) {
+  fs::create_directories(folder_ / "one");
+  fs::create_directories(folder_ / "two");
+  Write("main.exp",
+        "SCHEMA main; USE FROM Middle (m AS n); ENTITY x SUBTYPE OF (n); END_ENTITY; END_SCHEMA;");
+  Write("one/MIDDLE.EXP", "SCHEMA middle; USE FROM last; ENTITY m SUBTYPE OF (l); END_ENTITY; END_SCHEMA;");
+  Write("one/last.exp", "SCHEMA something_else; END_SCHEMA;");
+  Write("two/last.exp", "SCHEMA last; USE FROM main (x); ENTITY l; END_ENTITY; END_SCHEMA;");
+  EXPECT_EQ(Run("check main.exp"), 1);
+  EXPECT_THAT(
+      Content("stderr.txt"),
+      StartsWith("main.exp:1:23: error: unknown schema 'middle' [E023]; give the file that declares it, "
+                 "too, or its folder with -I\n"));
+  EXPECT_EQ(Run("check -I one main.exp"), 1);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("unknown schema 'last' [E023]"));
+  EXPECT_EQ(Run("check main.exp -I one -I two"), 0);
+  EXPECT_EQ(Content("stderr.txt"), "");
+  EXPECT_EQ(Run("list -I one -I two main.exp"), 0);
+  EXPECT_EQ(Content("stdout.txt"), "main.exp:1:8: SCHEMA main\nmain.exp:1:47: ENTITY main.x\n");
+  EXPECT_EQ(Run("generate main.exp -I one -I two --output-dir out"), 0);
+  EXPECT_TRUE(fs::exists(folder_ / "out/Main.h"));
+  EXPECT_EQ(Run("check -I missing main.exp"), 2);
+  EXPECT_THAT(Content("stderr.txt"), HasSubstr("missing"));
+}
+
 TEST_F(Program, WarningsAreNoErrors) {
   Write("warned.exp", "SCHEMA rule; END_SCHEMA;");
   EXPECT_EQ(Run("check warned.exp"), 0);
@@ -82,7 +128,7 @@ TEST_F(Program, WrongUsage) {
 }
 
 TEST_F(Program, HelpGoesToStandardOutput) {
-  for (const char* arguments : {"--help", "check --help", "generate --help"}) {
+  for (const char* arguments : {"--help", "check --help", "generate --help", "print --help", "list --help"}) {
     EXPECT_EQ(Run(arguments), 0);
     EXPECT_THAT(Content("stdout.txt"), HasSubstr("Exit status: 0"));
     EXPECT_EQ(Content("stderr.txt"), "");

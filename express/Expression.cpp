@@ -1,0 +1,50 @@
+#include "Expression.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace VELMAR::Express {
+namespace {
+
+constexpr BuiltinRow kBuiltins[] = {
+    {"ABS", BuiltinRow::Function, 1},          {"ACOS", BuiltinRow::Function, 1},
+    {"ASIN", BuiltinRow::Function, 1},         {"ATAN", BuiltinRow::Function, 2},
+    {"BLENGTH", BuiltinRow::Function, 1},      {"COS", BuiltinRow::Function, 1},
+    {"EXISTS", BuiltinRow::Function, 1},       {"EXP", BuiltinRow::Function, 1},
+    {"FORMAT", BuiltinRow::Function, 2},       {"HIBOUND", BuiltinRow::Function, 1},
+    {"HIINDEX", BuiltinRow::Function, 1},      {"LENGTH", BuiltinRow::Function, 1},
+    {"LOBOUND", BuiltinRow::Function, 1},      {"LOG", BuiltinRow::Function, 1},
+    {"LOG2", BuiltinRow::Function, 1},         {"LOG10", BuiltinRow::Function, 1},
+    {"LOINDEX", BuiltinRow::Function, 1},      {"NVL", BuiltinRow::Function, 2},
+    {"ODD", BuiltinRow::Function, 1},          {"ROLESOF", BuiltinRow::Function, 1},
+    {"SIN", BuiltinRow::Function, 1},          {"SIZEOF", BuiltinRow::Function, 1},
+    {"SQRT", BuiltinRow::Function, 1},         {"TAN", BuiltinRow::Function, 1},
+    {"TYPEOF", BuiltinRow::Function, 1},       {"USEDIN", BuiltinRow::Function, 2},
+    {"VALUE", BuiltinRow::Function, 1},        {"VALUE_IN", BuiltinRow::Function, 2},
+    {"VALUE_UNIQUE", BuiltinRow::Function, 1}, {"CONST_E", BuiltinRow::Constant, 0},
+    {"PI", BuiltinRow::Constant, 0},           {"FALSE", BuiltinRow::Constant, 0},
+    {"TRUE", BuiltinRow::Constant, 0},         {"UNKNOWN", BuiltinRow::Constant, 0},
+    {"INSERT", BuiltinRow::Procedure, 3},      {"REMOVE", BuiltinRow::Procedure, 2},
+};
+static_assert(sizeof kBuiltins / sizeof kBuiltins[0] == static_cast<std::size_t>(Builtin::kCount),
+              "one row for each builtin");
+
+constexpr OperatorRow kOperators[] = {
+    {"<", 1},   {">", 1},    {"<=", 1},  {">=", 1}, {"<>", 1}, {"=", 1},   {":<>:", 1}, {":=:", 1},
+    {"IN", 1},  {"LIKE", 1}, {"+", 2},   {"-", 2},  {"OR", 2}, {"XOR", 2}, {"*", 3},    {"/", 3},
+    {"DIV", 3}, {"MOD", 3},  {"AND", 3}, {"||", 3}, {"**", 4}, {"+", 5},   {"-", 5},    {"NOT", 5},
+};
+
+}  // namespace
+
+const BuiltinRow& BuiltinRowOf(Builtin builtin) { return kBuiltins[static_cast<std::size_t>(builtin)]; }
+
+Builtin FindBuiltin(const std::string& name) {
+  const auto found = std::find_if(std::begin(kBuiltins), std::end(kBuiltins),
+                                  [&](const BuiltinRow& row) { return name == row.name; });
+  return static_cast<Builtin>(found - std::begin(kBuiltins));
+}
+
+const OperatorRow& OperatorRowOf(Operator op) { return kOperators[static_cast<std::size_t>(op)]; }
+
+}  // namespace VELMAR::Express
