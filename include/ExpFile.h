@@ -78,7 +78,7 @@ class VELMAR_API ExpFile : public ExpAbstractObjectProvider {
   void SetSchema(Schema schema) override;
   ExpEntity* CreateEntity(const std::string& entityName) override;
   /// Writes the exchange file to disk. The text is made before the file is touched, and an existing file is replaced only
-  /// by a complete one.
+  /// by a complete one, unless its directory takes no new file: then it is written over.
   void Write(const std::string& filename) override;
   std::string GetEnforcedFactoryName() override;
 
