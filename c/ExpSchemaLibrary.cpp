@@ -16,11 +16,12 @@ std::string ExpSchemaBinary::ToString() { return IsOmitted() ? "*" : "$"; }
 
 namespace {
 
-std::vector<std::string>* Split(const char* names) {
+// The names, each behind the prefix.
+std::vector<std::string>* Split(const char* names, const std::string& prefix) {
   auto* list = new std::vector<std::string>;
   while (*names != '\0') {
     const std::size_t length = std::strcspn(names, " ");
-    list->emplace_back(names, length);
+    list->emplace_back(prefix).append(names, length);
     names += length;
     if (*names == ' ') ++names;
   }
@@ -32,11 +33,15 @@ std::vector<std::string>* Split(const char* names) {
 void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow* rows, std::size_t count) {
   ExpRuntimeRegistry* registry = ExpRuntimeRegistry::GetInstance();
   constexpr bool kInsertInObjTree = false;
+  const std::string qualifier = std::string(registrySchemaName) + "::";
   for (const ExpEntityTypeRow* row = rows; row != rows + count; ++row) {
+    std::vector<std::string>* superClasses = Split(row->superClasses, qualifier);
+    superClasses->insert(superClasses->begin(), "VELMAR::ExpEntity");
     registry->RegisterEntityRuntimeType(
-        new ExpEntityRuntimeType(row->name, registrySchemaName, row->create, row->explicitMembers, row->inverseMembers,
-                                 row->startIndex, kInsertInObjTree, Split(row->superClasses), Split(row->subClasses),
-                                 Split(row->memberNames), row->typeNumber),
+        new ExpEntityRuntimeType(row->name, registrySchemaName, row->create, row->explicitMembers,
+                                 row->inverseMembers, row->startIndex, kInsertInObjTree, superClasses,
+                                 Split(row->subClasses, qualifier), Split(row->memberNames, ""),
+                                 row->typeNumber),
         "");
   }
 }

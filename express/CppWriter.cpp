@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "SchemaContents.h"
 #include "TextTemplate.h"
 
 namespace VELMAR::Express {
@@ -45,6 +46,7 @@ constexpr const char* kTaken[] = {
     "InsertInObjTree",
     "Load",
     "New",
+    "RegisterAs",
     "RegisterEntityTypes",
     "SetEntityNumber",
     "ToString",
@@ -69,13 +71,6 @@ std::string CamelCase(const std::string& name) {
     first = false;
   }
   return result;
-}
-
-std::string UpperCase(std::string text) {
-  for (char& c : text) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return text;
 }
 
 std::string Join(const std::vector<std::string>& parts, const char* separator) {
@@ -105,8 +100,7 @@ class NameGiver {
 class Writer {
  public:
   Writer(const Model& model, const SchemaDeclaration& schema, const CppOptions& options)
-      : model_(model), schema_(schema), options_(options), space_(CppSchemaName(options.registryName)) {
-    Collect();
+      : model_(model), options_(options), contents_(schema), space_(CppSchemaName(options.registryName)) {
     NameClasses();
     FindVirtualBases();
   }
@@ -120,68 +114,17 @@ class Writer {
   }
 
  private:
-  // ---- what is to be written --------------------------------------------------------------------
-
-  // All visible entities and enumerations with what they need, in the order of their names.
-  void Collect() {
-    for (const auto& [name, declaration] : schema_.scope) {
-      if (declaration->kind == DeclarationKind::Entity) {
-        AddEntity(static_cast<const Entity&>(*declaration), name);
-      } else if (declaration->kind == DeclarationKind::Type) {
-        AddEnumeration(static_cast<const DefinedType&>(*declaration), name);
-      }
-    }
-    const std::map<std::string, const Entity*> visible = entities_;
-    for (const auto& [name, entity] : visible) {
-      for (const Entity* ancestor : AncestorsOf(*entity)) AddEntity(*ancestor, ancestor->name.text);
-    }
-    for (const auto& [name, entity] : entities_) {
-      for (const Attribute& attribute : entity->attributes) {
-        if (IsSlot(attribute)) AddEnumerationOf(*attribute.type);
-      }
-    }
-  }
-
-  void AddEntity(const Entity& entity, const std::string& name) {
-    if (expressNames_.count(&entity)) return;
-    expressNames_[&entity] = Unused(entities_, name);
-    entities_[expressNames_[&entity]] = &entity;
-  }
-
-  void AddEnumeration(const DefinedType& type, const std::string& name) {
-    if (type.underlying.kind != TypeKind::Enumeration || expressNames_.count(&type)) return;
-    expressNames_[&type] = Unused(enumerations_, name);
-    enumerations_[expressNames_[&type]] = &type;
-  }
-
-  // An enumeration that is not visible by name, but is the type of an attribute of something interfaced.
-  void AddEnumerationOf(const TypeExpression& type) {
-    const TypeExpression* at = &type;
-    while (at->kind == TypeKind::Named && at->declaration->kind == DeclarationKind::Type) {
-      const auto& declared = static_cast<const DefinedType&>(*at->declaration);
-      AddEnumeration(declared, declared.name.text);
-      at = &declared.underlying;
-    }
-  }
-
-  // Declarations of different schemas may bear one name; the one that is not visible by it gives way.
-  template <class Map>
-  static std::string Unused(const Map& map, std::string name) {
-    while (map.count(name)) name += '_';
-    return name;
-  }
-
   void NameClasses() {
     NameGiver names;
     names.Give(space_);
-    for (const auto& [name, entity] : entities_) classNames_[entity] = names.Give(CamelCase(name));
-    for (const auto& [name, type] : enumerations_) classNames_[type] = names.Give(CamelCase(name));
+    for (const auto& [name, entity] : contents_.Entities()) classNames_[entity] = names.Give(CamelCase(name));
+    for (const auto& [name, type] : contents_.Enumerations()) classNames_[type] = names.Give(CamelCase(name));
   }
 
   // A base is virtual to one of its direct subtypes where some entity is of that and of another direct subtype of
   // the base; to those that never come together with another one it is not. The base null is EntityBase.
   void FindVirtualBases() {
-    for (const auto& [name, entity] : entities_) {
+    for (const auto& [name, entity] : contents_.Entities()) {
       if (entity->supertypes.size() < 2) continue;
       std::map<const Entity*, std::vector<const Entity*>> waysTo;
       std::vector<const Entity*> all = AncestorsOf(*entity);
@@ -201,7 +144,7 @@ class Writer {
   std::vector<const Entity*> SupertypesFirst() const {
     std::vector<const Entity*> order;
     std::set<const Entity*> seen;
-    for (const auto& [name, entity] : entities_) {
+    for (const auto& [name, entity] : contents_.Entities()) {
       if (seen.count(entity)) continue;
       for (const Entity* ancestor : AncestorsOf(*entity)) {
         if (seen.insert(ancestor).second) order.push_back(ancestor);
@@ -218,44 +161,26 @@ class Writer {
 
   // The class that holds a value of the type.
   std::string ValueClass(const TypeExpression& type) const {
-    const TypeExpression* at = &type;
-    const DefinedType* declared = nullptr;
-    while (at->kind == TypeKind::Named && at->declaration->kind == DeclarationKind::Type) {
-      declared = static_cast<const DefinedType*>(at->declaration);
-      at = &declared->underlying;
+    switch (ValueKindOf(type)) {
+      case ValueKind::Real: return "ExpSchemaReal";
+      case ValueKind::Integer: return "ExpInteger";
+      case ValueKind::String: return "ExpString";
+      case ValueKind::Boolean: return "ExpBoolean";
+      case ValueKind::Logical: return "ExpLogical";
+      case ValueKind::Binary: return "ExpSchemaBinary";
+      case ValueKind::Enumeration: return ClassName(*EnumerationOf(type));
+      case ValueKind::Select: return "ExpSelect";
+      case ValueKind::Link: return "ExpLink";
+      case ValueKind::Aggregation: break;
     }
-    switch (at->kind) {
-      case TypeKind::Number:
-      case TypeKind::Real:
-        return "ExpSchemaReal";
-      case TypeKind::Integer:
-        return "ExpInteger";
-      case TypeKind::String:
-        return "ExpString";
-      case TypeKind::Boolean:
-        return "ExpBoolean";
-      case TypeKind::Logical:
-        return "ExpLogical";
-      case TypeKind::Binary:
-        return "ExpSchemaBinary";
-      case TypeKind::Enumeration:
-        return ClassName(*declared);
-      case TypeKind::Select:
-      case TypeKind::Generic:
-        return "ExpSelect";
-      case TypeKind::GenericEntity:
-      case TypeKind::Named:
-        return "ExpLink";
-      default:
-        return "ExpAggregation";
-    }
+    return "ExpAggregation";
   }
 
   // ---- the header -------------------------------------------------------------------------------
 
   std::string Header() const {
     std::string enumerations;
-    for (const auto& [name, type] : enumerations_) enumerations += EnumerationClass(*type);
+    for (const auto& [name, type] : contents_.Enumerations()) enumerations += EnumerationClass(*type);
     std::string entities;
     for (const Entity* entity : SupertypesFirst()) entities += EntityClass(*entity);
     return Fill(R"(
@@ -273,6 +198,9 @@ namespace VELMAR::$space$ {
 /// Registers the entity types of $registry$, which loading the library does, too. A call makes sure
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
+
+/// Registers the same classes under a further schema name, "STEP_IR_AIC" say.
+VELMAR_API void RegisterAs(const char* registrySchemaName);
 
 /// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
 /// this library, references to them are settled while linking and not, class by class, while loading.
@@ -327,7 +255,7 @@ class VELMAR_API $class$ : public ExpSchemaEnumeration<$class$> {
   static constexpr const char* kNames =$names$;
 };
 )",
-                {{"express", expressNames_.at(&type)},
+                {{"express", contents_.NameOf(type)},
                  {"class", ClassName(type)},
                  {"items", List(items, kLineWidth - 31, "                           ")},
                  {"names", NamesLiteral(names)}});
@@ -377,7 +305,7 @@ $members$
   }
 
   std::string ExpressHead(const Entity& entity) const {
-    std::string head = expressNames_.at(&entity);
+    std::string head = contents_.NameOf(entity);
     if (entity.isAbstract) head += ", abstract";
     return head;
   }
@@ -396,7 +324,7 @@ $members$
 
   std::string Operations(const Entity& entity) const {
     std::string operations;
-    if (!Omitted(entity).empty()) operations += "  " + ClassName(entity) + "();\n";
+    if (!OmittedAttributes(entity).empty()) operations += "  " + ClassName(entity) + "();\n";
     operations += "  ~" + ClassName(entity) + "() override;\n";
     if (HasGetMember(entity)) {
       operations += "  using EntityBase::GetMember;\n  ExpAttribute* GetMember(int index) override;\n";
@@ -452,17 +380,6 @@ $members$
 
   // ---- the definitions --------------------------------------------------------------------------
 
-  // The attributes that the entity derives although an ancestor declares them explicit: they are written '*'.
-  static std::vector<const Attribute*> Omitted(const Entity& entity) {
-    std::vector<const Attribute*> omitted;
-    for (const Attribute& attribute : entity.attributes) {
-      const bool isDerived = attribute.kind == AttributeKind::Derived && attribute.redeclared;
-      if (isDerived && attribute.original && IsSlot(*attribute.original))
-        omitted.push_back(attribute.original);
-    }
-    return omitted;
-  }
-
   // A class with one base and no attribute of its own inherits it.
   static bool HasGetMember(const Entity& entity) {
     return entity.supertypes.size() > 1 ||
@@ -471,7 +388,7 @@ $members$
 
   std::string Part(int part) const {
     std::vector<const Entity*> all;
-    for (const auto& [name, entity] : entities_) all.push_back(entity);
+    for (const auto& [name, entity] : contents_.Entities()) all.push_back(entity);
     const std::size_t parts = static_cast<std::size_t>(options_.parts);
     const std::size_t first = all.size() * (static_cast<std::size_t>(part) - 1) / parts;
     const std::size_t last = all.size() * static_cast<std::size_t>(part) / parts;
@@ -479,7 +396,7 @@ $members$
     std::string rows;
     for (std::size_t i = first; i < last; ++i) {
       definitions += Definitions(*all[i]);
-      rows += Row(*all[i], i + 1);
+      rows += Row(*all[i]);
     }
     const bool isEmpty = first == last;
     return Fill(R"(
@@ -490,7 +407,7 @@ namespace VELMAR::$space$ {
 $definitions$
 $table$
 
-void Load$part$() {$call$}
+void Register$part$($parameter$) {$call$}
 
 }  // namespace VELMAR::$space$
 )",
@@ -500,8 +417,9 @@ void Load$part$() {$call$}
                  {"part", std::to_string(part)},
                  {"definitions", definitions},
                  {"table", isEmpty ? "" : Table(rows)},
+                 {"parameter", isEmpty ? "const char*" : "const char* schema"},
                  {"call", isEmpty ? ""
-                                  : " RegisterEntityTypes(\"" + options_.registryName + "\", kEntityTypes, " +
+                                  : " RegisterEntityTypes(schema, kEntityTypes, " +
                                         std::to_string(last - first) + "); "}});
   }
 
@@ -521,7 +439,7 @@ $rows$
 
   std::string Definitions(const Entity& entity) const {
     std::string constructor;
-    for (const Attribute* attribute : Omitted(entity)) {
+    for (const Attribute* attribute : OmittedAttributes(entity)) {
       constructor +=
           "  " + ClassName(*attribute->owner) + "::" + MemberName(*attribute) + ".SetOmitted(true);\n";
     }
@@ -566,47 +484,23 @@ $cases$
          {"otherwise", delegates ? ClassName(*entity.supertypes[0]) + "::GetMember(index)" : "nullptr"}});
   }
 
-  std::string Row(const Entity& entity, std::size_t number) const {
-    const std::vector<const Entity*> ancestors = AncestorsOf(entity);
-    std::vector<std::string> superClasses{"VELMAR::ExpEntity"};
-    for (const Entity* ancestor : ancestors) superClasses.push_back(Qualified(*ancestor));
-    std::vector<std::string> subClasses;
-    for (const Entity* subtype : entity.subtypes) {
-      if (expressNames_.count(subtype)) subClasses.push_back(Qualified(*subtype));
-    }
-    std::vector<std::string> memberNames;
-    std::size_t own = 0;
-    for (const Slot& slot : InternalMapping(entity)) {
-      memberNames.push_back(slot.attribute->name.text);
-      if (slot.owner == &entity) ++own;
-    }
-    int inverse = OwnInverseAttributes(entity);
-    for (const Entity* ancestor : ancestors) inverse += OwnInverseAttributes(*ancestor);
+  std::string Row(const Entity& entity) const {
+    const EntityDescription description = contents_.Describe(entity);
     return Fill(R"(
     {"$name$", &ExpSchemaCreate<$class$>, $explicit$, $inverse$, $start$, $number$,
      $super$,
      $sub$,
      $members$},
 )",
-                {{"name", UpperCase(expressNames_.at(&entity))},
+                {{"name", description.name},
                  {"class", ClassName(entity)},
-                 {"explicit", std::to_string(memberNames.size())},
-                 {"inverse", std::to_string(inverse)},
-                 {"start", std::to_string(memberNames.size() - own)},
-                 {"number", std::to_string(number)},
-                 {"super", Literal(superClasses, "     ")},
-                 {"sub", Literal(subClasses, "     ")},
-                 {"members", Literal(memberNames, "     ")}});
-  }
-
-  std::string Qualified(const Entity& entity) const {
-    return options_.registryName + "::" + UpperCase(expressNames_.at(&entity));
-  }
-
-  static int OwnInverseAttributes(const Entity& entity) {
-    return static_cast<int>(
-        std::count_if(entity.attributes.begin(), entity.attributes.end(),
-                      [](const Attribute& a) { return a.kind == AttributeKind::Inverse && !a.redeclared; }));
+                 {"explicit", std::to_string(description.memberNames.size())},
+                 {"inverse", std::to_string(description.inverseMembers)},
+                 {"start", std::to_string(description.startIndex)},
+                 {"number", std::to_string(description.typeNumber)},
+                 {"super", Literal(description.superTypes, "     ")},
+                 {"sub", Literal(description.subTypes, "     ")},
+                 {"members", Literal(description.memberNames, "     ")}});
   }
 
   // ---- registration -----------------------------------------------------------------------------
@@ -615,8 +509,8 @@ $cases$
     std::string declarations;
     std::string calls;
     for (int part = 1; part <= options_.parts; ++part) {
-      declarations += "void Load" + std::to_string(part) + "();\n";
-      calls += "    Load" + std::to_string(part) + "();\n";
+      declarations += "void Register" + std::to_string(part) + "(const char* schema);\n";
+      calls += "  Register" + std::to_string(part) + "(registrySchemaName);\n";
     }
     return Fill(R"(
 // Generated from $source$ by velmar-express $version$. Do not edit.
@@ -643,11 +537,12 @@ void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor);
 
 $declarations$
 
-void Load() {
-  static const bool loaded = [] {
+void RegisterAs(const char* registrySchemaName) {
 $calls$
-    return true;
-  }();
+}
+
+void Load() {
+  static const bool loaded = (RegisterAs("$registry$"), true);
   static_cast<void>(loaded);
 }
 
@@ -661,6 +556,7 @@ namespace {
                 {{"source", options_.sourceName},
                  {"version", kVersion},
                  {"space", space_},
+                 {"registry", options_.registryName},
                  {"declarations", declarations},
                  {"calls", calls}});
   }
@@ -671,12 +567,9 @@ namespace {
   static constexpr const char* kVersion = "3.1";
 
   const Model& model_;
-  const SchemaDeclaration& schema_;
   const CppOptions& options_;
+  const SchemaContents contents_;
   const std::string space_;
-  std::map<std::string, const Entity*> entities_;  // by EXPRESS name, as are the enumerations
-  std::map<std::string, const DefinedType*> enumerations_;
-  std::unordered_map<const Declaration*, std::string> expressNames_;
   std::unordered_map<const Declaration*, std::string> classNames_;
   std::set<std::pair<const Entity*, const Entity*>> virtualBases_;  // an entity and one of its bases
 };

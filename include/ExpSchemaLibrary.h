@@ -76,20 +76,22 @@ ExpEntity* ExpSchemaCreate() {
   return new Entity;
 }
 
-/// What one entity type tells the registry. Names within a list are separated by one blank.
+/// What one entity type tells the registry. Names within a list are separated by one blank; those of types are EXPRESS
+/// names in upper case, without a schema.
 struct ExpEntityTypeRow {
-  const char* name;         ///< the EXPRESS name in upper case
+  const char* name;
   ExpEntity* (*create)();   ///< creates an empty instance
   int explicitMembers;      ///< the number of explicit attributes, inherited ones included
   int inverseMembers;       ///< the number of inverse attributes, inherited ones included
   int startIndex;           ///< the position of the first attribute that the type declares itself
   int typeNumber;           ///< the type's number within its schema
-  const char* superClasses;  ///< all supertypes as SCHEMA::NAME, the root first
-  const char* subClasses;    ///< the direct subtypes as SCHEMA::NAME
+  const char* superClasses;  ///< all supertypes, roots first
+  const char* subClasses;    ///< the direct subtypes
   const char* memberNames;   ///< the explicit attributes in Part 21 order
 };
 
-/// Registers `count` entity types under a registry schema name, for instance "AUTOMOTIVE_DESIGN".
+/// Registers `count` entity types under a registry schema name, for instance "AUTOMOTIVE_DESIGN". Their supertypes,
+/// ExpEntity before them, and subtypes are registered as types of the same schema.
 VELMAR_API void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow* rows, std::size_t count);
 
 }  // namespace VELMAR

@@ -8,8 +8,8 @@ namespace VELMAR::SharedTestSchema {
 
 // clang-format off
 constexpr ExpEntityTypeRow kRows[] = {
-    {"GADGET", &Gadget::New, 1, 0, 0, 1, "VELMAR::ExpEntity", "SHARED_TEST_SCHEMA::GIZMO", "label"},
-    {"GIZMO",  &Gizmo::New,  2, 0, 1, 2, "VELMAR::ExpEntity SHARED_TEST_SCHEMA::GADGET", "", "label other"},
+    {"GADGET", &Gadget::New, 1, 0, 0, 1, "", "GIZMO", "label"},
+    {"GIZMO",  &Gizmo::New,  2, 0, 1, 2, "GADGET", "", "label other"},
 };
 // clang-format on
 

@@ -124,12 +124,12 @@ TEST(CppWriter, RowGivesCountsStartIndexAndLists) {
       "ENTITY d; r : a; END_ENTITY;");
   EXPECT_THAT(
       source,
-      HasSubstr("{\"A\", &ExpSchemaCreate<A>, 1, 1, 0, 1,\n     \"VELMAR::ExpEntity\",\n     \"S::B\",\n"
+      HasSubstr("{\"A\", &ExpSchemaCreate<A>, 1, 1, 0, 1,\n     \"\",\n     \"B\",\n"
                 "     \"x\"},"));
-  EXPECT_THAT(source, HasSubstr("{\"B\", &ExpSchemaCreate<B>, 3, 1, 1, 2,\n     \"VELMAR::ExpEntity S::A\",\n"
-                                "     \"S::C\",\n     \"x y z\"},"));
+  EXPECT_THAT(source, HasSubstr("{\"B\", &ExpSchemaCreate<B>, 3, 1, 1, 2,\n     \"A\",\n"
+                                "     \"C\",\n     \"x y z\"},"));
   EXPECT_THAT(source,
-              HasSubstr("{\"C\", &ExpSchemaCreate<C>, 3, 2, 3, 3,\n     \"VELMAR::ExpEntity S::A S::B\",\n"
+              HasSubstr("{\"C\", &ExpSchemaCreate<C>, 3, 2, 3, 3,\n     \"A B\",\n"
                         "     \"\",\n     \"x y z\"},"));
 }
 
@@ -156,7 +156,7 @@ TEST(CppWriter, SupertypesOfWhatIsInterfacedComeAlong) {
   EXPECT_THAT(files[0].text, HasSubstr("class VELMAR_API A : "));
   EXPECT_THAT(files[0].text, HasSubstr("class VELMAR_API Bb : public A {"));
   EXPECT_THAT(files[0].text, Not(HasSubstr("class VELMAR_API C ")));
-  EXPECT_THAT(files[2].text, HasSubstr("     \"VELMAR::ExpEntity\",\n     \"S::BB\",\n     \"v\"},"));
+  EXPECT_THAT(files[2].text, HasSubstr("     \"\",\n     \"BB\",\n     \"v\"},"));
   EXPECT_THAT(files[2].text, HasSubstr("{\"BB\", "));
 }
 

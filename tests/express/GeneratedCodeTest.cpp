@@ -53,6 +53,16 @@ TEST(GeneratedCode, MembersAreOfTheClassThatFitsTheType) {
   EXPECT_EQ(thing->GetMember(-1), nullptr);
 }
 
+TEST(GeneratedCode, ClassesCanServeAFurtherSchema) {
+  MultipleInheritance::RegisterAs("FURTHER");
+  const auto bottom = Create<MultipleInheritance::Bottom>("BOTTOM", "FURTHER");
+  EXPECT_THAT(*bottom->GetExpSuperClasses(),
+              ElementsAre("VELMAR::ExpEntity", "FURTHER::ROOT", "FURTHER::RIGHT", "FURTHER::LEFT", "FURTHER::OTHER_ROOT"));
+  EXPECT_THAT(*bottom->GetExpSubClasses(), ElementsAre("FURTHER::BELOW"));
+  const auto own = Create<MultipleInheritance::Bottom>("BOTTOM", "MULTIPLE_INHERITANCE");
+  EXPECT_THAT(*own->GetExpSubClasses(), ElementsAre("MULTIPLE_INHERITANCE::BELOW"));
+}
+
 TEST(GeneratedCode, SeveralSupertypesAreLaidOutOnceEachInOrder) {
   using namespace MultipleInheritance;
   const auto bottom = Create<Bottom>("BOTTOM", "MULTIPLE_INHERITANCE");

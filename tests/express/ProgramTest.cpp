@@ -145,9 +145,9 @@ TEST_F(Program, GenerateWritesTheFilesAndMakesTheFolder) {
 
 TEST_F(Program, RegistryNameIsTheSchemasNameUnlessGivenAndUpperCase) {
   EXPECT_EQ(Run("generate good.exp --parts 1"), 0);
-  EXPECT_THAT(Content("Good_1.cpp"), HasSubstr("RegisterEntityTypes(\"GOOD\", "));
+  EXPECT_THAT(Content("Good.cpp"), HasSubstr("RegisterAs(\"GOOD\")"));
   EXPECT_EQ(Run("generate good.exp --parts 1 --registry-name better"), 0);
-  EXPECT_THAT(Content("Better_1.cpp"), HasSubstr("RegisterEntityTypes(\"BETTER\", "));
+  EXPECT_THAT(Content("Better.cpp"), HasSubstr("RegisterAs(\"BETTER\")"));
 }
 
 TEST_F(Program, FilesAreLeftAloneUnlessTheirTextChanges) {

@@ -50,33 +50,33 @@ namespace {
 
 constexpr ExpEntityTypeRow kEntityTypes[] = {
     {"CLASS", &ExpSchemaCreate<Class>, 9, 0, 0, 1,
-     "VELMAR::ExpEntity",
+     "",
      "",
      "int this operator class to_string tostring_ get_member exp_string namespace"},
     {"CPP_NAMES", &ExpSchemaCreate<CppNames_>, 0, 0, 0, 2,
-     "VELMAR::ExpEntity",
+     "",
      "",
      ""},
     {"EXP_ENTITY", &ExpSchemaCreate<ExpEntity_>, 0, 0, 0, 3,
-     "VELMAR::ExpEntity",
+     "",
      "",
      ""},
     {"LATE", &ExpSchemaCreate<Late>, 4, 0, 3, 4,
-     "VELMAR::ExpEntity CPP_NAMES::LOAD",
+     "LOAD",
      "",
      "a_1 a1 colour other"},
     {"LO_AD", &ExpSchemaCreate<LoAd>, 0, 0, 0, 5,
-     "VELMAR::ExpEntity",
+     "",
      "",
      ""},
     {"LOAD", &ExpSchemaCreate<Load_>, 3, 0, 0, 6,
-     "VELMAR::ExpEntity",
-     "CPP_NAMES::LATE",
+     "",
+     "LATE",
      "a_1 a1 colour"},
 };
 
 }  // namespace
 
-void Load1() { RegisterEntityTypes("CPP_NAMES", kEntityTypes, 6); }
+void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 6); }
 
 }  // namespace VELMAR::CppNames

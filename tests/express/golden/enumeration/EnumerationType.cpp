@@ -20,13 +20,14 @@ int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
 std::string EntityBase::ToString() { return ExpEntity::ToString(); }
 void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor); }
 
-void Load1();
+void Register1(const char* schema);
+
+void RegisterAs(const char* registrySchemaName) {
+  Register1(registrySchemaName);
+}
 
 void Load() {
-  static const bool loaded = [] {
-    Load1();
-    return true;
-  }();
+  static const bool loaded = (RegisterAs("ENUMERATION_TYPE"), true);
   static_cast<void>(loaded);
 }
 

@@ -17,13 +17,13 @@ namespace {
 
 constexpr ExpEntityTypeRow kEntityTypes[] = {
     {"CROSSING", &ExpSchemaCreate<Crossing>, 2, 0, 0, 1,
-     "VELMAR::ExpEntity",
+     "",
      "",
      "shows other"},
 };
 
 }  // namespace
 
-void Load1() { RegisterEntityTypes("ENUMERATION_TYPE", kEntityTypes, 1); }
+void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 1); }
 
 }  // namespace VELMAR::EnumerationType

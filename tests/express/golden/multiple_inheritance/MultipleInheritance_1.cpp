@@ -74,43 +74,41 @@ namespace {
 
 constexpr ExpEntityTypeRow kEntityTypes[] = {
     {"APART", &ExpSchemaCreate<Apart>, 3, 0, 3, 1,
-     "VELMAR::ExpEntity MULTIPLE_INHERITANCE::ROOT MULTIPLE_INHERITANCE::LEFT",
+     "ROOT LEFT",
      "",
      "r1 r2 l"},
     {"BELOW", &ExpSchemaCreate<Below>, 6, 0, 6, 2,
-     "VELMAR::ExpEntity MULTIPLE_INHERITANCE::ROOT MULTIPLE_INHERITANCE::RIGHT MULTIPLE_INHERITANCE::LEFT "
-     "MULTIPLE_INHERITANCE::OTHER_ROOT MULTIPLE_INHERITANCE::BOTTOM",
+     "ROOT RIGHT LEFT OTHER_ROOT BOTTOM",
      "",
      "r1 r2 r l o b"},
     {"BOTTOM", &ExpSchemaCreate<Bottom>, 6, 0, 5, 3,
-     "VELMAR::ExpEntity MULTIPLE_INHERITANCE::ROOT MULTIPLE_INHERITANCE::RIGHT MULTIPLE_INHERITANCE::LEFT "
-     "MULTIPLE_INHERITANCE::OTHER_ROOT",
-     "MULTIPLE_INHERITANCE::BELOW",
+     "ROOT RIGHT LEFT OTHER_ROOT",
+     "BELOW",
      "r1 r2 r l o b"},
     {"LEFT", &ExpSchemaCreate<Left>, 3, 0, 2, 4,
-     "VELMAR::ExpEntity MULTIPLE_INHERITANCE::ROOT",
-     "MULTIPLE_INHERITANCE::BOTTOM MULTIPLE_INHERITANCE::TWICE MULTIPLE_INHERITANCE::APART",
+     "ROOT",
+     "BOTTOM TWICE APART",
      "r1 r2 l"},
     {"OTHER_ROOT", &ExpSchemaCreate<OtherRoot>, 1, 0, 0, 5,
-     "VELMAR::ExpEntity",
-     "MULTIPLE_INHERITANCE::BOTTOM",
+     "",
+     "BOTTOM",
      "o"},
     {"RIGHT", &ExpSchemaCreate<Right>, 3, 0, 2, 6,
-     "VELMAR::ExpEntity MULTIPLE_INHERITANCE::ROOT",
-     "MULTIPLE_INHERITANCE::BOTTOM",
+     "ROOT",
+     "BOTTOM",
      "r1 r2 r"},
     {"ROOT", &ExpSchemaCreate<Root>, 2, 0, 0, 7,
-     "VELMAR::ExpEntity",
-     "MULTIPLE_INHERITANCE::LEFT MULTIPLE_INHERITANCE::RIGHT MULTIPLE_INHERITANCE::TWICE",
+     "",
+     "LEFT RIGHT TWICE",
      "r1 r2"},
     {"TWICE", &ExpSchemaCreate<Twice>, 4, 0, 3, 8,
-     "VELMAR::ExpEntity MULTIPLE_INHERITANCE::ROOT MULTIPLE_INHERITANCE::LEFT",
+     "ROOT LEFT",
      "",
      "r1 r2 l t"},
 };
 
 }  // namespace
 
-void Load1() { RegisterEntityTypes("MULTIPLE_INHERITANCE", kEntityTypes, 8); }
+void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 8); }
 
 }  // namespace VELMAR::MultipleInheritance

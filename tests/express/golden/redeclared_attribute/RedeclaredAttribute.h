@@ -13,6 +13,9 @@ namespace VELMAR::RedeclaredAttribute {
 /// that the library is linked and loaded; any further one does nothing.
 VELMAR_API void Load();
 
+/// Registers the same classes under a further schema name, "STEP_IR_AIC" say.
+VELMAR_API void RegisterAs(const char* registrySchemaName);
+
 /// What the classes of all entities derive from. It does what ExpEntity does; but as its operations are in
 /// this library, references to them are settled while linking and not, class by class, while loading.
 class VELMAR_API EntityBase : public ExpEntity {

@@ -39,21 +39,21 @@ namespace {
 
 constexpr ExpEntityTypeRow kEntityTypes[] = {
     {"COUNT_UNIT", &ExpSchemaCreate<CountUnit>, 3, 0, 2, 1,
-     "VELMAR::ExpEntity REDECLARED_ATTRIBUTE::UNIT",
-     "REDECLARED_ATTRIBUTE::FIXED_UNIT",
+     "UNIT",
+     "FIXED_UNIT",
      "dimensions note own"},
     {"FIXED_UNIT", &ExpSchemaCreate<FixedUnit>, 4, 0, 3, 2,
-     "VELMAR::ExpEntity REDECLARED_ATTRIBUTE::UNIT REDECLARED_ATTRIBUTE::COUNT_UNIT",
+     "UNIT COUNT_UNIT",
      "",
      "dimensions note own label"},
     {"UNIT", &ExpSchemaCreate<Unit>, 2, 0, 0, 3,
-     "VELMAR::ExpEntity",
-     "REDECLARED_ATTRIBUTE::COUNT_UNIT",
+     "",
+     "COUNT_UNIT",
      "dimensions note"},
 };
 
 }  // namespace
 
-void Load1() { RegisterEntityTypes("REDECLARED_ATTRIBUTE", kEntityTypes, 3); }
+void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 3); }
 
 }  // namespace VELMAR::RedeclaredAttribute

@@ -28,21 +28,21 @@ namespace {
 
 constexpr ExpEntityTypeRow kEntityTypes[] = {
     {"ASSEMBLY_RELATION", &ExpSchemaCreate<AssemblyRelation>, 3, 0, 2, 1,
-     "VELMAR::ExpEntity RENAMED_ATTRIBUTE::RELATION",
-     "RENAMED_ATTRIBUTE::NARROW_RELATION",
+     "RELATION",
+     "NARROW_RELATION",
      "relating related quantity"},
     {"NARROW_RELATION", &ExpSchemaCreate<NarrowRelation>, 3, 0, 3, 2,
-     "VELMAR::ExpEntity RENAMED_ATTRIBUTE::RELATION RENAMED_ATTRIBUTE::ASSEMBLY_RELATION",
+     "RELATION ASSEMBLY_RELATION",
      "",
      "relating related quantity"},
     {"RELATION", &ExpSchemaCreate<Relation>, 2, 0, 0, 3,
-     "VELMAR::ExpEntity",
-     "RENAMED_ATTRIBUTE::ASSEMBLY_RELATION",
+     "",
+     "ASSEMBLY_RELATION",
      "relating related"},
 };
 
 }  // namespace
 
-void Load1() { RegisterEntityTypes("RENAMED_ATTRIBUTE", kEntityTypes, 3); }
+void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 3); }
 
 }  // namespace VELMAR::RenamedAttribute

@@ -27,7 +27,7 @@ namespace {
 
 constexpr ExpEntityTypeRow kEntityTypes[] = {
     {"THING", &ExpSchemaCreate<Thing>, 12, 0, 0, 1,
-     "VELMAR::ExpEntity",
+     "",
      "",
      "a_real a_precise_real a_number an_integer a_string a_code a_boolean a_logical a_binary a_byte "
      "a_length maybe"},
@@ -35,6 +35,6 @@ constexpr ExpEntityTypeRow kEntityTypes[] = {
 
 }  // namespace
 
-void Load1() { RegisterEntityTypes("SIMPLE_TYPES", kEntityTypes, 1); }
+void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 1); }
 
 }  // namespace VELMAR::SimpleTypes
