@@ -61,12 +61,13 @@ INSTANTIATE_TEST_SUITE_P(
         TypeRow{"b + %1", "binary"}, TypeRow{"l + l", "list of list of d"}, TypeRow{"-r", "real"},
         TypeRow{"NOT TRUE", "logical"}, TypeRow{"TRUE AND FALSE", "logical"}, TypeRow{"i < 1", "logical"},
         TypeRow{"i IN [1]", "logical"}, TypeRow{"s LIKE 'a'", "logical"}, TypeRow{"{1 < i < 2}", "logical"},
-        TypeRow{"[1]", "open"}, TypeRow{"QUERY (x <* l[1] | x.a > 1)", "list of d"},
+        TypeRow{"[1, 2]", "aggregate of integer"}, TypeRow{"[1, 2.5]", "aggregate of real"},
+        TypeRow{"[]", "aggregate of generic"}, TypeRow{"QUERY (x <* l[1] | x.a > 1)", "list of d"},
         TypeRow{"ABS (i)", "integer"}, TypeRow{"SIN (r)", "real"}, TypeRow{"SIZEOF (l)", "integer"},
         TypeRow{"EXISTS (i)", "boolean"}, TypeRow{"ODD (i)", "logical"}, TypeRow{"FORMAT (i, s)", "string"},
         TypeRow{"TYPEOF (i)", "set of string"}, TypeRow{"USEDIN (SELF, s)", "bag of generic_entity"},
         TypeRow{"VALUE (s)", "number"}, TypeRow{"NVL (i, 1)", "integer"},
-        TypeRow{"VALUE_IN (l, i)", "logical"}));
+        TypeRow{"VALUE_IN (l[1], ?)", "logical"}));
 
 TEST(ExpressionResolver, NamesLeadToTheInnermostDeclaration) {
   const SchemaText text = InSchema(
