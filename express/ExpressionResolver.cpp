@@ -157,7 +157,7 @@ class ExpressionResolver {
       }
     }
     const std::vector<Entity*> outerPopulations = std::exchange(populations_, algorithm.populationEntities);
-    if (algorithm.kind == DeclarationKind::Function) Type(algorithm.returnType);
+    if (algorithm.kind == DeclarationKind::Function) Bounds(algorithm.returnType);
     for (const auto& parameter : algorithm.parameters) VariableType(*parameter);
     for (const auto& declaration : algorithm.declarations) Any(*declaration);
     for (const auto& local : algorithm.locals) VariableType(*local);
@@ -217,7 +217,7 @@ class ExpressionResolver {
   // Names declared together share type and initial value, which are then resolved once.
   void VariableType(Variable& variable) {
     if (variable.type.get() != lastType_) {
-      Type(*variable.type);
+      Bounds(*variable.type);
       if (variable.initial) Resolve(*variable.initial, variable.type.get());
     }
     lastType_ = variable.type.get();
@@ -225,33 +225,6 @@ class ExpressionResolver {
   }
 
   // ---- types ------------------------------------------------------------------------------------
-
-  void Type(TypeExpression& type) {
-    TypeNames(type);
-    Bounds(type);
-  }
-
-  // The names in a type within an algorithm, where the names of the algorithm are visible, too.
-  void TypeNames(TypeExpression& type) {
-    for (TypeExpression* at = &type; at; at = at->element.get()) {
-      if (at->kind == TypeKind::Named) at->declaration = TypeNamed(at->name);
-      if (at->kind != TypeKind::Select) continue;
-      for (TypeItem& item : at->items) item.declaration = TypeNamed(item.name);
-    }
-  }
-
-  Declaration* TypeNamed(const Name& name) {
-    Declaration* found = FindDeclaration(name.text);
-    if (!found) {
-      Unknown(Code::UnknownType, "type", name);
-      return nullptr;
-    }
-    if (found->kind == DeclarationKind::Type || found->kind == DeclarationKind::Entity) return found;
-    diagnostics_.Report(Code::NotAType, name.where,
-                        Quoted(name) + " is " + KindText(found->kind) + ", expected the name of a type",
-                        found->name.where, "declared here");
-    return nullptr;
-  }
 
   void Bounds(const TypeExpression& type) {
     for (const TypeExpression* at = &type; at; at = at->element.get()) {
@@ -372,7 +345,10 @@ class ExpressionResolver {
         const TypeExpression* type = rules_.TypeOf(declaration);
         const bool isPopulation =
             std::find(populations_.begin(), populations_.end(), &declaration) != populations_.end();
-        return isPopulation ? rules_.AggregateOf(TypeKind::Set, *type) : nullptr;
+        if (isPopulation) return rules_.AggregateOf(TypeKind::Set, *type);
+        reference.referent.declaration = nullptr;
+        NotAValue(reference.name, declaration);
+        break;
       }
       case DeclarationKind::Type:
       case DeclarationKind::Procedure:
@@ -482,7 +458,8 @@ class ExpressionResolver {
       case ExpressionKind::Group: {
         auto& group = static_cast<Group&>(expression);
         Resolve(group.operand);
-        Declaration* found = TypeNamed(group.name);
+        Declaration* found = FindDeclaration(group.name.text);
+        if (!found) Unknown(Code::UnknownEntity, "entity", group.name);
         if (!found || found->kind != DeclarationKind::Entity) {
           if (found) NotAnEntity(group.name, *found);
           return nullptr;
@@ -495,8 +472,9 @@ class ExpressionResolver {
         Resolve(index.operand);
         Resolve(index.first);
         Resolve(index.last);
+        const TypeExpression* aggregate = rules_.AggregateIn(index.operand->type);
+        if (aggregate && !MayBe(*index.operand, kStringValue | kBinaryValue)) return aggregate->element.get();
         const TypeExpression& type = FundamentalOf(*index.operand);
-        if (IsAggregate(type.kind)) return type.element.get();
         const bool isText = type.kind == TypeKind::String || type.kind == TypeKind::Binary;
         return isText ? SimpleType(type.kind) : nullptr;
       }
@@ -517,11 +495,10 @@ class ExpressionResolver {
       case ExpressionKind::Query: {
         auto& query = static_cast<Query&>(expression);
         Resolve(query.source);
-        const TypeExpression& source = FundamentalOf(*query.source);
-        const bool isAggregate = IsAggregate(source.kind);
-        if (isAggregate) query.variable->valueType = source.element.get();
+        const TypeExpression* source = rules_.AggregateIn(query.source->type);
+        if (source) query.variable->valueType = source->element.get();
         WithVariable(*query.variable, [&] { Resolve(query.condition); });
-        if (isAggregate) return &source;
+        if (source) return source;
         return MayBe(*query.source, kAggregateValue) ? query.source->type : nullptr;
       }
       case ExpressionKind::Aggregate:
@@ -657,11 +634,22 @@ class ExpressionResolver {
     return bound;
   }
 
+  // Appends the text that string literals make, one or several joined with +. False for other expressions.
+  static bool AppendText(const Expression& expression, std::string& text) {
+    if (expression.kind == ExpressionKind::String) {
+      text += static_cast<const StringLiteral&>(expression).value;
+      return true;
+    }
+    if (expression.kind != ExpressionKind::Operation) return false;
+    const auto& sum = static_cast<const Operation&>(expression);
+    return sum.op == Operator::Add && AppendText(*sum.left, text) && AppendText(*sum.right, text);
+  }
+
   // USEDIN (x, 'SCHEMA.ENTITY.ATTRIBUTE') gives instances of the entity.
   const TypeExpression* EntityOfRole(const BuiltinCall& call) {
     const TypeExpression* const open = SimpleType(TypeKind::GenericEntity);
-    if (call.arguments.size() != 2 || call.arguments[1]->kind != ExpressionKind::String) return open;
-    const std::string& role = static_cast<const StringLiteral&>(*call.arguments[1]).value;
+    std::string role;
+    if (call.arguments.size() != 2 || !AppendText(*call.arguments[1], role)) return open;
     if (role.empty()) return open;  // every role
     const std::size_t first = role.find('.');
     const std::size_t last = role.rfind('.');

@@ -107,6 +107,7 @@ class Resolver {
     TypeCycles();
     for (DefinedType* type : types_) Items(*type);
     for (Entity* entity : entities_) AttributeTypes(*entity);
+    for (const auto& [algorithm, scope] : algorithms_) VariableTypes(*algorithm, *scope);
     for (Entity* entity : SupertypesFirst()) EntityRules(*entity);
     Remainder();
   }
@@ -148,12 +149,13 @@ class Resolver {
       } else if (declaration->kind == DeclarationKind::SubtypeConstraint) {
         constraints_.push_back(static_cast<SubtypeConstraint*>(declaration.get()));
       } else if (IsAlgorithm(declaration->kind) && !declaration->damaged) {
-        const auto& algorithm = static_cast<const Algorithm&>(*declaration);
+        auto& algorithm = static_cast<Algorithm&>(*declaration);
         Scope& inner = scopes_.emplace_back(Scope{scope.schema, &scope, {}});
         for (const auto& local : algorithm.declarations) inner.names.emplace(local->name.text, local.get());
         for (const auto& parameter : algorithm.parameters)
           inner.names.emplace(parameter->name.text, parameter.get());
         for (const auto& local : algorithm.locals) inner.names.emplace(local->name.text, local.get());
+        algorithms_.push_back({&algorithm, &inner});
         Collect(algorithm.declarations, inner);
       }
     }
@@ -503,6 +505,17 @@ class Resolver {
     }
   }
 
+  void VariableTypes(Algorithm& algorithm, const Scope& scope) {
+    if (algorithm.kind == DeclarationKind::Function) Type(scope, algorithm.returnType, true);
+    const TypeExpression* last = nullptr;
+    const auto resolve = [&](const Variable& variable) {
+      if (variable.type && variable.type.get() != last) Type(scope, *variable.type, true);
+      last = variable.type.get();
+    };
+    for (const auto& parameter : algorithm.parameters) resolve(*parameter);
+    for (const auto& local : algorithm.locals) resolve(*local);
+  }
+
   void EntityRules(Entity& entity) {
     const std::vector<const Entity*> ancestors = AncestorsOf(entity);
     std::map<std::string, const Attribute*> inherited;
@@ -681,6 +694,7 @@ class Resolver {
   std::vector<Entity*> entities_;
   std::vector<DefinedType*> types_;
   std::vector<Constant*> constants_;
+  std::vector<std::pair<Algorithm*, const Scope*>> algorithms_;  // with the scope of what they declare
   std::vector<SubtypeConstraint*> constraints_;
   std::deque<Scope> scopes_;
   std::unordered_map<const Declaration*, const Scope*> scopeOf_;

@@ -645,6 +645,9 @@ class TypeChecker {
     const TypeExpression* r = rules_.Fundamental(operation.right->type);
     if (left == kAggregateValue && right == kAggregateValue) {
       if (!l || !r || rules_.MayEqual(l->element.get(), r->element.get())) return;
+      // What USEDIN gives is formally of one type.
+      if ((rules_.ClassesOf(l->element.get()) & rules_.ClassesOf(r->element.get()) & kInstanceValue) != 0)
+        return;
       // An aggregate may itself be the element.
       if (rules_.MayEqual(l->element.get(), r) || rules_.MayEqual(l, r->element.get())) return;
       return Wrong(operation);

@@ -186,6 +186,19 @@ const TypeExpression* TypeRules::Fundamental(const TypeExpression* type) {
   return fundamentals_[underlying] = common;
 }
 
+const TypeExpression* TypeRules::AggregateIn(const TypeExpression* type) {
+  const TypeExpression* underlying = type ? Underlying(*type) : nullptr;
+  if (!underlying) return nullptr;
+  if (underlying->kind != TypeKind::Select) return IsAggregate(underlying->kind) ? underlying : nullptr;
+  const Selection& selection = SelectionOf(*underlying);
+  if (selection.isOpen) return nullptr;
+  const TypeExpression* aggregate = nullptr;
+  for (const TypeExpression* member : selection.types) {
+    if (IsAggregate(member->kind)) aggregate = aggregate ? Common(aggregate, member) : member;
+  }
+  return aggregate;
+}
+
 const TypeExpression* TypeRules::Common(const TypeExpression* a, const TypeExpression* b) {
   return Common(a, b, 0);
 }

@@ -58,6 +58,10 @@ class TypeRules {
   /// share. Null where that is nothing, or unknown.
   const TypeExpression* Fundamental(const TypeExpression* type);
 
+  /// The aggregate that a value of the type is if it is one; null where that is open. A select may select
+  /// others, too.
+  const TypeExpression* AggregateIn(const TypeExpression* type);
+
   /// A type that has the values of both; null where there is none but GENERIC.
   const TypeExpression* Common(const TypeExpression* a, const TypeExpression* b);
 
