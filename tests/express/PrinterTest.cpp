@@ -169,6 +169,15 @@ TEST(Printer, PrintsEveryDeclaration) {
   EXPECT_EQ(Printed(text), schema);
 }
 
+TEST(Printer, PrintsVersionsAsTheyWereWritten) {
+  const SchemaText text("SCHEMA a 'it''s 1'; END_SCHEMA; SCHEMA list \"000000E40001F600\"; END_SCHEMA;");
+  EXPECT_EQ(text.model.schemas[0]->version, "it's 1");
+  EXPECT_EQ(text.model.schemas[1]->version, "\xC3\xA4\xF0\x9F\x98\x80");
+  EXPECT_EQ(text.diagnostics.ErrorCount(), 0u);
+  EXPECT_EQ(Printed(text),
+            "SCHEMA a 'it''s 1';\n\nEND_SCHEMA;\n\nSCHEMA list \"000000E40001F600\";\n\nEND_SCHEMA;\n");
+}
+
 TEST(Printer, LeavesOutRemarksAndLowersNames) {
   EXPECT_THAT(Printed(InSchema("(* r *) ENTITY Thing; -- tail\n Name : String; END_ENTITY;")),
               HasSubstr("\nENTITY thing;\n  name : STRING;\nEND_ENTITY;\n"));

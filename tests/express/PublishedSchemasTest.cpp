@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 
+#include "ModelDump.h"
 #include "Printer.h"
 #include "SchemaText.h"
 
@@ -183,7 +184,7 @@ TEST(PublishedSchemas, AreAcceptedAndWarnedOfVariablesInstancesComparedAndWhatIs
   }
 }
 
-TEST(PublishedSchemas, PrintedTextIsAcceptedAndPrintsAsItself) {
+TEST(PublishedSchemas, PrintedTextGivesAnEqualModelAndPrintsAsItself) {
   auto files = AllIn("published");
   if (files.empty()) GTEST_SKIP() << "no folder " << (kSchemas / "published");
   for (const auto& file : AllIn("constructs")) files.push_back(file);
@@ -196,6 +197,7 @@ TEST(PublishedSchemas, PrintedTextIsAcceptedAndPrintsAsItself) {
     Print(text.model, once);
     const SchemaText again(once.str(), file.filename().string());
     ASSERT_EQ(again.diagnostics.ErrorCount(), 0u) << file;
+    EXPECT_TRUE(ModelDump(again.model).Text() == ModelDump(text.model).Text()) << file;
     std::ostringstream twice;
     Print(again.model, twice);
     EXPECT_TRUE(twice.str() == once.str()) << file;
