@@ -280,8 +280,9 @@ class Parser {
     declared_ = nullptr;
     schema_->name = SchemaName();
     if (Kind() == TokenKind::StringLiteral || Kind() == TokenKind::EncodedStringLiteral) {
-      const std::string_view text = TextOf(tokens_[at_++]);
-      schema_->version = std::string(text.substr(1, text.size() - std::min<std::size_t>(text.size(), 2)));
+      schema_->isVersionEncoded = Kind() == TokenKind::EncodedStringLiteral;
+      const ExpressionPtr version = schema_->isVersionEncoded ? EncodedString() : SimpleString();
+      schema_->version = static_cast<const StringLiteral&>(*version).value;
     }
     try {
       Expect(TokenKind::Semicolon);
@@ -297,7 +298,8 @@ class Parser {
   }
 
   Name SchemaName() {
-    const bool isAlone = Kind(1) == TokenKind::Semicolon || Kind(1) == TokenKind::StringLiteral;
+    const bool isAlone = Kind(1) == TokenKind::Semicolon || Kind(1) == TokenKind::StringLiteral ||
+                         Kind(1) == TokenKind::EncodedStringLiteral;
     if (!IsReserved(Kind()) || !isAlone) return ExpectName("the schema's name");
     diagnostics_.Report(Code::ReservedSchemaName, Here(),
                         "the schema's name " + Found() + " is a reserved word");
@@ -439,7 +441,8 @@ class Parser {
     type.kind = TypeKind::Select;
     if (Kind() == TokenKind::LeftParenthesis) {
       type.items = Items("the name of a type or entity");
-    } else if (!Extension(type, "the name of a type or entity") && !type.extensible) {
+    } else if (!Extension(type, "the name of a type or entity") && !type.extensible &&
+               Kind() != TokenKind::Semicolon) {
       Fail("'('");
     }
     return type;

@@ -398,4 +398,49 @@ struct AggregateInitializer : Expression {
   std::vector<Element> elements;
 };
 
+/// Calls visit(operand) for each expression directly below a node, in the order of the text.
+template <class Visit>
+void VisitOperands(const Expression& expression, Visit visit) {
+  const auto one = [&](const ExpressionPtr& operand) {
+    if (operand) visit(*operand);
+  };
+  const auto all = [&](const std::vector<ExpressionPtr>& operands) {
+    for (const ExpressionPtr& operand : operands) one(operand);
+  };
+  switch (expression.kind) {
+    case ExpressionKind::Call:
+      return all(static_cast<const Call&>(expression).arguments);
+    case ExpressionKind::BuiltinCall:
+      return all(static_cast<const BuiltinCall&>(expression).arguments);
+    case ExpressionKind::Member:
+      return one(static_cast<const Member&>(expression).operand);
+    case ExpressionKind::Group:
+      return one(static_cast<const Group&>(expression).operand);
+    case ExpressionKind::Index:
+      one(static_cast<const Index&>(expression).operand);
+      one(static_cast<const Index&>(expression).first);
+      return one(static_cast<const Index&>(expression).last);
+    case ExpressionKind::Unary:
+      return one(static_cast<const Unary&>(expression).operand);
+    case ExpressionKind::Operation:
+      one(static_cast<const Operation&>(expression).left);
+      return one(static_cast<const Operation&>(expression).right);
+    case ExpressionKind::Interval:
+      one(static_cast<const Interval&>(expression).low);
+      one(static_cast<const Interval&>(expression).item);
+      return one(static_cast<const Interval&>(expression).high);
+    case ExpressionKind::Query:
+      one(static_cast<const Query&>(expression).source);
+      return one(static_cast<const Query&>(expression).condition);
+    case ExpressionKind::Aggregate:
+      for (const auto& element : static_cast<const AggregateInitializer&>(expression).elements) {
+        one(element.value);
+        one(element.repetition);
+      }
+      return;
+    default:
+      return;
+  }
+}
+
 }  // namespace VELMAR::Express

@@ -10,15 +10,6 @@ namespace {
 
 std::string Quoted(const Name& name) { return "'" + name.text + "'"; }
 
-const TypeExpression* Simple(TypeKind kind) {
-  static const std::vector<TypeExpression> types = [] {
-    std::vector<TypeExpression> all(static_cast<std::size_t>(TypeKind::Named));
-    for (std::size_t i = 0; i < all.size(); ++i) all[i].kind = static_cast<TypeKind>(i);
-    return all;
-  }();
-  return &types[static_cast<std::size_t>(kind)];
-}
-
 bool IsOpen(const TypeExpression* type) {
   return !type || type->kind == TypeKind::Generic || type->kind == TypeKind::GenericEntity;
 }
@@ -51,16 +42,21 @@ const char* KindText(DeclarationKind kind) {
 
 class ExpressionResolver {
  public:
-  ExpressionResolver(Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
+  ExpressionResolver(Model& model, TypeRules& rules, Diagnostics& diagnostics)
+      : model_(model), rules_(rules), diagnostics_(diagnostics) {}
 
   void Run() {
+    for (const auto& schema : model_.schemas) CollectAttributes(schema->declarations);
     for (const auto& schema : model_.schemas) {
       schema_ = schema.get();
       hasUnknownInterface_ = std::any_of(schema->interfaces.begin(), schema->interfaces.end(),
                                          [](const Interface& interface) { return !interface.schema; });
       items_.clear();
       for (const auto& [name, declaration] : schema->scope) AddItems(*declaration);
-      for (const auto& declaration : schema->declarations) Any(*declaration, false);
+      for (const auto& declaration : schema->declarations) {
+        neverFound_.clear();
+        Any(*declaration);
+      }
       AmbiguousItems();
     }
   }
@@ -72,6 +68,18 @@ class ExpressionResolver {
 
   // ---- declarations -----------------------------------------------------------------------------
 
+  void CollectAttributes(const std::vector<std::unique_ptr<Declaration>>& declarations) {
+    for (const auto& declaration : declarations) {
+      if (declaration->kind == DeclarationKind::Entity) {
+        for (const Attribute& attribute : static_cast<const Entity&>(*declaration).attributes) {
+          declared_[attribute.name.text].push_back(&attribute);
+        }
+      } else if (IsAlgorithm(declaration->kind)) {
+        CollectAttributes(static_cast<const Algorithm&>(*declaration).declarations);
+      }
+    }
+  }
+
   void AddItems(const Declaration& declaration) {
     if (declaration.kind != DeclarationKind::Type) return;
     const auto& type = static_cast<const DefinedType&>(declaration);
@@ -79,23 +87,21 @@ class ExpressionResolver {
     for (const TypeItem& item : type.underlying.items) items_[item.name.text].push_back(&type);
   }
 
-  void Any(Declaration& declaration, bool isLocal) {
+  void Any(Declaration& declaration) {
     if (declaration.damaged) return;
     switch (declaration.kind) {
       case DeclarationKind::Type: {
         auto& type = static_cast<DefinedType&>(declaration);
-        self_ = NamedType(&type);
-        if (isLocal) TypeNames(type.underlying);
+        self_ = rules_.TypeOf(type);
         Bounds(type.underlying);
         Rules(type.where);
         self_ = nullptr;
         break;
       }
       case DeclarationKind::Entity:
-        return EntityDecl(static_cast<Entity&>(declaration), isLocal);
+        return EntityDecl(static_cast<Entity&>(declaration));
       case DeclarationKind::Constant: {
         auto& constant = static_cast<Constant&>(declaration);
-        if (isLocal) TypeNames(constant.type);
         Bounds(constant.type);
         Resolve(constant.expression, &constant.type);
         break;
@@ -114,15 +120,13 @@ class ExpressionResolver {
     for (const LabelledRule& rule : rules) Resolve(rule.expression);
   }
 
-  void EntityDecl(Entity& entity, bool isLocal) {
+  void EntityDecl(Entity& entity) {
     entity_ = &entity;
-    self_ = NamedType(&entity);
+    entityScope_ = scopes_.size();
+    self_ = rules_.TypeOf(entity);
     const TypeExpression* last = nullptr;
     for (Attribute& attribute : entity.attributes) {
-      if (attribute.type && attribute.type.get() != last) {
-        if (isLocal) TypeNames(*attribute.type);
-        Bounds(*attribute.type);
-      }
+      if (attribute.type && attribute.type.get() != last) Bounds(*attribute.type);
       last = attribute.type.get();
       Resolve(attribute.expression, attribute.type.get());
       Resolve(attribute.inverseLower);
@@ -138,6 +142,7 @@ class ExpressionResolver {
     for (const auto& declaration : algorithm.declarations) Declare(*declaration);
     for (const auto& parameter : algorithm.parameters) Declare(*parameter);
     for (const auto& local : algorithm.locals) Declare(*local);
+    for (const auto& declaration : algorithm.declarations) DeclareItems(*declaration);
     for (const Name& name : algorithm.populations) {
       Declaration* found = FindDeclaration(name.text);
       if (found && found->kind == DeclarationKind::Entity) {
@@ -152,9 +157,9 @@ class ExpressionResolver {
       }
     }
     const std::vector<Entity*> outerPopulations = std::exchange(populations_, algorithm.populationEntities);
-    if (algorithm.kind == DeclarationKind::Function) Type(algorithm.returnType);
+    if (algorithm.kind == DeclarationKind::Function) Bounds(algorithm.returnType);
     for (const auto& parameter : algorithm.parameters) VariableType(*parameter);
-    for (const auto& declaration : algorithm.declarations) Any(*declaration, true);
+    for (const auto& declaration : algorithm.declarations) Any(*declaration);
     for (const auto& local : algorithm.locals) VariableType(*local);
     const Algorithm* const outer = std::exchange(algorithm_, &algorithm);
     Statements(algorithm.statements);
@@ -172,16 +177,47 @@ class ExpressionResolver {
 
   void Declare(Declaration& declaration) {
     const auto [first, isNew] = scopes_.back().emplace(declaration.name.text, &declaration);
-    if (isNew) return;
+    if (isNew) return Hidden(declaration);
     diagnostics_.Report(Code::DuplicateName, declaration.name.where,
                         "name " + Quoted(declaration.name) + " is declared twice", first->second->name.where,
                         "first declared here");
   }
 
+  // The items of an enumeration stand for it where nothing else has their name.
+  void DeclareItems(Declaration& declaration) {
+    if (declaration.kind != DeclarationKind::Type) return;
+    auto& type = static_cast<DefinedType&>(declaration);
+    if (type.underlying.kind != TypeKind::Enumeration) return;
+    for (const TypeItem& item : AllItems(type.underlying)) scopes_.back().emplace(item.name.text, &type);
+  }
+
+  static bool IsItem(const std::string& name, const Declaration& declaration) {
+    return declaration.kind == DeclarationKind::Type && declaration.name.text != name;
+  }
+
+  // Whether the innermost scope takes a name from an outer variable.
+  void Hidden(const Declaration& declaration) {
+    if (declaration.kind != DeclarationKind::Variable) return;
+    const VariableRole role = static_cast<const Variable&>(declaration).role;
+    if (role == VariableRole::Parameter) return;  // named for those who call
+    for (std::size_t i = scopes_.size() - 1; i-- > 0;) {
+      const auto outer = scopes_[i].find(declaration.name.text);
+      if (outer == scopes_[i].end() || outer->second->kind != DeclarationKind::Variable) continue;
+      // Many declare the variable of a REPEAT, too, which does it no harm.
+      const bool isRepeated = role == VariableRole::Repeat &&
+                              static_cast<const Variable&>(*outer->second).role == VariableRole::Local;
+      if (isRepeated) return;
+      diagnostics_.Report(Code::HiddenName, declaration.name.where,
+                          Quoted(declaration.name) + " hides another variable of this name",
+                          outer->second->name.where, "declared here");
+      return;
+    }
+  }
+
   // Names declared together share type and initial value, which are then resolved once.
   void VariableType(Variable& variable) {
     if (variable.type.get() != lastType_) {
-      Type(*variable.type);
+      Bounds(*variable.type);
       if (variable.initial) Resolve(*variable.initial, variable.type.get());
     }
     lastType_ = variable.type.get();
@@ -189,33 +225,6 @@ class ExpressionResolver {
   }
 
   // ---- types ------------------------------------------------------------------------------------
-
-  void Type(TypeExpression& type) {
-    TypeNames(type);
-    Bounds(type);
-  }
-
-  // The names in a type within an algorithm, where the names of the algorithm are visible, too.
-  void TypeNames(TypeExpression& type) {
-    for (TypeExpression* at = &type; at; at = at->element.get()) {
-      if (at->kind == TypeKind::Named) at->declaration = TypeNamed(at->name);
-      if (at->kind != TypeKind::Select) continue;
-      for (TypeItem& item : at->items) item.declaration = TypeNamed(item.name);
-    }
-  }
-
-  Declaration* TypeNamed(const Name& name) {
-    Declaration* found = FindDeclaration(name.text);
-    if (!found) {
-      Unknown(Code::UnknownType, "type", name);
-      return nullptr;
-    }
-    if (found->kind == DeclarationKind::Type || found->kind == DeclarationKind::Entity) return found;
-    diagnostics_.Report(Code::NotAType, name.where,
-                        Quoted(name) + " is " + KindText(found->kind) + ", expected the name of a type",
-                        found->name.where, "declared here");
-    return nullptr;
-  }
 
   void Bounds(const TypeExpression& type) {
     for (const TypeExpression* at = &type; at; at = at->element.get()) {
@@ -225,36 +234,12 @@ class ExpressionResolver {
     }
   }
 
-  const TypeExpression* NamedType(Declaration* declaration) {
-    const TypeExpression*& known = namedTypes_[declaration];
-    if (!known) {
-      TypeExpression& type = model_.derivedTypes.emplace_back();
-      type.name = declaration->name;
-      type.declaration = declaration;
-      known = &type;
-    }
-    return known;
-  }
-
-  const TypeExpression* AggregateOf(TypeKind kind, const TypeExpression& element) {
-    const TypeExpression*& known = aggregates_[{kind, &element}];
-    if (!known) {
-      TypeExpression& type = model_.derivedTypes.emplace_back();
-      type.kind = kind;
-      type.element = std::make_shared<TypeExpression>();
-      type.element->kind = element.kind;
-      type.element->name = element.name;
-      type.element->declaration = element.declaration;
-      known = &type;
-    }
-    return known;
-  }
-
   const TypeExpression* AttributeType(const Attribute& attribute) {
     if (attribute.kind != AttributeKind::Inverse) return attribute.type.get();
     if (!attribute.inverseEntityDeclaration) return nullptr;
-    const TypeExpression* entity = NamedType(attribute.inverseEntityDeclaration);
-    return attribute.inverseKind == TypeKind::Named ? entity : AggregateOf(attribute.inverseKind, *entity);
+    const TypeExpression* entity = rules_.TypeOf(*attribute.inverseEntityDeclaration);
+    return attribute.inverseKind == TypeKind::Named ? entity
+                                                    : rules_.AggregateOf(attribute.inverseKind, *entity);
   }
 
   // ---- names ------------------------------------------------------------------------------------
@@ -262,7 +247,7 @@ class ExpressionResolver {
   Declaration* FindDeclaration(const std::string& name) const {
     for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
       const auto found = scope->find(name);
-      if (found != scope->end()) return found->second;
+      if (found != scope->end() && !IsItem(name, *found->second)) return found->second;
     }
     const auto found = schema_->scope.find(name);
     return found == schema_->scope.end() ? nullptr : found->second;
@@ -318,17 +303,17 @@ class ExpressionResolver {
 
   const TypeExpression* Resolved(NameReference& reference) {
     const std::string& name = reference.name.text;
-    for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
-      const auto found = scope->find(name);
-      if (found != scope->end()) return Declared(reference, *found->second);
-    }
-    if (entity_) {
-      const Attributes& attributes = AttributesOf(*entity_);
-      const auto found = attributes.find(name);
-      if (found != attributes.end()) {
-        reference.referent.attribute = found->second;
-        return AttributeType(*found->second);
+    for (std::size_t i = scopes_.size();; --i) {
+      const Attribute* attribute = entity_ && i == entityScope_ ? AttributeOf(*entity_, name) : nullptr;
+      if (attribute) {
+        reference.referent.attribute = attribute;
+        return AttributeType(*attribute);
       }
+      if (i == 0) break;
+      const auto found = scopes_[i - 1].find(name);
+      if (found == scopes_[i - 1].end()) continue;
+      if (!IsItem(name, *found->second)) return Declared(reference, *found->second);
+      return Item(reference.referent, static_cast<const DefinedType&>(*found->second), name);
     }
     const auto found = schema_->scope.find(name);
     if (found != schema_->scope.end()) return Declared(reference, *found->second);
@@ -357,10 +342,13 @@ class ExpressionResolver {
         }
         return &static_cast<Algorithm&>(declaration).returnType;
       case DeclarationKind::Entity: {
-        const TypeExpression* type = NamedType(&declaration);
+        const TypeExpression* type = rules_.TypeOf(declaration);
         const bool isPopulation =
             std::find(populations_.begin(), populations_.end(), &declaration) != populations_.end();
-        return isPopulation ? AggregateOf(TypeKind::Set, *type) : nullptr;
+        if (isPopulation) return rules_.AggregateOf(TypeKind::Set, *type);
+        reference.referent.declaration = nullptr;
+        NotAValue(reference.name, declaration);
+        break;
       }
       case DeclarationKind::Type:
       case DeclarationKind::Procedure:
@@ -397,7 +385,7 @@ class ExpressionResolver {
     if (found == items.end()) return nullptr;
     referent.enumeration = &type;
     referent.item = static_cast<int>(found - items.begin());
-    return NamedType(const_cast<DefinedType*>(&type));
+    return rules_.TypeOf(const_cast<DefinedType&>(type));
   }
 
   // ---- expressions ------------------------------------------------------------------------------
@@ -409,12 +397,22 @@ class ExpressionResolver {
   // `expected` tells apart items that several enumerations have.
   void Resolve(Expression& expression, const TypeExpression* expected = nullptr) {
     expression.type = TypeOf(expression);
-    if (expression.kind == ExpressionKind::Name) Qualify(static_cast<NameReference&>(expression), expected);
+    Qualify(expression, expected);
   }
 
-  void Qualify(NameReference& reference, const TypeExpression* expected) {
+  void Qualify(Expression& expression, const TypeExpression* expected) {
+    if (!expected) return;
+    if (expression.kind == ExpressionKind::Aggregate) {
+      const TypeExpression* type = rules_.Fundamental(expected);
+      if (!type || !IsAggregate(type->kind)) return;
+      auto& initializer = static_cast<AggregateInitializer&>(expression);
+      for (const auto& element : initializer.elements) Qualify(*element.value, type->element.get());
+      return;
+    }
+    if (expression.kind != ExpressionKind::Name) return;
+    auto& reference = static_cast<NameReference&>(expression);
     Referent& referent = reference.referent;
-    if (!expected || referent.declaration || referent.attribute) return;
+    if (referent.declaration || referent.attribute) return;
     const TypeExpression* at = expected;
     while (IsAggregate(at->kind) && at->element) at = at->element.get();
     if (at->kind != TypeKind::Named || !at->declaration || at->declaration->kind != DeclarationKind::Type)
@@ -423,27 +421,28 @@ class ExpressionResolver {
     if (const TypeExpression* found = Item(referent, type, reference.name.text)) reference.type = found;
   }
 
-  static TypeKind KindOf(const ExpressionPtr& expression) {
-    const TypeExpression* type = expression->type ? Underlying(*expression->type) : nullptr;
-    return type ? type->kind : TypeKind::Generic;
+  // What the values of the expression share; GENERIC where that is open.
+  const TypeExpression& FundamentalOf(const Expression& expression) {
+    const TypeExpression* type = rules_.Fundamental(expression.type);
+    return type ? *type : *SimpleType(TypeKind::Generic);
   }
 
   const TypeExpression* TypeOf(Expression& expression) {
     switch (expression.kind) {
       case ExpressionKind::Integer:
-        return Simple(TypeKind::Integer);
+        return SimpleType(TypeKind::Integer);
       case ExpressionKind::Real:
-        return Simple(TypeKind::Real);
+        return SimpleType(TypeKind::Real);
       case ExpressionKind::BuiltinConstant:
-        return Simple(TypeKind::Real);
+        return SimpleType(TypeKind::Real);
       case ExpressionKind::String:
-        return Simple(TypeKind::String);
+        return SimpleType(TypeKind::String);
       case ExpressionKind::Binary:
-        return Simple(TypeKind::Binary);
+        return SimpleType(TypeKind::Binary);
       case ExpressionKind::Logical:
-        return Simple(static_cast<LogicalLiteral&>(expression).value == LogicalValue::Unknown
-                          ? TypeKind::Logical
-                          : TypeKind::Boolean);
+        return SimpleType(static_cast<LogicalLiteral&>(expression).value == LogicalValue::Unknown
+                              ? TypeKind::Logical
+                              : TypeKind::Boolean);
       case ExpressionKind::Indeterminate:
         return nullptr;
       case ExpressionKind::Self:
@@ -459,28 +458,30 @@ class ExpressionResolver {
       case ExpressionKind::Group: {
         auto& group = static_cast<Group&>(expression);
         Resolve(group.operand);
-        Declaration* found = TypeNamed(group.name);
+        Declaration* found = FindDeclaration(group.name.text);
+        if (!found) Unknown(Code::UnknownEntity, "entity", group.name);
         if (!found || found->kind != DeclarationKind::Entity) {
           if (found) NotAnEntity(group.name, *found);
           return nullptr;
         }
         group.entity = static_cast<Entity*>(found);
-        return NamedType(found);
+        return rules_.TypeOf(*found);
       }
       case ExpressionKind::Index: {
         auto& index = static_cast<Index&>(expression);
         Resolve(index.operand);
         Resolve(index.first);
         Resolve(index.last);
-        const TypeExpression* type = index.operand->type ? Underlying(*index.operand->type) : nullptr;
-        if (!type) return nullptr;
-        if (IsAggregate(type->kind)) return type->element.get();
-        return type->kind == TypeKind::String || type->kind == TypeKind::Binary ? type : nullptr;
+        const TypeExpression* aggregate = rules_.AggregateIn(index.operand->type);
+        if (aggregate && !MayBe(*index.operand, kStringValue | kBinaryValue)) return aggregate->element.get();
+        const TypeExpression& type = FundamentalOf(*index.operand);
+        const bool isText = type.kind == TypeKind::String || type.kind == TypeKind::Binary;
+        return isText ? SimpleType(type.kind) : nullptr;
       }
       case ExpressionKind::Unary: {
         auto& unary = static_cast<Unary&>(expression);
         Resolve(unary.operand);
-        return unary.op == Operator::Not ? Simple(TypeKind::Logical) : unary.operand->type;
+        return unary.op == Operator::Not ? SimpleType(TypeKind::Logical) : NumericType(*unary.operand);
       }
       case ExpressionKind::Operation:
         return OperationType(static_cast<Operation&>(expression));
@@ -489,30 +490,65 @@ class ExpressionResolver {
         Resolve(interval.low);
         Resolve(interval.item);
         Resolve(interval.high);
-        return Simple(TypeKind::Logical);
+        return SimpleType(TypeKind::Logical);
       }
       case ExpressionKind::Query: {
         auto& query = static_cast<Query&>(expression);
         Resolve(query.source);
-        const TypeExpression* source = query.source->type ? Underlying(*query.source->type) : nullptr;
-        if (source && IsAggregate(source->kind)) query.variable->valueType = source->element.get();
+        const TypeExpression* source = rules_.AggregateIn(query.source->type);
+        if (source) query.variable->valueType = source->element.get();
         WithVariable(*query.variable, [&] { Resolve(query.condition); });
-        return query.source->type;
+        if (source) return source;
+        return MayBe(*query.source, kAggregateValue) ? query.source->type : nullptr;
       }
       case ExpressionKind::Aggregate:
-        for (const auto& element : static_cast<AggregateInitializer&>(expression).elements) {
-          Resolve(element.value);
-          Resolve(element.repetition);
-        }
-        return nullptr;
+        return InitializerType(static_cast<AggregateInitializer&>(expression));
     }
     return nullptr;
+  }
+
+  bool MayBe(const Expression& expression, unsigned classes) {
+    return (rules_.ClassesOf(expression.type) & classes) != 0;
+  }
+
+  // The type of a number with a sign: as it was, and a NUMBER where that is open.
+  const TypeExpression* NumericType(const Expression& operand) {
+    const TypeExpression& type = FundamentalOf(operand);
+    if (!MayBe(operand, kNumericValue)) return nullptr;
+    if (!IsNumeric(type.kind)) return SimpleType(TypeKind::Number);
+    return rules_.IsSelect(operand.type) ? &type : operand.type;
+  }
+
+  // The type of the elements where there are none.
+  static const TypeExpression& NoElement() {
+    static const TypeExpression type = [] {
+      TypeExpression none;
+      none.kind = TypeKind::Generic;
+      return none;
+    }();
+    return type;
+  }
+
+  // An AGGREGATE of what the elements have in common; of GENERIC where that is nothing.
+  const TypeExpression* InitializerType(const AggregateInitializer& initializer) {
+    const TypeExpression* common = nullptr;
+    bool isFirst = true;
+    for (const AggregateInitializer::Element& element : initializer.elements) {
+      Resolve(element.value);
+      Resolve(element.repetition);
+      if (element.value->kind == ExpressionKind::Indeterminate) continue;
+      common = isFirst ? element.value->type : rules_.Common(common, element.value->type);
+      isFirst = false;
+    }
+    if (isFirst) return rules_.AggregateOf(TypeKind::Aggregate, NoElement());
+    return rules_.AggregateOf(TypeKind::Aggregate, common ? *common : *SimpleType(TypeKind::Generic));
   }
 
   template <class Inner>
   void WithVariable(Variable& variable, Inner inner) {
     scopes_.emplace_back();
     scopes_.back().emplace(variable.name.text, &variable);
+    Hidden(variable);
     inner();
     scopes_.pop_back();
   }
@@ -538,7 +574,12 @@ class ExpressionResolver {
       if (call.arguments.size() != own && !found->damaged) {
         WrongArguments(call.name, *found, own, call.arguments.size());
       }
-      return NamedType(found);
+      std::size_t next = 0;
+      for (const Attribute& attribute : entity.attributes) {
+        if (!IsSlot(attribute) || next == call.arguments.size()) continue;
+        Qualify(*call.arguments[next++], attribute.type.get());
+      }
+      return rules_.TypeOf(*found);
     }
     if (found->kind != DeclarationKind::Function) {
       NotAValue(call.name, *found);
@@ -549,11 +590,88 @@ class ExpressionResolver {
     if (call.arguments.size() != function.parameters.size() && !found->damaged) {
       WrongArguments(call.name, *found, function.parameters.size(), call.arguments.size());
     }
+    Labels labels;
     for (std::size_t i = 0; i < std::min(call.arguments.size(), function.parameters.size()); ++i) {
-      if (call.arguments[i]->kind != ExpressionKind::Name || !function.parameters[i]->type) continue;
-      Qualify(static_cast<NameReference&>(*call.arguments[i]), function.parameters[i]->type.get());
+      const TypeExpression* parameter = function.parameters[i]->type.get();
+      Qualify(*call.arguments[i], parameter);
+      if (parameter) Bind(labels, *parameter, call.arguments[i]->type);
     }
-    return &function.returnType;
+    return Bound(labels, function.returnType);
+  }
+
+  // What the type labels of a function stand for in a call (9.5.3.4).
+  using Labels = std::map<std::string, const TypeExpression*>;
+
+  void Bind(Labels& labels, const TypeExpression& parameter, const TypeExpression* argument) {
+    const TypeExpression* at = &parameter;
+    while (argument && at) {
+      if (!at->label.text.empty()) labels.emplace(at->label.text, argument);
+      if (!IsAggregate(at->kind)) break;
+      const TypeExpression* type = rules_.Fundamental(argument);
+      argument = type && IsAggregate(type->kind) ? type->element.get() : nullptr;
+      at = at->element.get();
+    }
+  }
+
+  const TypeExpression* Bound(const Labels& labels, const TypeExpression& type) {
+    if (labels.empty()) return &type;
+    std::vector<const TypeExpression*> levels{&type};
+    while (IsAggregate(levels.back()->kind)) levels.push_back(levels.back()->element.get());
+    const TypeExpression* bound = levels.back();
+    for (std::size_t i = levels.size(); i-- > 0;) {
+      const TypeExpression& level = *levels[i];
+      const auto known = labels.find(level.label.text);
+      const TypeExpression* actual = known == labels.end() ? nullptr : known->second;
+      if (!IsAggregate(level.kind)) {
+        if (actual) bound = actual;
+        continue;
+      }
+      const TypeExpression* aggregate = actual ? rules_.Fundamental(actual) : nullptr;
+      const TypeKind kind = aggregate && IsAggregate(aggregate->kind) ? aggregate->kind : level.kind;
+      const bool isSame = kind == level.kind && bound == level.element.get();
+      bound = isSame ? &level : rules_.AggregateOf(kind, *bound);
+    }
+    return bound;
+  }
+
+  // Appends the text that string literals make, one or several joined with +. False for other expressions.
+  static bool AppendText(const Expression& expression, std::string& text) {
+    if (expression.kind == ExpressionKind::String) {
+      text += static_cast<const StringLiteral&>(expression).value;
+      return true;
+    }
+    if (expression.kind != ExpressionKind::Operation) return false;
+    const auto& sum = static_cast<const Operation&>(expression);
+    return sum.op == Operator::Add && AppendText(*sum.left, text) && AppendText(*sum.right, text);
+  }
+
+  // USEDIN (x, 'SCHEMA.ENTITY.ATTRIBUTE') gives instances of the entity.
+  const TypeExpression* EntityOfRole(const BuiltinCall& call) {
+    const TypeExpression* const open = SimpleType(TypeKind::GenericEntity);
+    std::string role;
+    if (call.arguments.size() != 2 || !AppendText(*call.arguments[1], role)) return open;
+    if (role.empty()) return open;  // every role
+    const std::size_t first = role.find('.');
+    const std::size_t last = role.rfind('.');
+    if (first == last) {
+      diagnostics_.Report(Code::UnknownRole, call.arguments[1]->where,
+                          "a role has the form 'SCHEMA.ENTITY.ATTRIBUTE'", "USEDIN gives an empty bag here");
+      return open;
+    }
+    std::string name = role.substr(first + 1, last - first - 1);
+    for (char& c : name) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    const auto found = schema_->scope.find(name);
+    const bool isEntity = found != schema_->scope.end() && found->second->kind == DeclarationKind::Entity;
+    if (!isEntity) return open;
+    std::string attribute = role.substr(last + 1);
+    for (char& c : attribute) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    const auto& entity = static_cast<const Entity&>(*found->second);
+    if (!AttributeOf(entity, attribute) && !entity.damaged) {
+      diagnostics_.Report(Code::UnknownRole, call.arguments[1]->where,
+                          "entity " + Quoted(entity.name) + " has no attribute '" + attribute + "'",
+                          "USEDIN gives an empty bag here");
+    }
+    return rules_.TypeOf(*found->second);
   }
 
   const TypeExpression* BuiltinType(BuiltinCall& call) {
@@ -561,8 +679,11 @@ class ExpressionResolver {
     const auto firstType = [&] { return call.arguments.empty() ? nullptr : call.arguments.front()->type; };
     switch (call.builtin) {
       case Builtin::Abs:
+        return call.arguments.empty() ? nullptr : NumericType(*call.arguments.front());
       case Builtin::Nvl:
-        return firstType();
+        if (call.arguments.size() != 2) return firstType();
+        Qualify(*call.arguments[1], firstType());
+        return firstType() ? firstType() : call.arguments[1]->type;
       case Builtin::BLength:
       case Builtin::HiBound:
       case Builtin::HiIndex:
@@ -570,35 +691,35 @@ class ExpressionResolver {
       case Builtin::LoBound:
       case Builtin::LoIndex:
       case Builtin::SizeOf:
-        return Simple(TypeKind::Integer);
+        return SimpleType(TypeKind::Integer);
       case Builtin::Exists:
-        return Simple(TypeKind::Boolean);
+        return SimpleType(TypeKind::Boolean);
       case Builtin::Odd:
       case Builtin::ValueIn:
       case Builtin::ValueUnique:
-        return Simple(TypeKind::Logical);
+        return SimpleType(TypeKind::Logical);
       case Builtin::Format:
-        return Simple(TypeKind::String);
+        return SimpleType(TypeKind::String);
       case Builtin::RolesOf:
       case Builtin::TypeOf:
-        return AggregateOf(TypeKind::Set, *Simple(TypeKind::String));
+        return rules_.AggregateOf(TypeKind::Set, *SimpleType(TypeKind::String));
       case Builtin::UsedIn:
-        return AggregateOf(TypeKind::Bag, *Simple(TypeKind::GenericEntity));
+        return rules_.AggregateOf(TypeKind::Bag, *EntityOfRole(call));
       case Builtin::Value:
-        return Simple(TypeKind::Number);
+        return SimpleType(TypeKind::Number);
       default:
-        return Simple(TypeKind::Real);
+        return SimpleType(TypeKind::Real);
     }
   }
 
   const TypeExpression* OperationType(Operation& operation) {
     Resolve(operation.left);
     Resolve(operation.right, operation.left->type);
-    if (operation.left->kind == ExpressionKind::Name) {
-      Qualify(static_cast<NameReference&>(*operation.left), operation.right->type);
-    }
-    const TypeKind left = KindOf(operation.left);
-    const TypeKind right = KindOf(operation.right);
+    Qualify(*operation.left, operation.right->type);
+    const TypeExpression& leftType = FundamentalOf(*operation.left);
+    const TypeExpression& rightType = FundamentalOf(*operation.right);
+    const TypeKind left = leftType.kind;
+    const TypeKind right = rightType.kind;
     if ((operation.op == Operator::Equal || operation.op == Operator::NotEqual) && left == TypeKind::Named &&
         right == TypeKind::Named) {
       const bool isEqual = operation.op == Operator::Equal;
@@ -609,33 +730,76 @@ class ExpressionResolver {
     }
     switch (operation.op) {
       case Operator::Divide:
-        return Simple(TypeKind::Real);
+        return SimpleType(TypeKind::Real);
       case Operator::IntegerDivide:
       case Operator::Modulo:
-        return Simple(TypeKind::Integer);
+        return SimpleType(TypeKind::Integer);
       case Operator::Add:
       case Operator::Subtract:
       case Operator::Multiply:
       case Operator::Power:
         if (IsNumeric(left) && IsNumeric(right)) {
-          if (left == TypeKind::Integer && right == TypeKind::Integer) return Simple(TypeKind::Integer);
+          if (left == TypeKind::Integer && right == TypeKind::Integer) return SimpleType(TypeKind::Integer);
           const bool isNumber = left == TypeKind::Number || right == TypeKind::Number;
-          return Simple(isNumber ? TypeKind::Number : TypeKind::Real);
+          return SimpleType(isNumber ? TypeKind::Number : TypeKind::Real);
         }
-        if (left == right && (left == TypeKind::String || left == TypeKind::Binary)) return Simple(left);
-        return IsAggregate(left) ? operation.left->type : nullptr;
+        if (left == right && (left == TypeKind::String || left == TypeKind::Binary)) return SimpleType(left);
+        if (IsAggregate(left) || IsAggregate(right)) return AggregateResult(operation, leftType, rightType);
+        return IsNumber(operation) ? SimpleType(TypeKind::Number) : nullptr;
       case Operator::Combine:
-        return Simple(TypeKind::GenericEntity);
+        return SimpleType(TypeKind::GenericEntity);
       default:
-        return Simple(TypeKind::Logical);
+        return SimpleType(TypeKind::Logical);
     }
+  }
+
+  // Whether an operation of which an operand is open can only have a number as its result.
+  bool IsNumber(const Operation& operation) {
+    const bool areNumbers = MayBe(*operation.left, kNumericValue) && MayBe(*operation.right, kNumericValue);
+    const bool isLeft = rules_.ClassesOf(operation.left->type) == kNumericValue;
+    const bool isRight = rules_.ClassesOf(operation.right->type) == kNumericValue;
+    switch (operation.op) {
+      case Operator::Power:
+        return areNumbers;
+      case Operator::Multiply:
+        return areNumbers && (isLeft || isRight);
+      default:
+        return areNumbers && isLeft && operation.op == Operator::Subtract;
+    }
+  }
+
+  // Of union, intersection and difference (12.6): the kind of the left operand, an initializer excepted; with
+  // elements of both operands in a union.
+  const TypeExpression* AggregateResult(const Operation& operation, const TypeExpression& left,
+                                        const TypeExpression& right) {
+    const auto elementOf = [](const TypeExpression& type) {
+      return IsAggregate(type.kind) ? type.element.get() : &type;
+    };
+    const TypeExpression* const nothing = &NoElement();
+    if (!IsAggregate(left.kind) && operation.op != Operator::Add) return nullptr;
+    const bool isLeftKind =
+        IsAggregate(left.kind) && (left.kind != TypeKind::Aggregate || !IsAggregate(right.kind));
+    TypeKind kind = isLeftKind ? left.kind : right.kind;
+    if (operation.op == Operator::Multiply && right.kind == TypeKind::Set) kind = TypeKind::Set;
+    const TypeExpression* element = elementOf(left);
+    if (operation.op == Operator::Add || element == nothing) {
+      const TypeExpression* other = elementOf(right);
+      if (element == nothing) {
+        element = other;
+      } else if (other != nothing) {
+        element = rules_.Common(IsAggregate(left.kind) ? element : operation.left->type,
+                                IsAggregate(right.kind) ? other : operation.right->type);
+      }
+    }
+    return rules_.AggregateOf(kind, element ? *element : *SimpleType(TypeKind::Generic));
   }
 
   const TypeExpression* MemberType(Member& member) {
     if (member.operand->kind == ExpressionKind::Name) {
       auto& reference = static_cast<NameReference&>(*member.operand);
       const bool isAttribute = entity_ && AttributesOf(*entity_).count(reference.name.text) > 0;
-      Declaration* found = isAttribute && scopes_.empty() ? nullptr : FindDeclaration(reference.name.text);
+      Declaration* found =
+          isAttribute && scopes_.size() == entityScope_ ? nullptr : FindDeclaration(reference.name.text);
       if (found && found->kind == DeclarationKind::Type) return QualifiedItem(member, reference, *found);
     }
     Resolve(member.operand);
@@ -647,13 +811,13 @@ class ExpressionResolver {
         member.referent.attribute = attribute;
         return AttributeType(*attribute);
       }
-      if (IsAttributeOfASubtype(entity, member.name.text) || entity.damaged) return nullptr;
+      const std::vector<const Attribute*> below = AttributesBelow(entity, member.name.text);
+      if (!below.empty() || entity.damaged) return OneOf(member, below);
       NoAttribute("entity " + Quoted(entity.name), entity, member.name);
       return nullptr;
     }
     if (type->kind == TypeKind::Select) return SelectMember(member, *type);
-    diagnostics_.Report(Code::NotAnInstance, member.name.where,
-                        "the operand of '." + member.name.text + "' is no instance but " + TypeText(*type));
+    NoInstance(member.name, *type);
     return nullptr;
   }
 
@@ -681,20 +845,24 @@ class ExpressionResolver {
     return found == attributes.end() ? nullptr : found->second;
   }
 
-  // Whether an instance of the entity may have the attribute by also being an instance of a subtype.
-  static bool IsAttributeOfASubtype(const Entity& entity, const std::string& name) {
-    std::vector<const Entity*> open{&entity};
-    std::set<const Entity*> seen;
-    while (!open.empty()) {
-      const Entity* at = open.back();
-      open.pop_back();
-      if (!seen.insert(at).second) continue;
-      for (const Attribute& attribute : at->attributes) {
-        if (attribute.name.text == name) return true;
-      }
-      open.insert(open.end(), at->subtypes.begin(), at->subtypes.end());
+  // The attributes of this name that an instance of the entity has where it is also one of a subtype.
+  std::vector<const Attribute*> AttributesBelow(const Entity& entity, const std::string& name) {
+    std::vector<const Attribute*> below;
+    const auto found = declared_.find(name);
+    if (found == declared_.end()) return below;
+    for (const Attribute* attribute : found->second) {
+      if (rules_.IsKindOf(*attribute->owner, entity)) below.push_back(attribute);
     }
-    return false;
+    return below;
+  }
+
+  // The type that all the attributes have which the name may stand for, each of another entity.
+  const TypeExpression* OneOf(Member& member, const std::vector<const Attribute*>& attributes) {
+    if (attributes.empty()) return nullptr;
+    const TypeExpression* type = AttributeType(*attributes.front());
+    for (const Attribute* attribute : attributes) type = rules_.Common(type, AttributeType(*attribute));
+    if (attributes.size() == 1) member.referent.attribute = attributes.front();
+    return type;
   }
 
   void NoAttribute(const std::string& what, const Entity& entity, const Name& name) {
@@ -708,25 +876,43 @@ class ExpressionResolver {
 
   // The one attribute that the entities of the select have under the name, or the type that they agree on.
   const TypeExpression* SelectMember(Member& member, const TypeExpression& select) {
-    std::set<const TypeExpression*> seen;
-    std::set<const Attribute*> found;
-    std::vector<const TypeExpression*> open{&select};
-    while (!open.empty()) {
-      const TypeExpression* at = open.back();
-      open.pop_back();
-      if (!at || !seen.insert(at).second || at->kind != TypeKind::Select) continue;
-      for (const TypeItem& item : AllItems(*at)) {
-        if (item.declaration && item.declaration->kind == DeclarationKind::Entity) {
-          const Attribute* attribute = AttributeOf(static_cast<Entity&>(*item.declaration), member.name.text);
-          if (attribute) found.insert(attribute);
-        } else if (item.declaration) {
-          open.push_back(Underlying(static_cast<DefinedType&>(*item.declaration).underlying));
-        }
-      }
+    const TypeRules::Selection& selection = rules_.SelectionOf(select);
+    std::vector<const Attribute*> found;
+    const auto add = [&](const Attribute* attribute) {
+      if (std::find(found.begin(), found.end(), attribute) == found.end()) found.push_back(attribute);
+    };
+    bool isOpen = selection.isOpen || selection.types.empty();
+    for (const TypeExpression* type : selection.types) {
+      isOpen = isOpen || type->kind == TypeKind::GenericEntity || type->kind == TypeKind::Generic;
+      if (type->kind != TypeKind::Named) continue;
+      const auto& entity = static_cast<const Entity&>(*type->declaration);
+      isOpen = isOpen || entity.damaged;
+      if (const Attribute* attribute = AttributeOf(entity, member.name.text)) add(attribute);
     }
-    if (found.size() != 1) return nullptr;
-    member.referent.attribute = *found.begin();
-    return AttributeType(**found.begin());
+    for (std::size_t i = 0; found.empty() && i < selection.types.size(); ++i) {
+      if (selection.types[i]->kind != TypeKind::Named) continue;
+      const auto& entity = static_cast<const Entity&>(*selection.types[i]->declaration);
+      for (const Attribute* attribute : AttributesBelow(entity, member.name.text)) add(attribute);
+    }
+    if (!found.empty() || isOpen) return OneOf(member, found);
+    if ((rules_.ClassesOf(&select) & kInstanceValue) == 0) {
+      NoInstance(member.name, *member.operand->type);
+    } else {
+      NeverFound(member, "no entity of select " + TypeText(*member.operand->type) + " has an attribute " +
+                             Quoted(member.name));
+    }
+    return nullptr;
+  }
+
+  // Says so once for each attribute in a declaration.
+  void NeverFound(const Member& member, const std::string& text) {
+    if (!neverFound_.insert(text).second) return;
+    diagnostics_.Report(Code::AlwaysIndeterminate, member.name.where, text, "this gives '?' always");
+  }
+
+  void NoInstance(const Name& member, const TypeExpression& type) {
+    diagnostics_.Report(Code::NotAnInstance, member.where,
+                        "the operand of '." + member.text + "' is no instance but " + TypeText(type));
   }
 
   // ---- statements -------------------------------------------------------------------------------
@@ -801,7 +987,7 @@ class ExpressionResolver {
           inner();
           break;
         }
-        repeat.variable->valueType = Simple(TypeKind::Number);
+        repeat.variable->valueType = SimpleType(TypeKind::Number);
         WithVariable(*repeat.variable, inner);
         break;
       }
@@ -861,34 +1047,30 @@ class ExpressionResolver {
     }
   }
 
-  struct PairHash {
-    std::size_t operator()(const std::pair<TypeKind, const TypeExpression*>& key) const {
-      return std::hash<const void*>()(key.second) * 31 + static_cast<std::size_t>(key.first);
-    }
-  };
-
   Model& model_;
+  TypeRules& rules_;
   Diagnostics& diagnostics_;
   SchemaDeclaration* schema_ = nullptr;
   bool hasUnknownInterface_ = false;
   std::vector<Scope> scopes_;
   Entity* entity_ = nullptr;              // whose attributes are visible by name
+  std::size_t entityScope_ = 0;           // behind so many of the scopes
   const TypeExpression* self_ = nullptr;  // of SELF
   const Algorithm* algorithm_ = nullptr;
   std::vector<Entity*> populations_;
   const TypeExpression* lastType_ = nullptr;
   std::vector<const NameReference*> ambiguous_;
+  std::set<std::string> neverFound_;                              // what has been said in the declaration
   bool isTarget_ = false;                                         // the name is assigned to
   std::map<std::string, std::vector<const DefinedType*>> items_;  // by name, the enumerations that have it
   std::unordered_map<const Entity*, Attributes> attributes_;
-  std::unordered_map<const Declaration*, const TypeExpression*> namedTypes_;
-  std::unordered_map<std::pair<TypeKind, const TypeExpression*>, const TypeExpression*, PairHash> aggregates_;
+  std::unordered_map<std::string, std::vector<const Attribute*>> declared_;  // by name, of all entities
 };
 
 }  // namespace
 
-void ResolveExpressions(Model& model, Diagnostics& diagnostics) {
-  ExpressionResolver(model, diagnostics).Run();
+void ResolveExpressions(Model& model, TypeRules& rules, Diagnostics& diagnostics) {
+  ExpressionResolver(model, rules, diagnostics).Run();
 }
 
 }  // namespace VELMAR::Express

@@ -59,10 +59,14 @@ SchemaDeclaration* Model::FindSchema(const std::string& name) const {
 
 const TypeExpression* Underlying(const TypeExpression& type) {
   const TypeExpression* at = &type;
-  std::set<const TypeExpression*> seen;
-  while (at->kind == TypeKind::Named) {
-    if (!at->declaration || !seen.insert(at).second) return nullptr;
+  const TypeExpression* before = nullptr;  // one met earlier, further ahead each time the steps double
+  for (std::size_t step = 1, mark = 1; at->kind == TypeKind::Named; ++step) {
+    if (!at->declaration || at == before) return nullptr;
     if (at->declaration->kind == DeclarationKind::Entity) return at;
+    if (step == mark) {
+      before = at;
+      mark *= 2;
+    }
     at = &static_cast<const DefinedType*>(at->declaration)->underlying;
   }
   return at;

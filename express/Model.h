@@ -48,9 +48,10 @@ struct Attribute {
 
   bool redeclared = false;  ///< SELF\entity.attribute
   bool renamed = false;
-  Name redeclaredEntity;                ///< the qualifier of a redeclaration
-  Name redeclaredAttribute;             ///< the inherited attribute's name
-  const Attribute* original = nullptr;  ///< resolved: the attribute that an ancestor declared first
+  Name redeclaredEntity;                 ///< the qualifier of a redeclaration
+  Name redeclaredAttribute;              ///< the inherited attribute's name
+  const Attribute* original = nullptr;   ///< resolved: the attribute that an ancestor declared first
+  const Attribute* inherited = nullptr;  ///< resolved: the declaration that this one takes the place of
 
   ExpressionPtr expression;  ///< Derived
 
@@ -138,6 +139,12 @@ struct Algorithm : Declaration {
   std::vector<LabelledRule> where;  ///< RULE
 };
 
+/// FUNCTION, PROCEDURE or RULE: the declaration is an Algorithm.
+inline bool IsAlgorithm(DeclarationKind kind) {
+  return kind == DeclarationKind::Function || kind == DeclarationKind::Procedure ||
+         kind == DeclarationKind::Rule;
+}
+
 /// One name of a USE or REFERENCE, with the name it gets here.
 struct InterfaceItem {
   Name name;
@@ -155,7 +162,8 @@ struct Interface {
 /// SCHEMA ... END_SCHEMA.
 struct SchemaDeclaration {
   Name name;
-  std::string version;  ///< the text of the version string as it stands; empty without one
+  std::string version;            ///< the characters of the version string, in UTF-8; empty without one
+  bool isVersionEncoded = false;  ///< written as an encoded string literal
   std::vector<Interface> interfaces;
   std::vector<std::unique_ptr<Declaration>> declarations;  ///< in the order of the text
 

@@ -321,7 +321,9 @@ class Printer {
 
   void Schema(const SchemaDeclaration& schema) {
     out_ << "SCHEMA " << schema.name.text;
-    if (!schema.version.empty()) out_ << " '" << schema.version << '\'';
+    if (!schema.version.empty()) {
+      out_ << ' ' << Text(StringLiteral({}, schema.version, schema.isVersionEncoded));
+    }
     out_ << ";\n";
     for (const Interface& interface : schema.interfaces) InterfaceSpecification(interface);
     Declarations(schema.declarations);

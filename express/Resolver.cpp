@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "ExpressionResolver.h"
+#include "TypeChecker.h"
+#include "TypeRules.h"
 
 namespace VELMAR::Express {
 namespace {
@@ -93,17 +95,19 @@ class Resolver {
   void Run() {
     Schemas();
     Interfaces();
-    ForAll<Entity>(DeclarationKind::Entity, entities_);
-    ForAll<DefinedType>(DeclarationKind::Type, types_);
+    for (const auto& schema : model_.schemas) {
+      Collect(schema->declarations, scopes_.emplace_back(Scope{schema.get(), nullptr, {}}));
+    }
     for (Entity* entity : entities_) Supertypes(*entity);
     InheritanceCycles();
     for (Entity* entity : entities_) {
       for (Entity* supertype : entity->supertypes) supertype->subtypes.push_back(entity);
     }
-    for (DefinedType* type : types_) Type(*type->schema, type->underlying, false);
+    for (DefinedType* type : types_) Type(ScopeOf(*type), type->underlying, false);
     TypeCycles();
     for (DefinedType* type : types_) Items(*type);
     for (Entity* entity : entities_) AttributeTypes(*entity);
+    for (const auto& [algorithm, scope] : algorithms_) VariableTypes(*algorithm, *scope);
     for (Entity* entity : SupertypesFirst()) EntityRules(*entity);
     Remainder();
   }
@@ -112,6 +116,50 @@ class Resolver {
   using Kinds = std::set<DeclarationKind>;
 
   // ---- scopes -----------------------------------------------------------------------------------
+
+  // What is visible where a declaration stands: the names of the algorithms around it, then those of the
+  // schema.
+  struct Scope {
+    const SchemaDeclaration* schema;
+    const Scope* outer;  // null for that of a schema
+    std::map<std::string, Declaration*> names;
+  };
+
+  const Scope& ScopeOf(const Declaration& declaration) const { return *scopeOf_.at(&declaration); }
+
+  static Declaration* Lookup(const Scope& scope, const std::string& name) {
+    for (const Scope* at = &scope; at->outer; at = at->outer) {
+      const auto found = at->names.find(name);
+      if (found != at->names.end()) return found->second;
+    }
+    const auto found = scope.schema->scope.find(name);
+    return found == scope.schema->scope.end() ? nullptr : found->second;
+  }
+
+  // All declarations by kind, those within algorithms included.
+  void Collect(const std::vector<std::unique_ptr<Declaration>>& declarations, const Scope& scope) {
+    for (const auto& declaration : declarations) {
+      scopeOf_[declaration.get()] = &scope;
+      if (Entity* entity = AsEntity(declaration.get())) {
+        entities_.push_back(entity);
+      } else if (DefinedType* type = AsType(declaration.get())) {
+        types_.push_back(type);
+      } else if (declaration->kind == DeclarationKind::Constant) {
+        constants_.push_back(static_cast<Constant*>(declaration.get()));
+      } else if (declaration->kind == DeclarationKind::SubtypeConstraint) {
+        constraints_.push_back(static_cast<SubtypeConstraint*>(declaration.get()));
+      } else if (IsAlgorithm(declaration->kind) && !declaration->damaged) {
+        auto& algorithm = static_cast<Algorithm&>(*declaration);
+        Scope& inner = scopes_.emplace_back(Scope{scope.schema, &scope, {}});
+        for (const auto& local : algorithm.declarations) inner.names.emplace(local->name.text, local.get());
+        for (const auto& parameter : algorithm.parameters)
+          inner.names.emplace(parameter->name.text, parameter.get());
+        for (const auto& local : algorithm.locals) inner.names.emplace(local->name.text, local.get());
+        algorithms_.push_back({&algorithm, &inner});
+        Collect(algorithm.declarations, inner);
+      }
+    }
+  }
 
   void Schemas() {
     std::map<std::string, SchemaDeclaration*> seen;
@@ -183,7 +231,7 @@ class Resolver {
         diagnostics_.Report(
             Code::UnknownInterfaceItem, item.name.where,
             "schema " + Quoted(interface.schemaName) + " has no declaration " + Quoted(item.name),
-            DidYouMean(*interface.schema, item.name.text, {}));
+            DidYouMean({interface.schema, nullptr, {}}, item.name.text, {}));
         continue;
       }
       const Declaration* here = schema.scope.at(item.alias.text);
@@ -200,35 +248,39 @@ class Resolver {
                                         : "did you mean '" + nearest + "'?");
   }
 
-  std::string DidYouMean(const SchemaDeclaration& schema, const std::string& name, const Kinds& kinds) {
+  std::string DidYouMean(const Scope& scope, const std::string& name, const Kinds& kinds) {
     // Looking for a near name is what costs; after so many errors nobody reads the hints.
     if (diagnostics_.ErrorCount() >= 200) return "";
     std::vector<std::string> names;
-    for (const auto& [visible, declaration] : schema.scope) {
-      if (kinds.empty() || kinds.count(declaration->kind)) names.push_back(visible);
-    }
+    const auto add = [&](const std::map<std::string, Declaration*>& visible) {
+      for (const auto& [each, declaration] : visible) {
+        if (kinds.empty() || kinds.count(declaration->kind)) names.push_back(each);
+      }
+    };
+    for (const Scope* at = &scope; at; at = at->outer) add(at->names);
+    add(scope.schema->scope);
     const std::string nearest = Nearest(name, names);
     return nearest.empty() ? "" : "did you mean '" + nearest + "'?";
   }
 
   // A declaration that a name may refer to; reports and gives null where there is none of the kinds.
-  Declaration* Find(const SchemaDeclaration& schema, const Name& name, const Kinds& kinds, Code unknown,
+  Declaration* Find(const Scope& scope, const Name& name, const Kinds& kinds, Code unknown,
                     const char* what) {
     if (name.text.empty()) return nullptr;
-    const auto found = schema.scope.find(name.text);
-    if (found == schema.scope.end()) {
-      if (!HasUnknownInterface(schema, name)) {
+    Declaration* found = Lookup(scope, name.text);
+    if (!found) {
+      if (!HasUnknownInterface(*scope.schema, name)) {
         diagnostics_.Report(unknown, name.where, "unknown " + std::string(what) + ' ' + Quoted(name),
-                            DidYouMean(schema, name.text, kinds));
+                            DidYouMean(scope, name.text, kinds));
       }
       return nullptr;
     }
-    if (kinds.count(found->second->kind)) return found->second;
+    if (kinds.count(found->kind)) return found;
     const Code code = unknown == Code::UnknownEntity ? Code::NotAnEntity : Code::NotAType;
     diagnostics_.Report(code, name.where,
-                        Quoted(name) + " is " + KindText(found->second->kind) + ", expected the name of " +
+                        Quoted(name) + " is " + KindText(found->kind) + ", expected the name of " +
                             (what[0] == 'e' ? "an " : "a ") + what,
-                        found->second->name.where, "declared here");
+                        found->name.where, "declared here");
     return nullptr;
   }
 
@@ -244,24 +296,15 @@ class Resolver {
     return false;
   }
 
-  Entity* FindEntity(const SchemaDeclaration& schema, const Name& name) {
-    return AsEntity(Find(schema, name, {DeclarationKind::Entity}, Code::UnknownEntity, "entity"));
-  }
-
-  template <class T>
-  void ForAll(DeclarationKind kind, std::vector<T*>& all) {
-    for (const auto& schema : model_.schemas) {
-      for (const auto& declaration : schema->declarations) {
-        if (declaration->kind == kind) all.push_back(static_cast<T*>(declaration.get()));
-      }
-    }
+  Entity* FindEntity(const Scope& scope, const Name& name) {
+    return AsEntity(Find(scope, name, {DeclarationKind::Entity}, Code::UnknownEntity, "entity"));
   }
 
   // ---- inheritance ------------------------------------------------------------------------------
 
   void Supertypes(Entity& entity) {
     for (const Name& name : entity.supertypeNames) {
-      Entity* supertype = FindEntity(*entity.schema, name);
+      Entity* supertype = FindEntity(ScopeOf(entity), name);
       if (!supertype) continue;
       if (std::find(entity.supertypes.begin(), entity.supertypes.end(), supertype) !=
           entity.supertypes.end()) {
@@ -323,10 +366,10 @@ class Resolver {
 
   // ---- types ------------------------------------------------------------------------------------
 
-  void Type(const SchemaDeclaration& schema, TypeExpression& type, bool isGenericAllowed) {
+  void Type(const Scope& scope, TypeExpression& type, bool isGenericAllowed) {
     for (TypeExpression* at = &type; at; at = at->element.get()) {
       if (at->kind == TypeKind::Named) {
-        at->declaration = Find(schema, at->name, {DeclarationKind::Type, DeclarationKind::Entity},
+        at->declaration = Find(scope, at->name, {DeclarationKind::Type, DeclarationKind::Entity},
                                Code::UnknownType, "type");
       }
       if (at->kind == TypeKind::Array) ArrayBounds(*at, isGenericAllowed);
@@ -336,19 +379,19 @@ class Resolver {
         diagnostics_.Report(Code::GenericAttribute, at->where,
                             "a generalised type stands only in abstract entities");
       }
-      BasedOn(schema, *at);
+      BasedOn(scope, *at);
       if (at->kind == TypeKind::Select) {
         for (TypeItem& item : at->items) {
-          item.declaration = Find(schema, item.name, {DeclarationKind::Type, DeclarationKind::Entity},
+          item.declaration = Find(scope, item.name, {DeclarationKind::Type, DeclarationKind::Entity},
                                   Code::UnknownType, "type");
         }
       }
     }
   }
 
-  void BasedOn(const SchemaDeclaration& schema, TypeExpression& type) {
+  void BasedOn(const Scope& scope, TypeExpression& type) {
     if (type.basedOn.text.empty()) return;
-    type.base = AsType(Find(schema, type.basedOn, {DeclarationKind::Type}, Code::UnknownType, "type"));
+    type.base = AsType(Find(scope, type.basedOn, {DeclarationKind::Type}, Code::UnknownType, "type"));
     if (!type.base) return;
     if (type.base->underlying.kind == type.kind && type.base->underlying.extensible) return;
     diagnostics_.Report(Code::NotExtensible, type.basedOn.where,
@@ -457,9 +500,20 @@ class Resolver {
     for (Attribute& attribute : entity.attributes) {
       // Attributes that were declared together share their type; it is looked at once.
       if (attribute.type && attribute.type.get() != last)
-        Type(*entity.schema, *attribute.type, entity.isAbstract);
+        Type(ScopeOf(entity), *attribute.type, entity.isAbstract);
       last = attribute.type.get();
     }
+  }
+
+  void VariableTypes(Algorithm& algorithm, const Scope& scope) {
+    if (algorithm.kind == DeclarationKind::Function) Type(scope, algorithm.returnType, true);
+    const TypeExpression* last = nullptr;
+    const auto resolve = [&](const Variable& variable) {
+      if (variable.type && variable.type.get() != last) Type(scope, *variable.type, true);
+      last = variable.type.get();
+    };
+    for (const auto& parameter : algorithm.parameters) resolve(*parameter);
+    for (const auto& local : algorithm.locals) resolve(*local);
   }
 
   void EntityRules(Entity& entity) {
@@ -476,7 +530,7 @@ class Resolver {
       if (attribute.kind == AttributeKind::Inverse) Inverse(entity, attribute);
     }
     for (UniqueRule& rule : entity.unique) Unique(entity, rule, own, inherited);
-    if (entity.supertypeExpression) Subtypes(entity, *entity.supertypeExpression);
+    if (entity.supertypeExpression) Subtypes(ScopeOf(entity), entity, *entity.supertypeExpression);
   }
 
   void DuplicateAttributes(const Entity& entity, const Attribute& attribute,
@@ -503,7 +557,7 @@ class Resolver {
 
   void Redeclaration(const Entity& entity, const std::vector<const Entity*>& ancestors,
                      Attribute& attribute) {
-    const Entity* group = FindEntity(*entity.schema, attribute.redeclaredEntity);
+    const Entity* group = FindEntity(ScopeOf(entity), attribute.redeclaredEntity);
     if (!group) return;
     if (std::find(ancestors.begin(), ancestors.end(), group) == ancestors.end()) {
       diagnostics_.Report(Code::NotInherited, attribute.redeclaredEntity.where,
@@ -516,12 +570,7 @@ class Resolver {
       return;
     }
     attribute.original = inherited->redeclared ? inherited->original : inherited;
-    if (!attribute.type || !inherited->type || IsSpecialisation(*attribute.type, *inherited->type)) return;
-    diagnostics_.Report(Code::NotSpecialised, attribute.type->where,
-                        "attribute " + Quoted(attribute.name) + " is redeclared as " +
-                            TypeText(*attribute.type) + ", which is no specialisation of " +
-                            TypeText(*inherited->type),
-                        inherited->name.where, "declared here");
+    attribute.inherited = inherited;
   }
 
   // The attribute of this name that the entity declares or inherits; null where there is none.
@@ -552,44 +601,11 @@ class Resolver {
                         nearest.empty() ? "" : "did you mean '" + nearest + "'?");
   }
 
-  // ISO 10303-11, 9.2.7. Says no only where the types can never agree; what select and generalised types
-  // leave open passes.
-  static bool IsSpecialisation(const TypeExpression& narrow, const TypeExpression& wide) {
-    const TypeExpression* to = Underlying(narrow);
-    const TypeExpression* from = Underlying(wide);
-    if (!to || !from || to == from) return true;
-    const bool isOpen = from->kind == TypeKind::Select || from->kind == TypeKind::Generic ||
-                        from->kind == TypeKind::GenericEntity || to->kind == TypeKind::Select;
-    if (isOpen) return true;
-    switch (from->kind) {
-      case TypeKind::Number:
-        return to->kind == TypeKind::Number || to->kind == TypeKind::Real || to->kind == TypeKind::Integer;
-      case TypeKind::Real:
-        return to->kind == TypeKind::Real || to->kind == TypeKind::Integer;
-      case TypeKind::Logical:
-        return to->kind == TypeKind::Logical || to->kind == TypeKind::Boolean;
-      case TypeKind::Aggregate:
-        return IsAggregate(to->kind) && IsSpecialisation(*to->element, *from->element);
-      case TypeKind::Bag:
-        return (to->kind == TypeKind::Bag || to->kind == TypeKind::Set) &&
-               IsSpecialisation(*to->element, *from->element);
-      case TypeKind::Array:
-      case TypeKind::List:
-      case TypeKind::Set:
-        return to->kind == from->kind && IsSpecialisation(*to->element, *from->element);
-      case TypeKind::Named:
-        return to->kind == TypeKind::Named &&
-               IsKindOf(*AsEntity(to->declaration), *AsEntity(from->declaration));
-      default:
-        return to->kind == from->kind;
-    }
-  }
-
   void Inverse(const Entity& entity, Attribute& attribute) {
-    attribute.inverseEntityDeclaration = FindEntity(*entity.schema, attribute.inverseEntity);
+    attribute.inverseEntityDeclaration = FindEntity(ScopeOf(entity), attribute.inverseEntity);
     if (!attribute.inverseEntityDeclaration) return;
     const Entity* owner = attribute.inverseEntityDeclaration;
-    if (!attribute.inverseGroup.text.empty()) owner = FindEntity(*entity.schema, attribute.inverseGroup);
+    if (!attribute.inverseGroup.text.empty()) owner = FindEntity(ScopeOf(entity), attribute.inverseGroup);
     if (!owner) return;
     const Attribute* inverted = FindAttribute(*owner, attribute.inverseAttribute.text);
     if (!inverted) {
@@ -638,7 +654,7 @@ class Resolver {
     for (UniqueAttribute& attribute : rule.attributes) {
       const std::string& name = attribute.name.text;
       if (!attribute.group.text.empty()) {
-        const Entity* group = FindEntity(*entity.schema, attribute.group);
+        const Entity* group = FindEntity(ScopeOf(entity), attribute.group);
         if (!group) continue;
         attribute.attribute = FindAttribute(*group, name);
       } else if (own.count(name)) {
@@ -650,10 +666,10 @@ class Resolver {
     }
   }
 
-  void Subtypes(const Entity& entity, SupertypeExpression& expression) {
-    for (SupertypeExpression& operand : expression.operands) Subtypes(entity, operand);
+  void Subtypes(const Scope& scope, const Entity& entity, SupertypeExpression& expression) {
+    for (SupertypeExpression& operand : expression.operands) Subtypes(scope, entity, operand);
     if (expression.kind != SupertypeExpression::Kind::Entity) return;
-    expression.entity = FindEntity(*entity.schema, expression.name);
+    expression.entity = FindEntity(scope, expression.name);
     if (!expression.entity || IsKindOf(*expression.entity, entity)) return;
     diagnostics_.Report(Code::NotASubtype, expression.name.where,
                         Quoted(expression.name) + " is not a subtype of " + Quoted(entity.name),
@@ -661,17 +677,14 @@ class Resolver {
   }
 
   void Remainder() {
-    for (const auto& schema : model_.schemas) {
-      for (const auto& declaration : schema->declarations) {
-        if (declaration->kind == DeclarationKind::Constant) {
-          Type(*schema, static_cast<Constant&>(*declaration).type, false);
-        }
-        if (declaration->kind != DeclarationKind::SubtypeConstraint) continue;
-        auto& constraint = static_cast<SubtypeConstraint&>(*declaration);
-        constraint.entity = FindEntity(*schema, constraint.entityName);
-        if (!constraint.entity) continue;
-        for (SupertypeExpression& entity : constraint.totalOver) Subtypes(*constraint.entity, entity);
-        if (constraint.expression) Subtypes(*constraint.entity, *constraint.expression);
+    for (Constant* constant : constants_) Type(ScopeOf(*constant), constant->type, false);
+    for (SubtypeConstraint* constraint : constraints_) {
+      constraint->entity = FindEntity(ScopeOf(*constraint), constraint->entityName);
+      if (!constraint->entity) continue;
+      for (SupertypeExpression& entity : constraint->totalOver)
+        Subtypes(ScopeOf(*constraint), *constraint->entity, entity);
+      if (constraint->expression) {
+        Subtypes(ScopeOf(*constraint), *constraint->entity, *constraint->expression);
       }
     }
   }
@@ -680,6 +693,11 @@ class Resolver {
   Diagnostics& diagnostics_;
   std::vector<Entity*> entities_;
   std::vector<DefinedType*> types_;
+  std::vector<Constant*> constants_;
+  std::vector<std::pair<Algorithm*, const Scope*>> algorithms_;  // with the scope of what they declare
+  std::vector<SubtypeConstraint*> constraints_;
+  std::deque<Scope> scopes_;
+  std::unordered_map<const Declaration*, const Scope*> scopeOf_;
   std::map<const SchemaDeclaration*, std::set<std::string>>
       exported_;  // what USE FROM without a list carries over
 };
@@ -688,7 +706,9 @@ class Resolver {
 
 void Resolve(Model& model, Diagnostics& diagnostics) {
   Resolver(model, diagnostics).Run();
-  ResolveExpressions(model, diagnostics);
+  TypeRules rules(model);
+  ResolveExpressions(model, rules, diagnostics);
+  CheckTypes(model, rules, diagnostics);
 }
 
 }  // namespace VELMAR::Express

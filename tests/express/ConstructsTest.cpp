@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <set>
 
+#include "ModelDump.h"
+#include "Printer.h"
 #include "SchemaText.h"
 
 namespace VELMAR::Express {
@@ -43,6 +45,15 @@ TEST_P(EveryConstruct, GivesTheMessagesOfItsGoldenFile) {
 
 TEST_P(EveryConstruct, IsRejectedExactlyWhereItsNameSaysSo) {
   EXPECT_EQ(Read(GetParam()).diagnostics.ErrorCount() > 0, GetParam().compare(0, 4, "bad_") == 0);
+}
+
+TEST_P(EveryConstruct, PrintedGivesAnEqualModel) {
+  const SchemaText text = Read(GetParam());
+  if (text.diagnostics.ErrorCount() > 0) return;
+  std::ostringstream printed;
+  Print(text.model, printed);
+  const SchemaText again(printed.str());
+  EXPECT_EQ(ModelDump(again.model).Text(), ModelDump(text.model).Text());
 }
 
 INSTANTIATE_TEST_SUITE_P(Constructs, EveryConstruct, testing::ValuesIn(AllNames()),

@@ -34,7 +34,9 @@ TEST_P(EveryExpressionType, IsThatOfTheLanguage) {
       "ENTITY e SUBTYPE OF (base); i : INTEGER; n : NUMBER; r : REAL; s : STRING; b : BINARY; c : colour; "
       "l : LIST OF LIST OF d; v : either; w : other; DERIVE q : REAL := 1.0; "
       "INVERSE users : SET OF u FOR t; user : u FOR t; WHERE NVL (" +
-      std::string(GetParam().expression) + ", ?) = ?; END_ENTITY; ENTITY u; t : e; END_ENTITY;");
+      std::string(GetParam().expression) +
+      ", ?) = ?; END_ENTITY; ENTITY u; t : e; END_ENTITY; "
+      "FUNCTION late (x : LIST OF GENERIC : l) : SET OF GENERIC : l; RETURN ([x[1]]); END_FUNCTION;");
   ASSERT_THAT(text.Findings(), IsEmpty());
   const auto& equality = static_cast<const Operation&>(*text.GetEntity("e").where.at(0).expression);
   const TypeExpression* type = static_cast<const BuiltinCall&>(*equality.left).arguments.at(0)->type;
@@ -61,12 +63,18 @@ INSTANTIATE_TEST_SUITE_P(
         TypeRow{"b + %1", "binary"}, TypeRow{"l + l", "list of list of d"}, TypeRow{"-r", "real"},
         TypeRow{"NOT TRUE", "logical"}, TypeRow{"TRUE AND FALSE", "logical"}, TypeRow{"i < 1", "logical"},
         TypeRow{"i IN [1]", "logical"}, TypeRow{"s LIKE 'a'", "logical"}, TypeRow{"{1 < i < 2}", "logical"},
-        TypeRow{"[1]", "open"}, TypeRow{"QUERY (x <* l[1] | x.a > 1)", "list of d"},
+        TypeRow{"[1, 2]", "aggregate of integer"}, TypeRow{"[1, 2.5]", "aggregate of real"},
+        TypeRow{"[]", "aggregate of generic"}, TypeRow{"QUERY (x <* l[1] | x.a > 1)", "list of d"},
         TypeRow{"ABS (i)", "integer"}, TypeRow{"SIN (r)", "real"}, TypeRow{"SIZEOF (l)", "integer"},
         TypeRow{"EXISTS (i)", "boolean"}, TypeRow{"ODD (i)", "logical"}, TypeRow{"FORMAT (i, s)", "string"},
         TypeRow{"TYPEOF (i)", "set of string"}, TypeRow{"USEDIN (SELF, s)", "bag of generic_entity"},
+        TypeRow{"USEDIN (SELF, 'S.U.T')", "bag of u"}, TypeRow{"USEDIN (SELF, 'S.' + 'U.T')", "bag of u"},
+        TypeRow{"late (l)", "set of list of d"}, TypeRow{"late (l[1])[1].a", "integer"},
+        TypeRow{"users + user", "set of u"}, TypeRow{"[user] + users", "set of u"},
+        TypeRow{"users * USEDIN (SELF, '')", "set of u"}, TypeRow{"l[1] + SELF\\base", "list of base"},
+        TypeRow{"[] + 1", "aggregate of integer"}, TypeRow{"v.a + r", "real"}, TypeRow{"w", "other"},
         TypeRow{"VALUE (s)", "number"}, TypeRow{"NVL (i, 1)", "integer"},
-        TypeRow{"VALUE_IN (l, i)", "logical"}));
+        TypeRow{"VALUE_IN (l[1], ?)", "logical"}));
 
 TEST(ExpressionResolver, NamesLeadToTheInnermostDeclaration) {
   const SchemaText text = InSchema(
@@ -131,6 +139,52 @@ TEST(ExpressionResolver, LocalDeclarationsAreVisibleInTheirAlgorithmOnly) {
   EXPECT_THAT(text.Findings(),
               ElementsAre("1:258: error: unknown type 't' [E021]", "1:269: error: unknown name 'c' [E041]",
                           "1:273: error: unknown function or entity 'g' [E041]"));
+}
+
+TEST(ExpressionResolver, LocalEntitiesAndTypesAreResolvedAsThoseOfASchema) {
+  const SchemaText text(ContentOf(VELMAR_TEST_DATA "/local_declarations.exp"));
+  ASSERT_THAT(text.Findings(), IsEmpty());
+  const Algorithm& f = LastAlgorithm(text);
+  const auto local = [&](std::size_t i) { return f.declarations[i].get(); };
+  const auto& thing = static_cast<const Entity&>(*local(2));
+  const auto& inner = static_cast<const Entity&>(*local(3));
+  EXPECT_EQ(static_cast<const DefinedType&>(*local(1)).underlying.base, local(0));
+  EXPECT_THAT(thing.supertypes, ElementsAre(&text.GetEntity("thing")));
+  EXPECT_THAT(inner.supertypes, ElementsAre(&thing));
+  EXPECT_EQ(thing.supertypeExpression->entity, &inner);
+  EXPECT_EQ(thing.attributes[0].inherited, &text.GetEntity("thing").attributes[0]);
+  EXPECT_EQ(thing.attributes[1].type->declaration, local(0));
+  EXPECT_EQ(thing.attributes[2].inverseEntityDeclaration, local(4));
+  EXPECT_EQ(thing.unique[0].attributes[1].attribute, &thing.attributes[0]);
+  const auto& rule = static_cast<const Operation&>(*thing.where[0].expression);
+  EXPECT_EQ(static_cast<const NameReference&>(*rule.left).referent.attribute, &thing.attributes[0]);
+  const auto& items = static_cast<const Operation&>(*thing.where[1].expression);
+  EXPECT_EQ(static_cast<const NameReference&>(*items.right).referent.enumeration, local(0));
+  EXPECT_EQ(static_cast<const SubtypeConstraint&>(*local(5)).entity, &thing);
+  const auto& kind = static_cast<const Constant&>(*local(6));
+  EXPECT_EQ(static_cast<const NameReference&>(*kind.expression).referent.enumeration, local(1));
+}
+
+TEST(ExpressionResolver, LocalDeclarationsAreCheckedAsThoseOfASchema) {
+  const SchemaText text = InSchema(
+      "FUNCTION f : REAL; ENTITY a SUBTYPE OF (b); SELF\\c.x : REAL; END_ENTITY; ENTITY b SUBTYPE OF (a); "
+      "END_ENTITY; TYPE t = ENUMERATION BASED_ON u; END_TYPE; TYPE u = REAL; END_TYPE; ENTITY c; END_ENTITY; "
+      "RETURN (red); END_FUNCTION; ENTITY d SUBTYPE OF (a); END_ENTITY;");
+  EXPECT_THAT(
+      text.Findings(),
+      ElementsAre("1:60: error: 'c' is no supertype of 'a' [E035]",
+                  "1:91: error: entity 'b' is a supertype of its own supertype 'a' [E032]",
+                  "1:37: note: 'a' is declared here",
+                  "1:151: error: 'u' is not an extensible enumeration [E031]", "1:169: note: declared here",
+                  "1:219: error: unknown name 'red' [E041]", "1:260: error: unknown entity 'a' [E022]"));
+}
+
+TEST(ExpressionResolver, EntityIsAValueInARuleForItOnly) {
+  const SchemaText text = InSchema(
+      "ENTITY a; END_ENTITY; FUNCTION f : INTEGER; RETURN (SIZEOF (a)); END_FUNCTION; RULE r FOR (a); WHERE "
+      "SIZEOF (a) = f; END_RULE;");
+  EXPECT_THAT(text.Findings(),
+              ElementsAre("1:71: error: 'a' is an entity and no value [E042]", "1:18: note: declared here"));
 }
 
 TEST(ExpressionResolver, RuleSeesPopulations) {

@@ -85,13 +85,13 @@ INSTANTIATE_TEST_SUITE_P(
         ExpressionRow{"1.50 < 2.E3", "(1.5 < 2000.0)", "1.5 < 2000.0"},
         ExpressionRow{"1.0e-20 < 1.e+30", "(1.0e-20 < 1.0e+30)", "1.0e-20 < 1.0e+30"},
         ExpressionRow{"{0 < a <= b + 1}", "{0 < a <= b + 1}", "{0 < a <= b + 1}"},
-        ExpressionRow{"{(0) <= (a = b) < b}", "{0 <= (a = b) < b}", "{0 <= (a = b) < b}"},
+        ExpressionRow{"{(p) <= (a = b) < q}", "{p <= (a = b) < q}", "{p <= (a = b) < q}"},
         ExpressionRow{"l = [1, a : 3, f (b)]", "(l = [1, a : 3, f (b)])", "l = [1, a : 3, f (b)]"},
         ExpressionRow{"SIZEOF ([]) = 0", "(SIZEOF ([]) = 0)", "SIZEOF ([]) = 0"},
         ExpressionRow{"SizeOf (Query (x <* l | x > a)) = 0", "(SIZEOF (QUERY (x <* l | x > a)) = 0)",
                       "SIZEOF (QUERY (x <* l | x > a)) = 0"},
-        ExpressionRow{"SELF\\e.n.l[a + 1] = s[1:2]", "(SELF\\e.n.l[a + 1] = s[1 : 2])",
-                      "SELF\\e.n.l[a + 1] = s[1 : 2]"},
+        ExpressionRow{"SELF\\e.n.s[a + 1] = s[1:2]", "(SELF\\e.n.s[a + 1] = s[1 : 2])",
+                      "SELF\\e.n.s[a + 1] = s[1 : 2]"},
         ExpressionRow{"colour.red <> Green", "(colour.red <> green)", "colour.red <> green"},
         ExpressionRow{"d (1) || n = ?", "((d (1) || n) = ?)", "d (1) || n = ?"},
         ExpressionRow{"PI > const_e", "(PI > CONST_E)", "PI > CONST_E"},
@@ -167,6 +167,15 @@ TEST(Printer, PrintsEveryDeclaration) {
   const SchemaText text(schema);
   EXPECT_EQ(text.diagnostics.ErrorCount(), 0u) << testing::PrintToString(text.Findings());
   EXPECT_EQ(Printed(text), schema);
+}
+
+TEST(Printer, PrintsVersionsAsTheyWereWritten) {
+  const SchemaText text("SCHEMA a 'it''s 1'; END_SCHEMA; SCHEMA list \"000000E40001F600\"; END_SCHEMA;");
+  EXPECT_EQ(text.model.schemas[0]->version, "it's 1");
+  EXPECT_EQ(text.model.schemas[1]->version, "\xC3\xA4\xF0\x9F\x98\x80");
+  EXPECT_EQ(text.diagnostics.ErrorCount(), 0u);
+  EXPECT_EQ(Printed(text),
+            "SCHEMA a 'it''s 1';\n\nEND_SCHEMA;\n\nSCHEMA list \"000000E40001F600\";\n\nEND_SCHEMA;\n");
 }
 
 TEST(Printer, LeavesOutRemarksAndLowersNames) {
