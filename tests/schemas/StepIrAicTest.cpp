@@ -1,7 +1,5 @@
 // Files whose types come from two schemas: their own, and the one for types that it lacks.
 
-#include "StepIrAic.h"
-
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -12,6 +10,7 @@
 #include "ExpCustomEntities.h"
 #include "ExpFile.h"
 #include "ExpRuntimeRegistry.h"
+#include "StepIrAic.h"
 
 namespace VELMAR {
 namespace {
@@ -65,8 +64,8 @@ class StepIrAicTypes : public testing::Test {
 using StepIrAicInAp203 = StepIrAicTypes;
 using StepIrAicInAp214 = StepIrAicTypes;
 
-#define NEEDS_SCHEMA(name)                                                  \
-  if (!ExpRuntimeRegistry::GetInstance()->IsSchemaRegistered(name)) {       \
+#define NEEDS_SCHEMA(name)                                                   \
+  if (!ExpRuntimeRegistry::GetInstance()->IsSchemaRegistered(name)) {        \
     GTEST_SKIP() << "this build leaves the library of " << (name) << " out"; \
   }
 
@@ -82,13 +81,15 @@ TEST_F(StepIrAicInAp203, GivesPresentationAndAssignmentsAndNothingThatTheSchemaH
                            "APPLIED_PERSON_AND_ORGANIZATION_ASSIGNMENT"}) {
     EXPECT_EQ(SchemaOf(type, "CONFIG_CONTROL_DESIGN"), "STEP_IR_AIC") << type;
   }
-  for (const char* type : {"CARTESIAN_POINT", "DESIGN_CONTEXT", "MECHANICAL_CONTEXT", "REPRESENTATION_ITEM"}) {
+  for (const char* type :
+       {"CARTESIAN_POINT", "DESIGN_CONTEXT", "MECHANICAL_CONTEXT", "REPRESENTATION_ITEM"}) {
     EXPECT_EQ(SchemaOf(type, "CONFIG_CONTROL_DESIGN"), "CONFIG_CONTROL_DESIGN") << type;
   }
 }
 
 TEST_F(StepIrAicTypes, OfNoSchemaStayUnknown) {
-  for (const char* schema : {"CONFIG_CONTROL_DESIGN", "AP203_E2", "AUTOMOTIVE_DESIGN", "AP242", "STEP_IR_AIC"}) {
+  for (const char* schema :
+       {"CONFIG_CONTROL_DESIGN", "AP203_E2", "AUTOMOTIVE_DESIGN", "AP242", "STEP_IR_AIC"}) {
     EXPECT_EQ(SchemaOf("PRODUCT_TYPE", schema), "none") << schema;
   }
 }
@@ -166,7 +167,8 @@ TEST_F(StepIrAicInAp203, AreWrittenAndReadAgain) {
   EXPECT_THAT(once.str(), testing::HasSubstr("#3 = OVER_RIDING_STYLED_ITEM('o', (), #1, #2);\n"));
 }
 
-// ------------------------------------------------------------------------------------------- complex instances
+// ------------------------------------------------------------------------------------------- complex
+// instances
 
 TEST_F(StepIrAicInAp203, PartsOfTwoSchemasMakeOneInstance) {
   NEEDS_SCHEMA("CONFIG_CONTROL_DESIGN");
@@ -187,8 +189,8 @@ TEST_F(StepIrAicInAp203, PartsOfTwoSchemasMakeOneInstance) {
   EXPECT_THAT(FoundInBoth(file, "REPRESENTATION_ITEM"), ElementsAre(1, 2, 2));
 }
 
-// Every type that a schema lacks, with all its supertypes, of which the schema may have its own definitions with fewer or
-// other attributes.
+// Every type that a schema lacks, with all its supertypes, of which the schema may have its own definitions
+// with fewer or other attributes.
 TEST_F(StepIrAicTypes, EveryCombinationWithTheirSupertypesIsNumberedAndPrinted) {
   ExpRuntimeRegistry* registry = ExpRuntimeRegistry::GetInstance();
   std::ostringstream report;
@@ -196,7 +198,8 @@ TEST_F(StepIrAicTypes, EveryCombinationWithTheirSupertypesIsNumberedAndPrinted) 
   std::istringstream lines(report.str());
   std::vector<std::string> names;
   for (std::string name, colons, schema, line; std::getline(lines, line);) {
-    if (std::istringstream(line) >> name >> colons >> schema && schema == "STEP_IR_AIC") names.push_back(name);
+    if (std::istringstream(line) >> name >> colons >> schema && schema == "STEP_IR_AIC")
+      names.push_back(name);
   }
   ASSERT_EQ(names.size(), 2417u);
 
@@ -220,7 +223,8 @@ TEST_F(StepIrAicTypes, EveryCombinationWithTheirSupertypesIsNumberedAndPrinted) 
       }
       mixed += isMixed;
       ExpExternalMappingEntity complex;
-      // The attributes of the type are `*`, those of the others `$`, so that each is seen where it must not be.
+      // The attributes of the type are `*`, those of the others `$`, so that each is seen where it must not
+      // be.
       for (const auto& part : parts) {
         for (int i = 0; i < part->GetNofExplicitMembers(); ++i) {
           part->GetMember(i)->SetOmitted(part == parts[0]);
