@@ -42,9 +42,9 @@ constexpr std::size_t kSmallFile = 2048;
 constexpr std::size_t kLongestToken = 32767;
 constexpr int kHighestNumberToCountTo = 5000000;
 
-// Types of these files that no schema has.
+// Types of files that neither their schema nor STEP_IR_AIC has.
 const std::map<std::string, std::set<std::string>> kUnknownTypes = {
-    // Stood in drafts of the integrated resources, but in no schema that was published.
+    // In no edition of any schema that there is a table of.
     {"ap214/601-1794-001.stp", {"PRODUCT_TYPE"}},
 };
 
