@@ -49,3 +49,6 @@ velmar_install_schema_pc(Ap203E2 velmar-ap203-e2 "The AP203 edition 2 schema for
 velmar_install_schema_pc(AutomotiveDesign velmar-automotive-design "The AP214 schema for Velmar")
 velmar_install_schema_pc(Ap242 velmar-ap242 "The AP242 schema for Velmar")
 velmar_install_schema_pc(Iso1358425Iec613605LibraryImplicitSchema velmar-plib "The PLIB schema for Velmar")
+if(TARGET VelmarStepIrAic)
+  velmar_install_pc(velmar-step-ir-aic "The fallback schema STEP_IR_AIC for Velmar" "velmar velmar-ap242" VelmarStepIrAic_3.1)
+endif()

@@ -1,10 +1,19 @@
 /// @file BundledSchemas.h
-/// The schema libraries that this build has, for programs that serve all of them.
+/// The schema libraries that this build has, for programs that choose among them while they run.
 #pragma once
+
+#include <string>
 
 namespace VELMAR {
 
-/// Registers the entity types of every schema library that was chosen for the build (VELMAR_SCHEMAS).
+/// Whether the build has the library of a schema (VELMAR_SCHEMAS), named as its types are registered: "AP203_E2".
+bool IsBundledSchema(const std::string& registryName);
+
+/// Loads the library of a schema, which lies beside the runtime library, unless its types are registered already.
+/// Throws std::runtime_error with the reason where the library cannot be loaded or the build has none.
+void LoadBundledSchema(const std::string& registryName);
+
+/// Loads the libraries of all schemas that the build has.
 void LoadBundledSchemas();
 
 }  // namespace VELMAR

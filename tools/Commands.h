@@ -5,13 +5,15 @@
 
 #include <string>
 
+#include "Population.h"
+
 namespace velmar {
 
 /// Prints what the file says about itself, and how many instances of which types it holds.
-int Info(const std::string& path);
+int Info(const std::string& path, const ReadingOptions& options);
 
 /// Reads one file and writes what was read to another. What `out` holds is replaced by a complete file or not
 /// at all.
-int Convert(const std::string& in, const std::string& out);
+int Convert(const std::string& in, const std::string& out, const ReadingOptions& options);
 
 }  // namespace velmar

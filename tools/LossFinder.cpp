@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "ExpRuntimeRegistry.h"
+#include "Schemas.h"
 
 namespace velmar {
 

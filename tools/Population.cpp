@@ -10,37 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "ExpRuntimeRegistry.h"
-#include "ExpUtilities.h"
 #include "Input.h"
 #include "LossFinder.h"
+#include "Schemas.h"
 
 namespace velmar {
 
 namespace {
-
-using VELMAR::ExpRuntimeRegistry;
-using VELMAR::Schema;
-
-constexpr struct {
-  Schema schema;
-  const char* shortName;
-} kSchemas[] = {
-    {VELMAR::STEP_AP203, "AP203"}, {VELMAR::STEP_AP203E2, "AP203 edition 2"},
-    {VELMAR::STEP_AP214, "AP214"}, {VELMAR::STEP_AP242, "AP242"},
-    {VELMAR::PLIB, "PLIB"},        {VELMAR::ISO13399, "ISO 13399"},
-};
-
-bool HasLibrary(Schema schema) {
-  ExpRuntimeRegistry* registry = ExpRuntimeRegistry::GetInstance();
-  return registry->IsSchemaRegistered(registry->EvalRegisteredSchema(schema));
-}
-
-// AP214 is also what the library takes for a name that it does not know.
-bool IsNameOfAp214(const std::string& name) {
-  const std::string upper = VELMAR::ToUpperString(name);
-  return upper.find("AUTO") != std::string::npos || upper.find("AP214") != std::string::npos;
-}
 
 // The library ends the process where a token is longer than it can hold. This says in which file, when that
 // happens.
@@ -50,6 +26,11 @@ void SayWhereReadingEnded() {
   if (fileBeingRead == nullptr) return;
   fmt::print(stderr, "{}: error: the file holds a token of more than 32,767 characters and cannot be read\n",
              fileBeingRead);
+}
+
+// Seconds since some point of time.
+double Now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 class Reading {
@@ -66,11 +47,18 @@ class Reading {
 
 }  // namespace
 
+Population::Population(const ReadingOptions& options)
+    : ExpFile(options.schema.value_or(VELMAR::STEP_AP214)), keepsSchema_(options.schema.has_value()) {}
+
 void Population::ReadAndReport(const std::string& path, Messages& messages) {
   unknownTypes_.clear();
   repeated_.clear();
   schemaOfFile_.clear();
   schemaSupported_ = true;
+  usesFallback_ = false;
+  libraryFailure_.clear();
+  fallbackFailure_.clear();
+  loadingTime_ = 0;
   if (HasDamagedByteOrderMark(path)) {
     messages.Add(Severity::kError, 1, 1, "damaged byte order mark: EF is not followed by BB BF");
     return;
@@ -79,16 +67,24 @@ void Population::ReadAndReport(const std::string& path, Messages& messages) {
   const Reading reading(path);
   {
     const LogListener listener(messages);
-    const auto start = std::chrono::steady_clock::now();
+    const double start = Now();
     Read(path);
-    readingTime_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    readingTime_ = Now() - start - loadingTime_;
   }
+  LoadTypes();  // where the file was given up before its schema was known
+  if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
+  if (!fallbackFailure_.empty()) messages.Add(Severity::kWarning, 0, 0, fallbackFailure_);
   const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
   if (file != nullptr) LossFinder(file.get(), *this, messages).Find();
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
   VELMAR::ExpEntity* entity = ExpFile::CreateEntity(typeName);
+  if (entity == nullptr && usesFallback_) {
+    fallbackFailure_ = TryLoading(LoadFallback);
+    usesFallback_ = false;  // from now on the registry looks there itself
+    entity = ExpFile::CreateEntity(typeName);
+  }
   if (entity == nullptr) ++unknownTypes_[typeName];
   return entity;
 }
@@ -116,32 +112,36 @@ void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
 
 void Population::SetSchemaName(std::string name) {
   schemaOfFile_ = name;
-  ExpFile::SetSchemaName(std::move(name));
-  schemaSupported_ =
-      HasLibrary(GetSchema()) && (GetSchema() != VELMAR::STEP_AP214 || IsNameOfAp214(schemaOfFile_));
+  if (!keepsSchema_) ExpFile::SetSchemaName(name);
+  schemaSupported_ = keepsSchema_ || FindSchema(name) == GetSchema();
+  usesFallback_ = schemaSupported_;
+  LoadTypes();
+  // It is no fault of the file that its types are not there.
+  if (!libraryFailure_.empty()) throw libraryFailure_;
+}
+
+void Population::LoadTypes() {
+  libraryFailure_ = TryLoading([this] { LoadLibrary(GetSchema()); });
+}
+
+// Gives the reason where loading fails, and counts the time that it takes.
+template <class Load>
+std::string Population::TryLoading(Load load) {
+  const double start = Now();
+  std::string failure;
+  try {
+    load();
+  } catch (const std::runtime_error& error) {
+    failure = error.what();
+  }
+  loadingTime_ += Now() - start;
+  return failure;
 }
 
 void Population::DeleteEntities() {
   count_ = 0;
   withoutParts_ = 0;
   ExpFile::DeleteEntities();
-}
-
-std::string SupportedSchemas() {
-  std::vector<std::string> names;
-  for (const auto& [schema, shortName] : kSchemas) {
-    if (HasLibrary(schema)) {
-      names.push_back(fmt::format("{} ({})", VELMAR::ExpFile(schema).GetSchemaName(), shortName));
-    }
-  }
-  return fmt::format("{}", fmt::join(names, ", "));
-}
-
-const char* ShortName(Schema schema) {
-  for (const auto& row : kSchemas) {
-    if (row.schema == schema) return row.shortName;
-  }
-  return "";
 }
 
 }  // namespace velmar

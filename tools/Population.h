@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -12,23 +13,33 @@
 
 namespace velmar {
 
-/// A file that notes, while it is read, which instances it cannot hold.
+/// What the commands are told about the reading of a file.
+struct ReadingOptions {
+  std::optional<VELMAR::Schema> schema;  ///< the schema to read with, whatever the file says
+};
+
+/// A file that notes, while it is read, which instances it cannot hold. Schema libraries are loaded when it
+/// needs them: that of its schema, and that of the fallback schema when it meets a type that its schema
+/// lacks.
 class Population : public VELMAR::ExpFile {
  public:
+  explicit Population(const ReadingOptions& options = {});
+
   /// Reads the file, which WhyUnreadable has found readable. Adds an error for everything that is wrong with
   /// it and a message for everything of it that this population does not hold:
   /// - errors: syntax; a schema without a library; instances and partial records of unknown types; records
-  /// with more
-  ///   parameters than their type has attributes; instance numbers that are used twice, or that cannot be
-  ///   stored; integers beyond 32 bits;
-  /// - warnings: records with too few parameters; binary values; values that lists do not keep.
+  ///   with more parameters than their type has attributes; instance numbers that are used twice, or that
+  ///   cannot be stored; integers beyond 32 bits;
+  /// - warnings: records with too few parameters; binary values; values that lists do not keep; a fallback
+  ///   schema that cannot be loaded.
+  /// Throws std::runtime_error where the library of the file's schema cannot be loaded.
   void ReadAndReport(const std::string& path, Messages& messages);
 
-  /// The time that reading took, in seconds.
+  /// The time that reading took, in seconds, without that for loading schema libraries.
   double ReadingTime() const { return readingTime_; }
   /// The schema as the file names it; empty where it names none.
   const std::string& SchemaOfFile() const { return schemaOfFile_; }
-  /// Whether a schema library was found for the schema that the file names.
+  /// Whether there is a schema library for the schema that the file names, or the user chose a schema.
   bool IsSchemaSupported() const { return schemaSupported_; }
   /// The number of instances.
   std::size_t Count() const { return count_; }
@@ -44,6 +55,11 @@ class Population : public VELMAR::ExpFile {
  private:
   friend class LossFinder;
 
+  void LoadTypes();
+  template <class Load>
+  std::string TryLoading(Load load);
+
+  const bool keepsSchema_;                           // whatever the file says
   std::map<std::string, std::size_t> unknownTypes_;  // how often an instance of a type could not be made
   std::set<int> repeated_;                           // the numbers that were used more than once
   std::string schemaOfFile_;
@@ -51,12 +67,10 @@ class Population : public VELMAR::ExpFile {
   std::size_t count_ = 0;
   std::size_t withoutParts_ = 0;
   double readingTime_ = 0;
+  double loadingTime_ = 0;
+  bool usesFallback_ = false;    // whether the fallback schema is still to be loaded when a type is unknown
+  std::string libraryFailure_;   // why the library of the schema cannot be loaded
+  std::string fallbackFailure_;  // why that of the fallback schema cannot be
 };
-
-/// The schemas whose libraries are loaded, as files name them: "AUTOMOTIVE_DESIGN (AP214), ...".
-std::string SupportedSchemas();
-
-/// The everyday name of an application protocol: "AP214".
-const char* ShortName(VELMAR::Schema schema);
 
 }  // namespace velmar

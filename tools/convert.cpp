@@ -61,14 +61,14 @@ void MarkMissingValues(Population& file, Messages& messages) {
 
 }  // namespace
 
-int Convert(const std::string& in, const std::string& out) {
+int Convert(const std::string& in, const std::string& out, const ReadingOptions& options) {
   std::string why = WhyUnreadable(in);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", in, why));
   why = WhyUnwritable(out);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", out, why));
 
   Messages messages(in);
-  Population file;
+  Population file(options);
   file.ReadAndReport(in, messages);
   const std::string size = Grouped(FileSize(in));  // before it is written, for IN may be OUT
   const bool hasErrors = messages.Errors() != 0;

@@ -13,6 +13,7 @@
 #include "Input.h"
 #include "Messages.h"
 #include "Population.h"
+#include "Schemas.h"
 
 namespace velmar {
 
@@ -96,12 +97,12 @@ void PrintTypes(Population& file) {
 
 }  // namespace
 
-int Info(const std::string& path) {
+int Info(const std::string& path, const ReadingOptions& options) {
   const std::string why = WhyUnreadable(path);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", path, why));
 
   Messages messages(path);
-  Population file;
+  Population file(options);
   file.ReadAndReport(path, messages);
   const std::uint64_t size = FileSize(path);
   PrintRow("file", fmt::format("{}, {} bytes", Printable(path), Grouped(size)));

@@ -4,11 +4,13 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <optional>
+#include <stdexcept>
 #include <string>
 
-#include "BundledSchemas.h"
 #include "Commands.h"
 #include "Messages.h"
+#include "Schemas.h"
 
 namespace {
 
@@ -28,9 +30,18 @@ int main(int argc, char** argv) {
 
   std::string in;
   std::string out;
+  std::optional<std::string> schema;
+  const auto addReadingOptions = [&schema](CLI::App* command) {
+    command
+        ->add_option("--schema", schema,
+                     "Reads the file with this schema, whatever it says itself: AP203, AP203E2, AP214, AP242, "
+                     "PLIB, or a name that FILE_SCHEMA may hold. FILE_SCHEMA stays as it is")
+        ->type_name("NAME");
+  };
   CLI::App* info = app.add_subcommand(
       "info", "Prints the header of a file, its schema, and how many instances of which types it holds");
   info->add_option("FILE", in, "The Part 21 file")->required();
+  addReadingOptions(info);
   info->footer(Footer("velmar info examples/bracket.stp"));
 
   CLI::App* convert =
@@ -39,14 +50,21 @@ int main(int argc, char** argv) {
                          "at all; it may be the same file as IN if all of IN could be kept");
   convert->add_option("IN", in, "The Part 21 file to read")->required();
   convert->add_option("-o,--output", out, "The Part 21 file to write")->required()->type_name("OUT");
+  addReadingOptions(convert);
   convert->footer(Footer("velmar convert examples/bracket.stp -o copy.stp"));
-
-  VELMAR::LoadBundledSchemas();
 
   int status = velmar::kDone;
   try {
     app.parse(argc, argv);
-    status = info->parsed() ? velmar::Info(in) : velmar::Convert(in, out);
+    velmar::ReadingOptions options;
+    if (schema) {
+      options.schema = velmar::FindSchema(*schema);
+      if (!options.schema) {
+        throw std::runtime_error(
+            fmt::format("there is no schema '{}'; there are: {}", *schema, velmar::SchemaNames()));
+      }
+    }
+    status = info->parsed() ? velmar::Info(in, options) : velmar::Convert(in, out, options);
   } catch (const CLI::ParseError& error) {
     status = app.exit(error) == 0 ? velmar::kDone : velmar::kCannotRun;
   } catch (const std::string& error) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include "BundledSchemas.h"
 #include "ExpRuntimeRegistry.h"
@@ -114,6 +115,28 @@ TEST_P(EveryBundledSchema, SubtypesAndSupertypesAgree) {
   EXPECT_GT(subtypes, 0);
 }
 
+TEST(LoadBundledSchema, LoadsTheLibraryOfOneSchemaOnce) {
+  const std::string schema = "AUTOMOTIVE_DESIGN";
+  if (!IsBundledSchema(schema)) GTEST_SKIP() << "this build leaves the library out";
+  LoadBundledSchema(schema);
+  ExpRuntimeRegistry* registry = ExpRuntimeRegistry::GetInstance();
+  ExpEntityRuntimeType* type = registry->GetEntityRuntimeType("PRODUCT", schema);
+  ASSERT_NE(type, nullptr);
+  LoadBundledSchema(schema);
+  EXPECT_EQ(registry->GetEntityRuntimeType("PRODUCT", schema), type);
+}
+
+TEST(LoadBundledSchema, OfWhichThereIsNoLibraryThrows) {
+  EXPECT_FALSE(IsBundledSchema("CUTTING_TOOL_SCHEMA_ARM"));
+  EXPECT_FALSE(IsBundledSchema("automotive_design"));
+  try {
+    LoadBundledSchema("CUTTING_TOOL_SCHEMA_ARM");
+    FAIL() << "nothing was thrown";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "there is no schema library of CUTTING_TOOL_SCHEMA_ARM");
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Schemas, EveryBundledSchema,
     testing::Values(
@@ -123,6 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "AP203_E2", 1001, 248},
         Bundled{"automotive_design.exp", "automotive_design", "AUTOMOTIVE_DESIGN", 915, 192},
         Bundled{"ap242.exp", "ap242_managed_model_based_3d_engineering_mim_lf", "AP242", 2417, 533},
+        Bundled{"ap242.exp", "ap242_managed_model_based_3d_engineering_mim_lf", "STEP_IR_AIC", 2417, 533},
         Bundled{"plib.exp", "iso13584_25_iec61360_5_library_implicit_schema",
                 "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", 218, 117}),
     [](const auto& info) { return std::string(info.param.registryName); });

@@ -311,6 +311,8 @@ INSTANTIATE_TEST_SUITE_P(
         Library{{"ap203e2.tsv"}, "AP203_E2", 1001, 248},
         Library{{"ap214e3.tsv"}, "AUTOMOTIVE_DESIGN", 915, 192},
         Library{{"ap242e4.tsv", "ap242e3.tsv", "ap242e2.tsv", "ap242e1.tsv"}, "AP242", 2417, 533},
+        // The types of AP242 once more, under the name where types are looked for that other schemas lack.
+        Library{{"ap242e4.tsv", "ap242e3.tsv", "ap242e2.tsv", "ap242e1.tsv"}, "STEP_IR_AIC", 2417, 533},
         Library{{"plib25.tsv"}, "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", 218, 117}),
     [](const auto& info) { return std::string(info.param.registryName); });
 
