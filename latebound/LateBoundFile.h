@@ -10,8 +10,8 @@ namespace VELMAR {
 
 /// A file whose entity types are those of a loaded schema, whatever FILE_SCHEMA says.
 ///
-/// GetSchemaName(), which a file without FILE_SCHEMA gets when it is written, is the schema's own name; for one that was
-/// registered in the place of a schema library, "AP242" say, the canonical name that ExpFile writes.
+/// GetSchemaName(), which a file without FILE_SCHEMA gets when it is written, is the schema's own name; for a
+/// schema in the place of a library, registered as "AP242" say, it is the canonical name that ExpFile writes.
 class VELMAR_API LateBoundFile : public ExpFixedSchemaFile {
  public:
   explicit LateBoundFile(const LateBoundSchema& schema);

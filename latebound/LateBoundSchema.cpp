@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <stdexcept>
 #include <system_error>
 #include <unordered_map>
 #include <utility>
@@ -32,7 +33,8 @@ std::vector<LateBoundMessage> MessagesOf(const Express::Diagnostics& diagnostics
   std::vector<LateBoundMessage> messages;
   for (const Express::Diagnostic& found : diagnostics.All()) {
     const Express::CatalogueRow& row = Express::CatalogueRowOf(found.code);
-    LateBoundMessage message{row.severity == Express::Severity::Error, "", 0, 0, row.number, found.text, found.hint};
+    LateBoundMessage message{
+        row.severity == Express::Severity::Error, "", 0, 0, row.number, found.text, found.hint};
     if (const Express::SourceFile* file = found.where.file) {
       const Express::Position position = file->PositionOf(found.where.offset);
       message.file = file->Name();
@@ -45,8 +47,8 @@ std::vector<LateBoundMessage> MessagesOf(const Express::Diagnostics& diagnostics
 }
 
 // The schema that was asked for, or the last one of the file.
-const Express::SchemaDeclaration& Choose(const Express::Model& model, std::size_t given, const std::string& file,
-                                         const std::string& name) {
+const Express::SchemaDeclaration& Choose(const Express::Model& model, std::size_t given,
+                                         const std::string& file, const std::string& name) {
   if (name.empty()) return *model.schemas[given - 1];
   if (const Express::SchemaDeclaration* schema = model.FindSchema(name)) return *schema;
   std::string text = file + ": error: there is no schema '" + name + "'. There are: ";
@@ -58,10 +60,12 @@ void RequireNewRegistryName(const std::string& name) {
   const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
   const auto isPart = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '_'; };
   if (name.empty() || !isLetter(name[0]) || !std::all_of(name.begin(), name.end(), isPart)) {
-    throw LateBoundError("'" + name + "' is no registry name: it is made of letters, digits and '_', a letter first");
+    throw LateBoundError("'" + name +
+                         "' is no registry name: it is made of letters, digits and '_', a letter first");
   }
   if (ExpRuntimeRegistry::GetInstance()->IsSchemaRegistered(name)) {
-    throw LateBoundError("a schema is registered under the name " + name + " already: give this one another name");
+    throw LateBoundError("a schema is registered under the name " + name +
+                         " already: give this one another name");
   }
 }
 
@@ -77,6 +81,8 @@ LateBoundSchema LateBoundSchema::Load(const std::string& file, const LateBoundOp
   try {
     given = Express::LoadFiles(model, {file}, options.includeDirectories, diagnostics);
   } catch (const std::system_error& error) {
+    throw LateBoundError(error.what());
+  } catch (const std::length_error& error) {
     throw LateBoundError(error.what());
   }
   if (diagnostics.ErrorCount() > 0) {

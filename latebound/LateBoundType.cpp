@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "ExpSchemaLibrary.h"
@@ -29,23 +30,33 @@ class LateBoundEnumeration : public ExpEnumeration {
 template <class Action>
 auto WithClassOf(ValueKind kind, Action action) {
   switch (kind) {
-    case ValueKind::Real: return action(static_cast<ExpSchemaReal*>(nullptr));
-    case ValueKind::Integer: return action(static_cast<ExpInteger*>(nullptr));
-    case ValueKind::String: return action(static_cast<ExpString*>(nullptr));
-    case ValueKind::Boolean: return action(static_cast<ExpBoolean*>(nullptr));
-    case ValueKind::Logical: return action(static_cast<ExpLogical*>(nullptr));
-    case ValueKind::Binary: return action(static_cast<ExpSchemaBinary*>(nullptr));
-    case ValueKind::Enumeration: return action(static_cast<LateBoundEnumeration*>(nullptr));
-    case ValueKind::Select: return action(static_cast<ExpSelect*>(nullptr));
-    case ValueKind::Link: return action(static_cast<ExpLink*>(nullptr));
-    case ValueKind::Aggregation: break;
+    case ValueKind::Real:
+      return action(static_cast<ExpSchemaReal*>(nullptr));
+    case ValueKind::Integer:
+      return action(static_cast<ExpInteger*>(nullptr));
+    case ValueKind::String:
+      return action(static_cast<ExpString*>(nullptr));
+    case ValueKind::Boolean:
+      return action(static_cast<ExpBoolean*>(nullptr));
+    case ValueKind::Logical:
+      return action(static_cast<ExpLogical*>(nullptr));
+    case ValueKind::Binary:
+      return action(static_cast<ExpSchemaBinary*>(nullptr));
+    case ValueKind::Enumeration:
+      return action(static_cast<LateBoundEnumeration*>(nullptr));
+    case ValueKind::Select:
+      return action(static_cast<ExpSelect*>(nullptr));
+    case ValueKind::Link:
+      return action(static_cast<ExpLink*>(nullptr));
+    case ValueKind::Aggregation:
+      break;
   }
   return action(static_cast<ExpAggregation*>(nullptr));
 }
 
 }  // namespace
 
-// ------------------------------------------------------------------------------------------------------ the members
+// ----------------------------------------------------------------------------------------------- the members
 
 // The values of an instance stand behind each other in one block of memory, in the order of the members.
 class LateBoundType::Members {
@@ -78,7 +89,8 @@ class LateBoundType::Members {
 
   // Every value begins with what it has of ExpAttribute.
   ExpAttribute* At(std::byte* block, int index) const {
-    return std::launder(reinterpret_cast<ExpAttribute*>(block + places_[static_cast<std::size_t>(index)].offset));
+    return std::launder(
+        reinterpret_cast<ExpAttribute*>(block + places_[static_cast<std::size_t>(index)].offset));
   }
 
   void Delete(std::byte* block) const {
@@ -111,10 +123,10 @@ class LateBoundType::Members {
   std::vector<LateBoundAttribute> attributes_;
 };
 
-// ----------------------------------------------------------------------------------------------------- the entities
+// ---------------------------------------------------------------------------------------------- the entities
 
-// An instance of any late-bound type. It learns its type after it has been made, and so makes its members at their first
-// use.
+// An instance of any late-bound type. It learns its type after it has been made, and so makes its members at
+// their first use.
 class LateBoundEntity final : public ExpEntity {
  public:
   static ExpEntity* New() { return new LateBoundEntity; }
@@ -142,14 +154,15 @@ class LateBoundEntity final : public ExpEntity {
   std::byte* values_ = nullptr;
 };
 
-// -------------------------------------------------------------------------------------------------------- the types
+// ------------------------------------------------------------------------------------------------- the types
 
 LateBoundType::LateBoundType(std::string name, std::string schema, int nofInverseMembers,
                              int externalMappingStartIndex, std::vector<std::string>* superClasses,
                              std::vector<std::string>* subClasses, std::vector<std::string>* memberNames,
                              int typeNumber, std::unique_ptr<const Members> members)
     : ExpEntityRuntimeType(std::move(name), std::move(schema), &LateBoundEntity::New,
-                           static_cast<int>(memberNames->size()), nofInverseMembers, externalMappingStartIndex,
+                           static_cast<int>(memberNames->size()), nofInverseMembers,
+                           externalMappingStartIndex,
                            /*insertInObjTree=*/false, superClasses, subClasses, memberNames, typeNumber),
       members_(std::move(members)) {}
 LateBoundType::~LateBoundType() = default;
@@ -157,7 +170,7 @@ LateBoundType::~LateBoundType() = default;
 bool LateBoundType::IsAbstract() const { return members_->IsAbstract(); }
 const std::vector<LateBoundAttribute>& LateBoundType::GetAttributes() const { return members_->Attributes(); }
 
-// -------------------------------------------------------------------------------------------------------- the maker
+// ------------------------------------------------------------------------------------------------- the maker
 
 LateBoundTypeMaker::LateBoundTypeMaker(const Express::SchemaContents& contents, std::string registryName)
     : contents_(contents), registryName_(std::move(registryName)) {}

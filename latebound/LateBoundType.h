@@ -22,10 +22,11 @@ struct LateBoundAttribute {
 
 /// An entity type whose instances get their attributes when the program runs.
 ///
-/// Registered like the types of schema libraries, with the same names, numbers and lists. Its instances have members of
-/// the classes that a schema library has (ExpSchemaReal, ExpInteger, ExpString, ExpBoolean, ExpLogical, ExpSchemaBinary,
-/// ExpSelect, ExpLink, ExpAggregation, and an ExpEnumeration that knows the items of its type); they are reached by
-/// GetMember, by position or by name. All instances are of one C++ class, whatever their type.
+/// Registered like the types of schema libraries, with the same names, numbers and lists. Its instances have
+/// members of the classes that a schema library has (ExpSchemaReal, ExpInteger, ExpString, ExpBoolean,
+/// ExpLogical, ExpSchemaBinary, ExpSelect, ExpLink, ExpAggregation, and an ExpEnumeration that knows the
+/// items of its type); they are reached by GetMember, by position or by name. All instances are of one C++
+/// class, whatever their type.
 class VELMAR_API LateBoundType : public ExpEntityRuntimeType {
  public:
   ~LateBoundType() override;
@@ -42,7 +43,8 @@ class VELMAR_API LateBoundType : public ExpEntityRuntimeType {
 
   LateBoundType(std::string name, std::string schema, int nofInverseMembers, int externalMappingStartIndex,
                 std::vector<std::string>* superClasses, std::vector<std::string>* subClasses,
-                std::vector<std::string>* memberNames, int typeNumber, std::unique_ptr<const Members> members);
+                std::vector<std::string>* memberNames, int typeNumber,
+                std::unique_ptr<const Members> members);
 
   std::unique_ptr<const Members> members_;
 };

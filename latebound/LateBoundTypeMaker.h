@@ -25,7 +25,8 @@ class LateBoundTypeMaker {
 
  private:
   std::vector<std::string> Qualified(const std::vector<std::string>& names) const;
-  LateBoundAttribute Describe(const Express::Slot& slot, const std::vector<const Express::Entity*>& family) const;
+  LateBoundAttribute Describe(const Express::Slot& slot,
+                              const std::vector<const Express::Entity*>& family) const;
   std::shared_ptr<const LateBoundItems> ItemsOf(const Express::TypeExpression& type);
 
   const Express::SchemaContents& contents_;

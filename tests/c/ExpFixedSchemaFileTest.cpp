@@ -1,6 +1,4 @@
 // Files whose types come from one registry schema, whatever their headers say.
-#include "ExpFixedSchemaFile.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +7,7 @@
 #include <string>
 
 #include "CapturedLog.h"
+#include "ExpFixedSchemaFile.h"
 #include "ExpUtilities.h"
 #include "TestEntities.h"
 

@@ -35,8 +35,8 @@ const bool kLoaded = (LoadBundledSchemas(), true);
 const fs::path kShared = VELMAR_TEST_SHARED;
 
 struct SchemaRow {
-  const char* library;  // the name under which the schema library registers its types
-  const char* text;     // the EXPRESS text that the library is made of, in schemas/
+  const char* library;    // the name under which the schema library registers its types
+  const char* text;       // the EXPRESS text that the library is made of, in schemas/
   const char* published;  // a published text of the schema, in published/ of what the tests share
   const char* files;      // a file of the schema, or a folder of such files, in corpus/ there
 };
@@ -47,11 +47,12 @@ constexpr SchemaRow kSchemas[] = {
     {"AUTOMOTIVE_DESIGN", "automotive_design.exp", "ap214e3.exp", "ap214"},
     {"AP242", "ap242.exp", "ap242e1.exp", "ap242"},
     {"AP242", "ap242.exp", "ap242e4.exp", "ap242"},
-    {"ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", "plib.exp", "plib25.exp",
-     "other/FM_model_P25_IS.p21"},
+    {"ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", "plib.exp", "plib25.exp", "other/FM_model_P25_IS.p21"},
 };
 
-bool HasLibrary(const SchemaRow& row) { return ExpRuntimeRegistry::GetInstance()->IsSchemaRegistered(row.library); }
+bool HasLibrary(const SchemaRow& row) {
+  return ExpRuntimeRegistry::GetInstance()->IsSchemaRegistered(row.library);
+}
 
 // The row's own text, or the published one, loaded.
 const LateBoundSchema& Ours(const SchemaRow& row) {
@@ -59,7 +60,8 @@ const LateBoundSchema& Ours(const SchemaRow& row) {
 }
 const LateBoundSchema& Published(const SchemaRow& row) {
   const std::string name = fs::path(row.published).stem().string();
-  return LoadedAs("PUBLISHED_" + ToUpperString(name), (kShared / "schemas/published" / row.published).string());
+  return LoadedAs("PUBLISHED_" + ToUpperString(name),
+                  (kShared / "schemas/published" / row.published).string());
 }
 
 std::string NameOf(const std::string& text) {
@@ -70,7 +72,7 @@ std::string NameOf(const std::string& text) {
   return name;
 }
 
-// ------------------------------------------------------------------------------------------------------------ types
+// ----------------------------------------------------------------------------------------------------- types
 
 class Types : public testing::TestWithParam<SchemaRow> {};
 
@@ -131,14 +133,16 @@ TEST_P(Types, AreRegisteredAndMadeAsThoseOfTheLibrary) {
       }
     }
   }
-  // No type of the library is missing: type numbers run from 1 without gaps, and those above have all of ours.
+  // No type of the library is missing: type numbers run from 1 without gaps, and those above have all of
+  // ours.
   std::ostringstream dump;
   registry->DumpRegisteredEntityTypes(dump);
   std::size_t ofLibrary = 0;
   std::istringstream lines(dump.str());
   for (std::string line; std::getline(lines, line);) {
     const std::string end = std::string(" :: ") + row.library;
-    ofLibrary += line.size() > end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0 ? 1 : 0;
+    ofLibrary +=
+        line.size() > end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0 ? 1 : 0;
   }
   EXPECT_EQ(schema.GetTypes().size(), ofLibrary);
 }
@@ -147,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(All, Types,
                          testing::Values(kSchemas[0], kSchemas[1], kSchemas[2], kSchemas[3], kSchemas[5]),
                          [](const auto& row) { return NameOf(row.param.library); });
 
-// ------------------------------------------------------------------------------------------------------------ files
+// ----------------------------------------------------------------------------------------------------- files
 
 std::string ContentOf(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
@@ -284,7 +288,8 @@ TEST_P(FilesOfTheSchema, GiveTheSamePopulationLogAndBytes) {
   EXPECT_GT(ExpectSame(generated, dynamic), 0);
 }
 INSTANTIATE_TEST_SUITE_P(All, FilesOfTheSchema,
-                         testing::ValuesIn(FilesOf({kSchemas[0], kSchemas[1], kSchemas[2], kSchemas[3], kSchemas[5]})),
+                         testing::ValuesIn(FilesOf({kSchemas[0], kSchemas[1], kSchemas[2], kSchemas[3],
+                                                    kSchemas[5]})),
                          NameOfFile);
 
 // With a published text, which may know fewer types than the library: the instances of these are missing.

@@ -1,6 +1,4 @@
 // Files whose types were loaded from EXPRESS texts: everything that works on generated types works on them.
-#include "LateBoundFile.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,6 +10,7 @@
 #include "../c/CapturedLog.h"
 #include "../tools/SampleFiles.h"
 #include "ExpEntityVisitor.h"
+#include "LateBoundFile.h"
 #include "LoadedSchemas.h"
 
 namespace {
@@ -25,7 +24,8 @@ using VELMAR::TestData::CapturedLog;
 using VELMAR::TestData::Kinds;
 
 const std::string kThing1 =
-    "#1 = THING(2.5, 3., 4, 'it''s \\X\\E4', .T., .U., $, .GREEN., LENGTH_MEASURE(1.5), #2, ((0., 1.), (2., 3., 4.)));";
+    "#1 = THING(2.5, 3., 4, 'it''s \\X\\E4', .T., .U., $, .GREEN., LENGTH_MEASURE(1.5), #2, ((0., 1.), (2., "
+    "3., 4.)));";
 const std::string kThing2 = "#2 = THING(*, $, $, $, $, $, $, $, #1, $, ());";
 
 void Read(ExpFile& file, const std::string& data, const std::string& schema = "KINDS") {
@@ -58,7 +58,7 @@ std::vector<int> NumbersOf(ExpFile& file, const std::string& type, bool withSubt
   return numbers;
 }
 
-// ----------------------------------------------------------------------------------------------- reading and writing
+// --------------------------------------------------------------------------------------- reading and writing
 
 TEST(LateBoundFile, ReadsAndWritesEveryKindOfValue) {
   CapturedLog log;
@@ -76,8 +76,8 @@ TEST(LateBoundFile, ReadsAndWritesEveryKindOfValue) {
 
 TEST(LateBoundFile, SelectsHoldEveryKindOfValue) {
   LateBoundFile file(Kinds());
-  const std::vector<std::string> choices = {"LENGTH_MEASURE(2.)", "LABEL('x')", "COLOUR(.RED.)", "LABELS(('a', 'b'))",
-                                            "#1", "$"};
+  const std::vector<std::string> choices = {"LENGTH_MEASURE(2.)", "LABEL('x')", "COLOUR(.RED.)",
+                                            "LABELS(('a', 'b'))", "#1",         "$"};
   std::string data;
   for (std::size_t i = 0; i < choices.size(); ++i) {
     data += "#" + std::to_string(i + 1) + "=BOTTOM('n',*,1.,.RED.," + choices[i] + ");\n";
@@ -85,7 +85,8 @@ TEST(LateBoundFile, SelectsHoldEveryKindOfValue) {
   Read(file, data);
   for (std::size_t i = 0; i < choices.size(); ++i) {
     const int number = static_cast<int>(i) + 1;
-    EXPECT_EQ(TextOf(file, number), "#" + std::to_string(number) + " = BOTTOM('n', *, 1., .RED., " + choices[i] + ");");
+    EXPECT_EQ(TextOf(file, number),
+              "#" + std::to_string(number) + " = BOTTOM('n', *, 1., .RED., " + choices[i] + ");");
   }
   auto* choice = dynamic_cast<ExpSelect*>(file.GetEntity(2)->GetMember("choice"));
   ASSERT_NE(choice, nullptr);
@@ -104,7 +105,8 @@ TEST(LateBoundFile, UsesItsSchemaWhateverTheHeaderSaysAndKeepsTheHeader) {
   std::istringstream more(FileWith("#5=USER(#6);\n", "CONFIG_CONTROL_DESIGN"));
   file.Append(more);
   EXPECT_EQ(TextOf(file, 6), "#6 = USER(#7);");
-  EXPECT_THAT(Written(file), HasSubstr("FILE_SCHEMA(('AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF'));\n"));
+  EXPECT_THAT(Written(file),
+              HasSubstr("FILE_SCHEMA(('AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF'));\n"));
 }
 
 TEST(LateBoundFile, ANewFileNamesTheSchema) {
@@ -122,7 +124,8 @@ TEST(LateBoundFile, InThePlaceOfALibraryItWritesTheNameThatTheLibraryWrites) {
   EXPECT_EQ(file.GetSchema(), STEP_AP203E2);
   EXPECT_EQ(file.GetSchemaName(), ExpFile(STEP_AP203E2).GetSchemaName());
   ExpFile plain;
-  Read(plain, "#1=USER(#2);\n", "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF");
+  Read(plain, "#1=USER(#2);\n",
+       "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF");
   EXPECT_EQ(TextOf(plain, 1), "#1 = USER(#2);");
 }
 
@@ -147,7 +150,7 @@ TEST(LateBoundFile, InstancesAreDeletedWithTheFile) {
   EXPECT_EQ(ExpEntity::instanceCount, before);
 }
 
-// ---------------------------------------------------------------------------------------------------------- creating
+// -------------------------------------------------------------------------------------------------- creating
 
 TEST(LateBoundFile, CreatesInstances) {
   LateBoundFile file(Kinds());
@@ -161,17 +164,19 @@ TEST(LateBoundFile, CreatesInstances) {
   ExpEntity* user = file.CreateAndAddEntity("USER");
   ASSERT_NE(user, nullptr);
   user->GetMember(0)->SetExpLink(link.GetExpLink());
-  EXPECT_EQ(DataOf(file), "DATA;\n#1 = BOTTOM('b', *, 0., .RED., LENGTH_MEASURE(2.));\n#2 = USER(#1);\nENDSEC;\n");
+  EXPECT_EQ(DataOf(file),
+            "DATA;\n#1 = BOTTOM('b', *, 0., .RED., LENGTH_MEASURE(2.));\n#2 = USER(#1);\nENDSEC;\n");
   EXPECT_EQ(file.GetEntity(user->GetMember("uses")), bottom);
   EXPECT_EQ(file.CreateAndAddEntity("CARTESIAN_POINT"), nullptr);
 }
 
-// ----------------------------------------------------------------------------------------------------------- finding
+// --------------------------------------------------------------------------------------------------- finding
 
 TEST(LateBoundFile, FindsInstancesByTypeWithAndWithoutSubtypes) {
   LateBoundFile file(Kinds());
-  Read(file, "#1=LEFT('l',1.,2.);\n#2=RIGHT('r',1,.RED.);\n#3=BOTTOM('b',*,1.,.RED.,$);\n"
-             "#4=BELOW('c',*,1.,.RED.,$);\n#5=(TOP('t',2.)LEFT(3.));\n");
+  Read(file,
+       "#1=LEFT('l',1.,2.);\n#2=RIGHT('r',1,.RED.);\n#3=BOTTOM('b',*,1.,.RED.,$);\n"
+       "#4=BELOW('c',*,1.,.RED.,$);\n#5=(TOP('t',2.)LEFT(3.));\n");
   EXPECT_THAT(NumbersOf(file, "top", true), ElementsAre(1, 2, 3, 4, 5, 5));
   EXPECT_THAT(NumbersOf(file, "TOP", false), ElementsAre(5));
   EXPECT_THAT(NumbersOf(file, "RIGHT", true), ElementsAre(2, 3, 4));
@@ -185,7 +190,7 @@ TEST(LateBoundFile, FindsInstancesByTypeWithAndWithoutSubtypes) {
   EXPECT_EQ(complex.front()->GetEntityNumber(), 5);
 }
 
-// ------------------------------------------------------------------------------------------------- complex instances
+// ----------------------------------------------------------------------------------------- complex instances
 
 TEST(LateBoundFile, PartsOfComplexInstancesTakeOverTheValuesOfTheirSupertypes) {
   LateBoundFile file(Kinds());
@@ -227,11 +232,13 @@ TEST(LateBoundFile, AggregatesAreCopied) {
   EXPECT_EQ(copy->ToString(), "#3 = HOLDER(" + values + ");");
 }
 
-// ------------------------------------------------------------------------------------------------ visitors and dumps
+// ---------------------------------------------------------------------------------------- visitors and dumps
 
 TEST(LateBoundFile, DumpsAnInstanceWithAllThatItRefersTo) {
   LateBoundFile file(Kinds());
-  Read(file, "#1=USER(#2);\n#2=BOTTOM('b',*,1.,.RED.,#3);\n#3=THING(1.,2.,3,'',.T.,.T.,$,.RED.,$,#3,());\n#4=USER(#9);\n");
+  Read(file,
+       "#1=USER(#2);\n#2=BOTTOM('b',*,1.,.RED.,#3);\n#3=THING(1.,2.,3,'',.T.,.T.,$,.RED.,$,#3,());\n#4=USER(#"
+       "9);\n");
   std::ostringstream text;
   file.ExpAbstractObjectAdmin::DumpEntity(file.GetEntity(1), text);
   EXPECT_EQ(text.str(), TextOf(file, 3) + "\n" + TextOf(file, 2) + "\n" + TextOf(file, 1) + "\n");

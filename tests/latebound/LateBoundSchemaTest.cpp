@@ -1,6 +1,4 @@
 // Loading schemas, and what goes wrong when they are loaded.
-#include "LateBoundSchema.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +8,7 @@
 
 #include "../c/ReadingSupport.h"
 #include "LateBoundFile.h"
+#include "LateBoundSchema.h"
 #include "LoadedSchemas.h"
 
 namespace {
@@ -44,7 +43,8 @@ std::string RegisteredTypes() {
 }
 
 TEST(LateBoundSchema, RegistersItsTypesUnderTheNameOfTheSchema) {
-  TemporaryFile text("SCHEMA Plain_One; ENTITY point; x : REAL; END_ENTITY; ENTITY line; END_ENTITY; END_SCHEMA;");
+  TemporaryFile text(
+      "SCHEMA Plain_One; ENTITY point; x : REAL; END_ENTITY; ENTITY line; END_ENTITY; END_SCHEMA;");
   const LateBoundSchema schema = LateBoundSchema::Load(text.Path());
   EXPECT_EQ(schema.GetName(), "PLAIN_ONE");
   EXPECT_EQ(schema.GetRegistryName(), "PLAIN_ONE");
@@ -70,7 +70,8 @@ TEST(LateBoundSchema, TheOptionsNameTheSchemaAndItsRegistryName) {
 TEST(LateBoundSchema, InterfacedSchemasAreLookedForInTheGivenFolders) {
   TemporaryFile text("SCHEMA on_top; USE FROM enumeration; END_SCHEMA;");
   EXPECT_THAT(ErrorOf(text.Path()).what(), HasSubstr("enumeration"));
-  TemporaryFile other("SCHEMA on_top; REFERENCE FROM simple_types; ENTITY a SUBTYPE OF (thing); END_ENTITY; END_SCHEMA;");
+  TemporaryFile other(
+      "SCHEMA on_top; REFERENCE FROM simple_types; ENTITY a SUBTYPE OF (thing); END_ENTITY; END_SCHEMA;");
   const LateBoundSchema schema = LateBoundSchema::Load(other.Path(), {"", "ON_TOP", {VELMAR_EXPRESS_DATA}});
   EXPECT_EQ(schema.GetName(), "ON_TOP");
   ASSERT_NE(schema.FindType("A"), nullptr);
@@ -98,17 +99,19 @@ TEST(LateBoundSchema, ASchemaWithoutEntitiesIsRegisteredToo) {
   EXPECT_THAT(ErrorOf(text.Path()).what(), HasSubstr("NOTHING_IN_IT"));
 }
 
-// ------------------------------------------------------------------------------------------------------------ errors
+// ---------------------------------------------------------------------------------------------------- errors
 
 TEST(LateBoundSchema, AnErrorSaysWhereAndWhatAndShowsTheLine) {
-  TemporaryFile text("SCHEMA broken;\nTYPE length_measure = REAL;\nEND_TYPE;\nENTITY circle;\n"
-                     "  radius : lenght_measure;\nEND_ENTITY;\nEND_SCHEMA;\n");
+  TemporaryFile text(
+      "SCHEMA broken;\nTYPE length_measure = REAL;\nEND_TYPE;\nENTITY circle;\n"
+      "  radius : lenght_measure;\nEND_ENTITY;\nEND_SCHEMA;\n");
   const std::string before = RegisteredTypes();
   const LateBoundError error = ErrorOf(text.Path());
-  EXPECT_EQ(error.what(), text.Path() +
-                              ":5:12: error: unknown type 'lenght_measure' [E021]; did you mean 'length_measure'?\n"
-                              "      radius : lenght_measure;\n"
-                              "               ^~~~~~~~~~~~~~\n");
+  EXPECT_EQ(error.what(),
+            text.Path() +
+                ":5:12: error: unknown type 'lenght_measure' [E021]; did you mean 'length_measure'?\n"
+                "      radius : lenght_measure;\n"
+                "               ^~~~~~~~~~~~~~\n");
   ASSERT_EQ(error.GetMessages().size(), 1u);
   const LateBoundMessage& message = error.GetMessages()[0];
   EXPECT_TRUE(message.isError);
@@ -133,15 +136,17 @@ TEST_P(BadSchema, IsRefusedWithItsPlaceAndRegistersNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, BadSchema,
-                         testing::Values("bad_missing_semicolon.exp", "bad_syntax.exp", "bad_unknown_type.exp",
-                                         "bad_cyclic_inheritance.exp", "bad_cyclic_type.exp", "bad_empty.exp",
-                                         "bad_no_end_schema.exp", "bad_too_deep.exp", "bad_redeclaration.exp"));
+                         testing::Values("bad_missing_semicolon.exp", "bad_syntax.exp",
+                                         "bad_unknown_type.exp", "bad_cyclic_inheritance.exp",
+                                         "bad_cyclic_type.exp", "bad_empty.exp", "bad_no_end_schema.exp",
+                                         "bad_too_deep.exp", "bad_redeclaration.exp"));
 
 TEST(LateBoundSchema, FilesAndFoldersThatCannotBeReadAreNamed) {
   EXPECT_THAT(ErrorOf("no_such_file.exp").what(), HasSubstr("no_such_file.exp"));
   EXPECT_THAT(ErrorOf("no_such_file.exp").what(), HasSubstr("No such file or directory"));
   EXPECT_THAT(ErrorOf(VELMAR_EXPRESS_DATA).what(), HasSubstr(VELMAR_EXPRESS_DATA));
-  EXPECT_THAT(ErrorOf(Data("select.exp"), {"", "NEVER", {"no_such_folder"}}).what(), HasSubstr("no_such_folder"));
+  EXPECT_THAT(ErrorOf(Data("select.exp"), {"", "NEVER", {"no_such_folder"}}).what(),
+              HasSubstr("no_such_folder"));
   EXPECT_THAT(ErrorOf("").GetMessages(), IsEmpty());
 }
 
@@ -163,7 +168,8 @@ TEST(LateBoundSchema, ARegistryNameIsTakenOnce) {
 TEST(LateBoundSchema, ARegistryNameIsMadeOfLettersDigitsAndUnderscores) {
   for (const char* name : {"A::B", "1A", "_A", "A B", "\xC3\xA4"}) {
     EXPECT_EQ(ErrorOf(Data("select.exp"), {"", name, {}}).what(),
-              "'" + std::string(name) + "' is no registry name: it is made of letters, digits and '_', a letter first");
+              "'" + std::string(name) +
+                  "' is no registry name: it is made of letters, digits and '_', a letter first");
   }
 }
 

@@ -1,6 +1,4 @@
 // Types that come from EXPRESS texts, and their instances.
-#include "LateBoundType.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include "ExpSchemaLibrary.h"
+#include "LateBoundType.h"
 #include "LoadedSchemas.h"
 #include "VelmarClasses.h"
 
@@ -61,11 +60,12 @@ TEST(LateBoundType, GeneralisedTypesAreSelectsLinksAndAggregates) {
 
 TEST(LateBoundType, MembersAreFoundByPositionAndByName) {
   const auto thing = Create(Kinds(), "THING");
-  EXPECT_THAT(*thing->GetMemberNames(), ElementsAre("extent", "a_number", "an_integer", "words", "yes", "maybe", "data",
-                                                    "shade", "chosen", "next", "points"));
+  EXPECT_THAT(*thing->GetMemberNames(), ElementsAre("extent", "a_number", "an_integer", "words", "yes",
+                                                    "maybe", "data", "shade", "chosen", "next", "points"));
   for (int i = 0; i < 11; ++i) {
     EXPECT_NE(thing->GetMember(i), nullptr) << i;
-    EXPECT_EQ(thing->GetMember(i), thing->GetMember((*thing->GetMemberNames())[static_cast<std::size_t>(i)])) << i;
+    EXPECT_EQ(thing->GetMember(i), thing->GetMember((*thing->GetMemberNames())[static_cast<std::size_t>(i)]))
+        << i;
   }
   EXPECT_EQ(thing->GetMember(11), nullptr);
   EXPECT_EQ(thing->GetMember(-1), nullptr);
@@ -100,7 +100,7 @@ TEST(LateBoundType, NewAndUnusedInstancesAreCountedAndDeleted) {
   EXPECT_EQ(ExpEntity::instanceCount, before);
 }
 
-// --------------------------------------------------------------------------------------------------- enumerations
+// ---------------------------------------------------------------------------------------------- enumerations
 
 TEST(LateBoundType, EnumerationsKnowTheItemsOfTheirType) {
   const auto thing = Create(Kinds(), "THING");
@@ -130,15 +130,16 @@ TEST(LateBoundType, AnEnumerationBasedOnAnotherHasItsItemsFirst) {
   EXPECT_EQ(paint->GetExpEnumeration(), 1);
 }
 
-// ------------------------------------------------------------------------------------------------ several supertypes
+// ---------------------------------------------------------------------------------------- several supertypes
 
 TEST(LateBoundType, SeveralSupertypesAreLaidOutOnceEachInOrder) {
   const LateBoundSchema& schema = Construct("SEVERAL", "multiple_inheritance.exp");
   const auto bottom = Create(schema, "BOTTOM");
   EXPECT_THAT(*bottom->GetMemberNames(), ElementsAre("r1", "r2", "r", "l", "o", "b"));
   EXPECT_EQ(bottom->GetExternalMappingStartIndex(), 5);
-  EXPECT_THAT(*bottom->GetExpSuperClasses(), ElementsAre("VELMAR::ExpEntity", "SEVERAL::ROOT", "SEVERAL::RIGHT",
-                                                         "SEVERAL::LEFT", "SEVERAL::OTHER_ROOT"));
+  EXPECT_THAT(*bottom->GetExpSuperClasses(),
+              ElementsAre("VELMAR::ExpEntity", "SEVERAL::ROOT", "SEVERAL::RIGHT", "SEVERAL::LEFT",
+                          "SEVERAL::OTHER_ROOT"));
   EXPECT_THAT(*bottom->GetExpSubClasses(), ElementsAre("SEVERAL::BELOW"));
   EXPECT_TRUE(IsA<ExpSchemaReal>(*bottom, "o"));
   EXPECT_TRUE(IsA<ExpLogical>(*bottom, "b"));
@@ -177,7 +178,7 @@ TEST(LateBoundType, InterfacedEntitiesHaveTheirNewNames) {
   EXPECT_EQ(shape->ToString(), "SHAPE('', 0., #-1, .GREEN.);");
 }
 
-// ------------------------------------------------------------------------------------------------------- attributes
+// ------------------------------------------------------------------------------------------------ attributes
 
 TEST(LateBoundType, TellsWhatExpressSaysAboutItsAttributes) {
   const LateBoundType* thing = Kinds().FindType("thing");
@@ -215,7 +216,7 @@ TEST(LateBoundType, ARedeclaredAttributeHasItsNarrowestTypeAndItsFirstName) {
   EXPECT_FALSE(units.FindType("COUNT_UNIT")->GetAttributes()[1].optional);
 }
 
-// --------------------------------------------------------------------------------------------------------- visitors
+// -------------------------------------------------------------------------------------------------- visitors
 
 class Recorder : public ExpAttributeVisitor {
  public:
