@@ -12,12 +12,14 @@
 #include <fstream>
 #include <iostream>
 #include <list>
+#include <memory>
 #include <sstream>
 #include <streambuf>
 #include <string>
 
 #include "AutomotiveDesign.h"
 #include "ExpFile.h"
+#include "LateBoundFile.h"
 #include "Parser.h"
 #include "Scanner.h"
 
@@ -69,36 +71,47 @@ void ParseOnly(benchmark::State& state) {
 }
 BENCHMARK(ParseOnly)->Unit(benchmark::kMillisecond);
 
+// The types of the file's schema, loaded at run time.
+const VELMAR::LateBoundSchema& LateBoundTypes() {
+  static const VELMAR::LateBoundSchema schema = VELMAR::LateBoundSchema::Load(SCHEMA_FILE, {"", "LATE_BOUND", {}});
+  return schema;
+}
+
+std::unique_ptr<ExpFile> Generated() { return std::make_unique<ExpFile>(); }
+std::unique_ptr<ExpFile> LateBound() { return std::make_unique<VELMAR::LateBoundFile>(LateBoundTypes()); }
+
 // Reads a text into a new population; what the one before costs to delete is not counted.
-void ReadPopulation(benchmark::State& state) {
+void ReadPopulation(benchmark::State& state, std::unique_ptr<ExpFile> (*newFile)()) {
   for (auto _ : state) {
     state.PauseTiming();
     {
-      ExpFile file;
+      const std::unique_ptr<ExpFile> file = newFile();
       std::istringstream stream(text);
       state.ResumeTiming();
-      file.Read(stream);
+      file->Read(stream);
       state.PauseTiming();
-      if (file.GetMaxEntityNumber() == 0) state.SkipWithError("no instances");
+      if (file->GetMaxEntityNumber() == 0) state.SkipWithError("no instances");
     }
     state.ResumeTiming();
   }
   CountBytes(state);
 }
-BENCHMARK(ReadPopulation)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadPopulation, Generated, Generated)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadPopulation, LateBound, LateBound)->Unit(benchmark::kMillisecond);
 
-void DeletePopulation(benchmark::State& state) {
+void DeletePopulation(benchmark::State& state, std::unique_ptr<ExpFile> (*newFile)()) {
   for (auto _ : state) {
     state.PauseTiming();
-    ExpFile file;
+    const std::unique_ptr<ExpFile> file = newFile();
     std::istringstream stream(text);
-    file.Read(stream);
+    file->Read(stream);
     state.ResumeTiming();
-    file.ClearEntityVector();
+    file->ClearEntityVector();
   }
   CountBytes(state);
 }
-BENCHMARK(DeletePopulation)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(DeletePopulation, Generated, Generated)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(DeletePopulation, LateBound, LateBound)->Unit(benchmark::kMillisecond);
 
 // Counts what is written to it.
 class CountingBuffer : public std::streambuf {
@@ -117,21 +130,22 @@ class CountingBuffer : public std::streambuf {
 };
 
 // MB/s here count the bytes written.
-void WritePopulation(benchmark::State& state) {
-  ExpFile file;
+void WritePopulation(benchmark::State& state, std::unique_ptr<ExpFile> (*newFile)()) {
+  const std::unique_ptr<ExpFile> file = newFile();
   std::istringstream stream(text);
-  file.Read(stream);
+  file->Read(stream);
   double bytes = 0;
   for (auto _ : state) {
     CountingBuffer buffer;
     std::ostream out(&buffer);
-    file.Write(out);
+    file->Write(out);
     bytes += static_cast<double>(buffer.count);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
   state.counters["MB/s"] = benchmark::Counter(bytes / 1e6, benchmark::Counter::kIsRate);
 }
-BENCHMARK(WritePopulation)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WritePopulation, Generated, Generated)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WritePopulation, LateBound, LateBound)->Unit(benchmark::kMillisecond);
 
 // All points by their type and its subtypes, in the order of their numbers.
 void FindPoints(benchmark::State& state) {

@@ -8,6 +8,8 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <streambuf>
 #include <system_error>
 
@@ -28,7 +30,10 @@ const char* const ExpFile::SCHEMA_NAME_STEP_AP242 = "AP242_MANAGED_MODEL_BASED_3
 const char* const ExpFile::SCHEMA_NAME_PLIB = "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA";
 const char* const ExpFile::SCHEMA_NAME_ISO13399 = "CUTTING_TOOL_SCHEMA_ARM";
 
-const SchemaNames* FindSchemaNames(Schema schema) {
+namespace {
+
+// The row of the first schema that the test holds for; null where there is none.
+const SchemaNames* FindSchemaNamesIf(const std::function<bool(const SchemaNames&)>& test) {
   static const SchemaNames kNames[] = {
       {STEP_AP203,   ExpFile::SCHEMA_NAME_STEP_AP203,   "CONFIG_CONTROL_DESIGN"},
       {STEP_AP203E2, ExpFile::SCHEMA_NAME_STEP_AP203E2, "AP203_E2"},
@@ -37,10 +42,18 @@ const SchemaNames* FindSchemaNames(Schema schema) {
       {PLIB,         ExpFile::SCHEMA_NAME_PLIB,         "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA"},
       {ISO13399,     ExpFile::SCHEMA_NAME_ISO13399,     "CUTTING_TOOL_SCHEMA_ARM"},
   };
-  for (const SchemaNames& names : kNames) {
-    if (names.schema == schema) return &names;
-  }
-  return nullptr;
+  const auto* const found = std::find_if(std::begin(kNames), std::end(kNames), test);
+  return found == std::end(kNames) ? nullptr : found;
+}
+
+}  // namespace
+
+const SchemaNames* FindSchemaNames(Schema schema) {
+  return FindSchemaNamesIf([schema](const SchemaNames& names) { return names.schema == schema; });
+}
+
+const SchemaNames* FindSchemaNames(const std::string& registryName) {
+  return FindSchemaNamesIf([&registryName](const SchemaNames& names) { return names.registryName == registryName; });
 }
 
 Schema SchemaLike(const std::string& name) {

@@ -18,6 +18,9 @@ struct SchemaNames {
 /// The names of a schema; null for a value that is no member of Schema.
 const SchemaNames* FindSchemaNames(Schema schema);
 
+/// The names of the schema whose library registers its types under a name; null where there is none.
+const SchemaNames* FindSchemaNames(const std::string& registryName);
+
 /// The schema that a name stands for, STEP_AP214 where it resembles none. The case counts.
 Schema SchemaLike(const std::string& name);
 

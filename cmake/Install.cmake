@@ -10,6 +10,11 @@ endif()
 
 # An installed library finds its neighbours beside it. Users link Velmar::Velmar and, say, Velmar::AutomotiveDesign.
 set(velmar_components "")
+if(TARGET VelmarLateBound)
+  set_target_properties(VelmarLateBound PROPERTIES EXPORT_NAME LateBound INSTALL_RPATH "\$ORIGIN")
+  add_library(Velmar::LateBound ALIAS VelmarLateBound)
+  list(APPEND velmar_components LateBound)
+endif()
 foreach(schema IN LISTS VELMAR_SCHEMAS)
   if(TARGET Velmar${schema})
     set_target_properties(Velmar${schema} PROPERTIES EXPORT_NAME ${schema} INSTALL_RPATH "\$ORIGIN")
@@ -31,7 +36,7 @@ install(
   DESTINATION ${velmar_package_dir}
 )
 
-# pkg-config: velmar for the library, velmar-<schema> for each schema library.
+# pkg-config: velmar for the library, velmar-<schema> for each schema library, velmar-late-bound.
 file(RELATIVE_PATH velmar_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 function(velmar_install_pc name description requires library)
   set(file ${CMAKE_BINARY_DIR}/${name}.pc)
@@ -44,6 +49,9 @@ function(velmar_install_schema_pc schema name description)
   endif()
 endfunction()
 velmar_install_pc(velmar "${PROJECT_DESCRIPTION}" "" Velmar_3.1)
+if(TARGET VelmarLateBound)
+  velmar_install_pc(velmar-late-bound "EXPRESS schemas at run time for Velmar" velmar VelmarLateBound_3.1)
+endif()
 velmar_install_schema_pc(ConfigControlDesign velmar-config-control-design "The AP203 schema for Velmar")
 velmar_install_schema_pc(Ap203E2 velmar-ap203-e2 "The AP203 edition 2 schema for Velmar")
 velmar_install_schema_pc(AutomotiveDesign velmar-automotive-design "The AP214 schema for Velmar")

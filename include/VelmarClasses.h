@@ -364,6 +364,9 @@ class VELMAR_API ExpEntity {
   ExpEntity(const ExpEntity& other);
   ExpEntity& operator=(const ExpEntity&) = default;
 
+  /// The description of the type; null before ExpEntityRuntimeType::CreateInstance has set it.
+  ExpEntityRuntimeType* GetRuntimeType() const { return runtimeType_; }
+
  private:
   friend class ExpEntityRuntimeType;
   ExpEntityRuntimeType* runtimeType_;

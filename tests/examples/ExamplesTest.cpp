@@ -90,6 +90,27 @@ TEST(Examples, LogToFile) {
   EXPECT_THAT(ReadFile(log), HasSubstr("-- line 11 col 3: "));
 }
 
+TEST(Examples, LateBinding) {
+  TemporaryDirectory directory;
+  Outcome outcome = RunProgram({Example("late_binding"), SCHEMA_FILE, SAMPLE_FILE});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("#5 LENGTH_UNIT\n  dimensions = *\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("#20 PRODUCT\n"
+                                     "  id = 'VB-120'\n"
+                                     "  name = 'Pin 10 x 25'\n"
+                                     "  description = $\n"
+                                     "  frame_of_reference = (#3)\n"
+                                     "#21 PRODUCT_DEFINITION_FORMATION\n"));
+  const std::string schema = WriteFile(directory.Path("bad.exp"),
+                                       "SCHEMA s;\nENTITY e;\n  a : rael;\nEND_ENTITY;\nEND_SCHEMA;\n");
+  outcome = RunProgram({Example("late_binding"), schema, SAMPLE_FILE});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("bad.exp:3:7: error: unknown type 'rael' [E021]"));
+  outcome = RunProgram({Example("late_binding"), SCHEMA_FILE, directory.Path("none.stp")});
+  EXPECT_EQ(outcome.status, 1);
+}
+
 class ExampleUsage : public testing::TestWithParam<const char*> {};
 
 TEST_P(ExampleUsage, IsShownWithoutArguments) {
@@ -100,6 +121,6 @@ TEST_P(ExampleUsage, IsShownWithoutArguments) {
 
 INSTANTIATE_TEST_SUITE_P(Every, ExampleUsage,
                          testing::Values("read_and_list", "edit_and_write", "build_from_nothing",
-                                         "dump_instance", "log_to_file"));
+                                         "dump_instance", "log_to_file", "late_binding"));
 
 }  // namespace

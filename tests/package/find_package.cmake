@@ -7,6 +7,8 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${build} -G ${GENERATOR} -DCMA
 run(${CMAKE_COMMAND} --build ${build} -j 2)
 run(${build}/read_and_list ${sample})
 expect_substring("${output}" "#16 VB-110 Winkel für Träger\n")
+run(${build}/late_binding ${prefix}/share/velmar/schemas/automotive_design.exp ${sample})
+expect_substring("${output}" "#16 PRODUCT\n  id = 'VB-110'\n")
 run(${build}/build_from_nothing ${WORK_DIR}/triangle.stp)
 expect_substring("${output}" "#4 = POLYLINE('triangle', (#1, #2, #3, #1));\n")
 

@@ -9,10 +9,13 @@ foreach(file IN ITEMS
     bin/velmar-express
     include/velmar/ExpFile.h
     include/velmar/AutomotiveDesign.h
+    include/velmar/LateBoundFile.h
     ${LIBDIR}/libVelmar_3.1.so
+    ${LIBDIR}/libVelmarLateBound_3.1.so
     ${LIBDIR}/libVelmarAutomotiveDesign_3.1.so
     ${LIBDIR}/cmake/Velmar/VelmarConfig.cmake
     ${LIBDIR}/pkgconfig/velmar.pc
+    ${LIBDIR}/pkgconfig/velmar-late-bound.pc
     ${LIBDIR}/pkgconfig/velmar-automotive-design.pc
     share/velmar/schemas/automotive_design.exp
   )

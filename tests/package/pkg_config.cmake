@@ -12,6 +12,13 @@ set(ENV{LD_LIBRARY_PATH} ${prefix}/${LIBDIR})
 run(${program} ${sample})
 expect_substring("${output}" "#16 VB-110 Winkel für Träger\n")
 
+# The same without a schema library.
+run(${PKG_CONFIG} --cflags --libs velmar-late-bound)
+separate_arguments(package_flags UNIX_COMMAND "${output}")
+run(${CXX} ${flags} -std=c++17 ${SOURCE_DIR}/examples/late_binding.cpp -o ${program} ${package_flags})
+run(${program} ${prefix}/share/velmar/schemas/automotive_design.exp ${sample})
+expect_substring("${output}" "#16 PRODUCT\n  id = 'VB-110'\n")
+
 # The library alone.
 run(${PKG_CONFIG} --libs velmar)
 string(FIND "${output}" "AutomotiveDesign" at)
