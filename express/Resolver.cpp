@@ -224,7 +224,7 @@ class Resolver {
   }
 
   void CheckItems(const SchemaDeclaration& schema, const Interface& interface) {
-    if (!interface.schema) return;
+    if (!interface.schema || interface.schema == &schema) return;
     for (const InterfaceItem& item : interface.items) {
       const auto found = interface.schema->scope.find(item.name.text);
       if (found == interface.schema->scope.end()) {

@@ -153,5 +153,9 @@ TEST(HostileInput, NameOfAMegabyteIsAName) {
             1u);
 }
 
+TEST(HostileInput, SchemaThatInterfacesItselfIsRead) {
+  EXPECT_EQ(Errors("SCHEMA s; USE FROM s (other AS thing); ENTITY other; END_ENTITY; END_SCHEMA;"), 0u);
+}
+
 }  // namespace
 }  // namespace VELMAR::Express
