@@ -1,0 +1,55 @@
+/// @file Fuzzing.h
+/// What the fuzz targets have in common.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+#include "ExpFile.h"
+#include "ExpUtilities.h"
+
+namespace velmar_fuzz {
+
+/// Ends the process, which makes the input a finding, unless the property holds.
+inline void Require(bool holds, const char* property) {
+  if (holds) return;
+  std::fprintf(stderr, "not so: %s\n", property);
+  std::abort();
+}
+
+/// As above, for two texts that must be equal.
+inline void RequireEqual(const std::string& a, const std::string& b, const char* property) {
+  if (a == b) return;
+  std::fprintf(stderr, "---- one\n%s\n---- other\n%s\n", a.c_str(), b.c_str());
+  Require(false, property);
+}
+
+/// What one of the operations of ExpFile that write gives, with `$` for values that have no text. Empty where
+/// something cannot be written: a string that ends within a UTF-8 sequence, a select without a value in the header;
+/// and for very high instance numbers.
+inline std::string TextOf(VELMAR::ExpFile& file, void (VELMAR::ExpFile::*write)(std::ostream&) = &VELMAR::ExpFile::Write) {
+  if (file.GetMaxEntityNumber() > 1000000) return "";  // walks over unused numbers would take most of the time
+  for (int number = 0; number <= file.GetMaxEntityNumber(); ++number) {
+    if (VELMAR::ExpEntity* entity = file.GetEntity(number)) VELMAR::MarkUnsetValues(*entity);
+  }
+  std::ostringstream text;
+  try {
+    (file.*write)(text);
+  } catch (const std::string&) {
+    return "";
+  }
+  return text.str();
+}
+
+/// The text that the population of a text gives.
+inline std::string Rewritten(const std::string& text) {
+  std::istringstream in(text);
+  VELMAR::ExpFile file;
+  file.Read(in);
+  return TextOf(file);
+}
+
+}  // namespace velmar_fuzz
