@@ -48,7 +48,11 @@ class Reading {
 }  // namespace
 
 Population::Population(const ReadingOptions& options)
-    : ExpFile(options.schema.value_or(VELMAR::STEP_AP214)), keepsSchema_(options.schema.has_value()) {}
+    : ExpFixedSchemaFile(options.lateBoundSchema),
+      isLateBound_(!options.lateBoundSchema.empty()),
+      keepsSchema_(isLateBound_ || options.schema.has_value()) {
+  if (options.schema) SetSchema(*options.schema);
+}
 
 void Population::ReadAndReport(const std::string& path, Messages& messages) {
   unknownTypes_.clear();
@@ -79,11 +83,11 @@ void Population::ReadAndReport(const std::string& path, Messages& messages) {
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
-  VELMAR::ExpEntity* entity = ExpFile::CreateEntity(typeName);
+  VELMAR::ExpEntity* entity = ExpFixedSchemaFile::CreateEntity(typeName);
   if (entity == nullptr && usesFallback_) {
     fallbackFailure_ = TryLoading(LoadFallback);
     usesFallback_ = false;  // from now on the registry looks there itself
-    entity = ExpFile::CreateEntity(typeName);
+    entity = ExpFixedSchemaFile::CreateEntity(typeName);
   }
   if (entity == nullptr) ++unknownTypes_[typeName];
   return entity;
@@ -114,13 +118,14 @@ void Population::SetSchemaName(std::string name) {
   schemaOfFile_ = name;
   if (!keepsSchema_) ExpFile::SetSchemaName(name);
   schemaSupported_ = keepsSchema_ || FindSchema(name) == GetSchema();
-  usesFallback_ = schemaSupported_;
+  usesFallback_ = schemaSupported_ && !isLateBound_;
   LoadTypes();
   // It is no fault of the file that its types are not there.
   if (!libraryFailure_.empty()) throw libraryFailure_;
 }
 
 void Population::LoadTypes() {
+  if (isLateBound_) return;
   libraryFailure_ = TryLoading([this] { LoadLibrary(GetSchema()); });
 }
 

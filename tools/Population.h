@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "ExpFile.h"
+#include "ExpFixedSchemaFile.h"
 #include "Messages.h"
 
 namespace velmar {
@@ -16,12 +16,15 @@ namespace velmar {
 /// What the commands are told about the reading of a file.
 struct ReadingOptions {
   std::optional<VELMAR::Schema> schema;  ///< the schema to read with, whatever the file says
+  /// The registry name of a schema that has been loaded at run time, to read with it, whatever the file says;
+  /// empty for none.
+  std::string lateBoundSchema;
 };
 
 /// A file that notes, while it is read, which instances it cannot hold. Schema libraries are loaded when it
 /// needs them: that of its schema, and that of the fallback schema when it meets a type that its schema
-/// lacks.
-class Population : public VELMAR::ExpFile {
+/// lacks. A schema that was loaded at run time takes the place of both.
+class Population : public VELMAR::ExpFixedSchemaFile {
  public:
   explicit Population(const ReadingOptions& options = {});
 
@@ -39,6 +42,8 @@ class Population : public VELMAR::ExpFile {
   double ReadingTime() const { return readingTime_; }
   /// The schema as the file names it; empty where it names none.
   const std::string& SchemaOfFile() const { return schemaOfFile_; }
+  /// Whether the schema was loaded at run time.
+  bool IsLateBound() const { return isLateBound_; }
   /// Whether there is a schema library for the schema that the file names, or the user chose a schema.
   bool IsSchemaSupported() const { return schemaSupported_; }
   /// The number of instances.
@@ -47,7 +52,7 @@ class Population : public VELMAR::ExpFile {
   std::size_t WithoutParts() const { return withoutParts_; }
 
   VELMAR::ExpEntity* CreateEntity(const std::string& typeName) override;
-  using VELMAR::ExpFile::AddEntity;
+  using VELMAR::ExpFixedSchemaFile::AddEntity;
   void AddEntity(int number, VELMAR::ExpEntity* entity) override;
   void SetSchemaName(std::string name) override;
   void DeleteEntities() override;
@@ -59,6 +64,7 @@ class Population : public VELMAR::ExpFile {
   template <class Load>
   std::string TryLoading(Load load);
 
+  const bool isLateBound_;
   const bool keepsSchema_;                           // whatever the file says
   std::map<std::string, std::size_t> unknownTypes_;  // how often an instance of a type could not be made
   std::set<int> repeated_;                           // the numbers that were used more than once

@@ -68,7 +68,8 @@ void PrintHeader(Population& file) {
   if (auto* schema = HeaderOf<VELMAR::FILE_SCHEMA>(file, "FILE_SCHEMA"))
     schemas = Text(schema->SchemaIdentifiers());
   PrintRow("schema", schemas);
-  PrintRow("read as", fmt::format("{} ({})", file.GetSchemaName(), ShortName(file.GetSchema())));
+  PrintRow("read as", fmt::format("{} ({})", file.GetSchemaName(),
+                                  file.IsLateBound() ? "EXPRESS" : ShortName(file.GetSchema())));
 }
 
 std::string TypeName(ExpEntity* entity) {

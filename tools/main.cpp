@@ -7,8 +7,10 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
+#include "LateBoundSchema.h"
 #include "Messages.h"
 #include "Schemas.h"
 
@@ -31,12 +33,28 @@ int main(int argc, char** argv) {
   std::string in;
   std::string out;
   std::optional<std::string> schema;
-  const auto addReadingOptions = [&schema](CLI::App* command) {
+  std::string express;
+  std::vector<std::string> includes;
+  const auto addReadingOptions = [&](CLI::App* command) {
+    CLI::Option* named =
+        command
+            ->add_option(
+                "--schema", schema,
+                "Reads the file with this schema, whatever it says itself: AP203, AP203E2, AP214, AP242, "
+                "PLIB, or a name that FILE_SCHEMA may hold. FILE_SCHEMA stays as it is")
+            ->type_name("NAME");
+    CLI::Option* text = command
+                            ->add_option("--express", express,
+                                         "Reads the file with the schema of this EXPRESS text, the last one "
+                                         "in it. FILE_SCHEMA stays as it is")
+                            ->type_name("FILE.exp")
+                            ->excludes(named);
     command
-        ->add_option("--schema", schema,
-                     "Reads the file with this schema, whatever it says itself: AP203, AP203E2, AP214, AP242, "
-                     "PLIB, or a name that FILE_SCHEMA may hold. FILE_SCHEMA stays as it is")
-        ->type_name("NAME");
+        ->add_option("-I,--include", includes,
+                     "Where schemas that the EXPRESS text uses are looked for as NAME.exp")
+        ->type_name("FOLDER")
+        ->allow_extra_args(false)
+        ->needs(text);
   };
   CLI::App* info = app.add_subcommand(
       "info", "Prints the header of a file, its schema, and how many instances of which types it holds");
@@ -64,9 +82,16 @@ int main(int argc, char** argv) {
             fmt::format("there is no schema '{}'; there are: {}", *schema, velmar::SchemaNames()));
       }
     }
+    if (!express.empty()) {
+      options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
+    }
     status = info->parsed() ? velmar::Info(in, options) : velmar::Convert(in, out, options);
   } catch (const CLI::ParseError& error) {
     status = app.exit(error) == 0 ? velmar::kDone : velmar::kCannotRun;
+  } catch (const VELMAR::LateBoundError& error) {
+    if (error.GetMessages().empty()) return velmar::CannotRun(error.what());
+    fmt::print(stderr, "{}\n", error.what());  // each message begins with its place
+    return velmar::kCannotRun;
   } catch (const std::string& error) {
     status = velmar::CannotRun(error);
   } catch (const std::exception& error) {
