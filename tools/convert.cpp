@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <list>
 #include <string>
 #include <system_error>
 
@@ -50,7 +51,10 @@ std::string WhyNotWritten(const Population& file, const Messages& messages, cons
 // Makes every instance writable: what has no value, because the file has none or because it could not be
 // kept, is written `$`. Adds a warning where there is such a value.
 void MarkMissingValues(Population& file, Messages& messages) {
+  std::list<VELMAR::ExpEntity*> header;
+  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"}) file.GetEntities(header, type, false);
   int marked = 0;
+  for (VELMAR::ExpEntity* record : header) marked += VELMAR::MarkUnsetValues(*record);
   for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
     if (VELMAR::ExpEntity* entity = file.GetEntity(number)) marked += VELMAR::MarkUnsetValues(*entity);
   }

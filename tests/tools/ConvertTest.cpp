@@ -313,6 +313,17 @@ TEST_F(Convert, ValuesThatAreMissingAreWrittenAsUnset) {
   EXPECT_THAT(Run("out.stp", "again.stp").err, Not(HasSubstr("error")));
 }
 
+TEST_F(Convert, ValuesThatAreMissingInTheHeaderAreWrittenAsUnset) {
+  std::string text = FileWith(kPoint);
+  const std::string authors = "('A','B')";
+  text.replace(text.find(authors), authors.size(), "(AUTHOR(.NOBODY.))");
+  Write("in.stp", text);
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: warning: 1 missing value written as $\n"));
+  EXPECT_THAT(Read("out.stp"), HasSubstr("FILE_NAME('t.stp', '2026-01-01T00:00:00', ($), ('O'), 'P', 'S', 'Z');\n"));
+}
+
 TEST_F(Convert, AComplexInstanceWithoutAnyKnownPartIsLeftOut) {
   Write("in.stp", FileWith(kPoint + "#2=(MY_PART(1)YOUR_PART(2));\n"));
   const Outcome outcome = Run("in.stp", "out.stp");
