@@ -56,10 +56,7 @@ void Part21Importer::ImportFromStream(std::istream* stream, ExpAbstractObjectPro
   if (length > kMaxLength) {
     throw std::length_error("the input is longer than " + std::to_string(kMaxLength) + " bytes");
   }
-  // Not make_unique: it would write zeros over the block first.
-  std::unique_ptr<unsigned char[]> block(new unsigned char[static_cast<std::size_t>(length) + 1]);
-  stream->read(reinterpret_cast<char*>(block.get()), length);
-  Scanner scanner(std::move(block), static_cast<int>(stream->gcount()));
+  Scanner scanner(*stream, static_cast<int>(length));
   Import(scanner, provider, offset, skipHeader);
 }
 

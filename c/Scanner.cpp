@@ -1,11 +1,13 @@
 #include "Scanner.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <deque>
 #include <functional>
+#include <istream>
 #include <new>
 #include <utility>
 
@@ -498,13 +500,61 @@ class Scanner::Arena {
   std::size_t used_ = 0;
 };
 
+// ------------------------------------------------------------------------------------------- Scanner: std::istream
+
+// The bytes of a seekable stream, of which one block is in memory. Where a stream is shorter than it said, the input ends
+// there.
+class Scanner::StreamBuffer : public Buffer {
+ public:
+  static Buffer* Open(std::istream& stream, int length) {
+    // What UTF8Buffer takes over must be all there is; and nothing may be thrown in the middle of a file.
+    const bool isWhole = length <= kMaxCapacity || stream.exceptions() != std::ios::goodbit || stream.peek() == 0xEF;
+    std::unique_ptr<StreamBuffer> buffer(new StreamBuffer(stream, length, isWhole ? length : kMaxCapacity));
+    buffer->Load(0);
+    return buffer.release();
+  }
+
+  ~StreamBuffer() override {
+    if (input_.good() && next_ != streamLength_) input_.seekg(streamLength_);
+  }
+
+  void SetPos(int value) override {
+    const bool isElsewhere = value < start_ || value - start_ >= length_;
+    if (isElsewhere && value >= 0 && value < fileLength_) Load(value);
+    Buffer::SetPos(value);
+  }
+
+ private:
+  // Not from make_unique, which would write zeros over the block first.
+  StreamBuffer(std::istream& stream, int length, int capacity)
+      : Buffer(std::unique_ptr<unsigned char[]>(new unsigned char[static_cast<std::size_t>(capacity) + 1]), 0),
+        input_(stream),
+        streamLength_(length) {
+    capacity_ = capacity;
+    fileLength_ = length;
+  }
+
+  void Load(int position) {
+    if (position != next_) input_.seekg(position);
+    input_.read(reinterpret_cast<char*>(data_), std::min(capacity_, fileLength_ - position));
+    length_ = static_cast<int>(input_.gcount());
+    data_[length_] = 0;
+    start_ = position;
+    index_ = 0;
+    next_ = position + length_;
+    if (!input_) fileLength_ = next_;
+  }
+
+  std::istream& input_;
+  int streamLength_;
+  int next_ = 0;  // the stream's position
+};
+
 // ------------------------------------------------------------------------------------------- Scanner: life and tokens
 
 Scanner::Scanner(const unsigned char* buf, int len) : buffer_(new Buffer(buf, len)) { Init(); }
 
-Scanner::Scanner(std::unique_ptr<unsigned char[]> block, int len) : buffer_(new Buffer(std::move(block), len)) {
-  Init();
-}
+Scanner::Scanner(std::istream& stream, int len) : buffer_(StreamBuffer::Open(stream, len)) { Init(); }
 
 Scanner::Scanner(FILE* s) : buffer_(new Buffer(s, true)) { Init(); }
 
@@ -741,7 +791,7 @@ wchar_t* Scanner::GetString(int beg, int end) {
 
 // Makes the text of a token independent of the buffer's array, which another block is about to fill.
 void Scanner::Keep(Lexeme& lexeme) {
-  if (buffer_->stream_ == nullptr || lexeme.text == lexeme.kept.data()) return;
+  if (buffer_->HoldsAll() || lexeme.text == lexeme.kept.data()) return;
   lexeme.kept.assign(lexeme.text, lexeme.length);
   lexeme.text = lexeme.kept.data();
 }

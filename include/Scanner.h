@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <iosfwd>
 #include <memory>
 #include <string>
 
@@ -85,6 +86,8 @@ class VELMAR_API Buffer {
   Buffer(std::unique_ptr<unsigned char[]> block, int len);
   int ReadNextStreamChunk();
   bool CanSeek();
+  /// Whether the array holds the whole input and stays as it is.
+  bool HoldsAll() const { return stream_ == nullptr && start_ == 0 && length_ == fileLength_; }
 
   static constexpr int kMinCapacity = 1024;
   static constexpr int kMaxCapacity = 64 * 1024;
@@ -244,8 +247,10 @@ class VELMAR_API Scanner {
   };
   class Arena;
 
-  /// Takes over a block of `len` + 1 bytes.
-  Scanner(std::unique_ptr<unsigned char[]> block, int len);
+  class StreamBuffer;
+
+  /// Scans the first `len` bytes of a stream, which stays the caller's and is left behind them.
+  Scanner(std::istream& stream, int len);
 
   void Init();
   void SkipByteOrderMark();

@@ -294,6 +294,111 @@ TEST(Part21Importer, AnExceptionLeavesTheImportAndTheImporterServesOn) {
   EXPECT_EQ(Population(provider), kPopulation);
 }
 
+// A text that is longer than what is read at a time, with `blanks` in front of its records.
+std::string LongText(int blanks) {
+  std::string text = "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('TEST'));\nENDSEC;\nDATA;\n" + std::string(blanks, ' ');
+  for (int i = 1; i < 3000; ++i) {
+    text += "#" + std::to_string(i) + "=NODE('a text with ''apostrophes''',#1,(#22,L('x'),-12.5E-3),$);/* c */\r\n";
+  }
+  return text + "ENDSEC;\nEND-ISO-10303-21;\n";
+}
+
+TEST(Part21Importer, ATokenOfAStreamMayCrossWhatIsReadAtATime) {
+  for (int blanks = 0; blanks < 90; ++blanks) {  // more than a record has characters
+    std::istringstream in(LongText(blanks));
+    TestProvider provider;
+    CapturedLog log;
+    Part21Importer().ImportFromStream(&in, &provider, 0);
+    ASSERT_THAT(log.lines, IsEmpty()) << blanks;
+    ASSERT_EQ(provider.GetMaxEntityNumber(), 2999) << blanks;
+    for (int number = 1; number < 3000; ++number) {
+      ASSERT_EQ(provider.GetEntity(number)->ToString(),
+                "#" + std::to_string(number) + " = NODE('a text with ''apostrophes''', #1, (#22, L('x'), -0.0125), $);")
+          << blanks;
+    }
+  }
+}
+
+TEST(Part21Importer, PlacesInALongStreamAreThoseOfTheFile) {
+  std::string text = LongText(0);
+  text.replace(text.rfind("$);"), 3, "?);");
+  std::istringstream in(text);
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_THAT(log.lines, ElementsAre("-- line 3004 col 67: invalid parameterArg"));
+}
+
+TEST(Part21Importer, TheHeaderOfALongStreamMayBeLongerThanWhatIsReadAtATime) {
+  std::string authors = "'a'";
+  for (int i = 0; i < 30000; ++i) authors += ",'author'";
+  std::string text = LongText(0);
+  text.insert(text.find("FILE_SCHEMA"), "FILE_NAME('n','t',(" + authors + "),('o'),'p','s','a');\n");
+  std::istringstream in(text);
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_THAT(log.lines, IsEmpty());
+  EXPECT_EQ(provider.GetMaxEntityNumber(), 2999);
+}
+
+TEST(Part21Importer, AStreamIsLeftAtItsEnd) {
+  for (const std::string& behind : {std::string(), std::string("what follows"), std::string(200000, ';')}) {
+    for (const std::string& text : {std::string(kText), LongText(0)}) {
+      std::istringstream in(text + behind);
+      TestProvider provider;
+      CapturedLog log;
+      Part21Importer().ImportFromStream(&in, &provider, 0);
+      EXPECT_TRUE(in.good());
+      EXPECT_EQ(in.tellg(), static_cast<std::streamoff>((text + behind).size()));
+    }
+  }
+}
+
+// Says that it is longer than it is.
+class ShortBuffer : public std::stringbuf {
+ public:
+  explicit ShortBuffer(const std::string& text) : std::stringbuf(text, std::ios::in) {}
+
+ private:
+  pos_type seekoff(off_type offset, std::ios::seekdir direction, std::ios::openmode mode) override {
+    const pos_type position = std::stringbuf::seekoff(offset, direction, mode);
+    return direction == std::ios::beg ? position : position + off_type(100000);
+  }
+};
+
+TEST(Part21Importer, AStreamThatIsShorterThanItSaysIsReadToItsEnd) {
+  for (const std::string& text : {std::string(kText), LongText(0)}) {
+    ShortBuffer buffer(text);
+    std::istream in(&buffer);
+    TestProvider provider;
+    CapturedLog log;
+    Part21Importer().ImportFromStream(&in, &provider, 0);
+    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_EQ(provider.GetMaxEntityNumber(), text == kText ? 2 : 2999);
+  }
+}
+
+TEST(Part21Importer, AStreamThatThrowsDoesSoBeforeAnythingIsCreated) {
+  ShortBuffer buffer(LongText(0));
+  std::istream in(&buffer);
+  in.exceptions(std::ios::failbit | std::ios::badbit);
+  TestProvider provider;
+  EXPECT_THROW(Part21Importer().ImportFromStream(&in, &provider, 0), std::ios::failure);
+  EXPECT_THAT(provider.askedTypes, IsEmpty());
+}
+
+TEST(Part21Importer, ALongStreamThatBeginsWithTheByteOrderMarkIsReadAsUtf8) {
+  std::string text = std::string(reading::kByteOrderMark) + LongText(0);
+  text.replace(text.rfind("apostrophes"), 11, "\xC3\xA9");
+  std::istringstream in(text);
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_EQ(provider.GetEntity(2999)->ToString(),
+            "#2999 = NODE('a text with ''\\X\\E9''', #1, (#22, L('x'), -0.0125), $);");
+}
+
 TEST(Part21Importer, ImportFromFileAloneMakesAFile) {
   TemporaryFile file(
       "ISO-10303-21;HEADER;FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));ENDSEC;DATA;#1=EMPTY();ENDSEC;END-ISO-10303-"
