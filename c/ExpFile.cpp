@@ -13,6 +13,7 @@
 #include <streambuf>
 #include <system_error>
 
+#include "AddOwned.h"
 #include "ExpLogging.h"
 #include "ExpRuntimeRegistry.h"
 #include "ExpUtilities.h"
@@ -292,7 +293,7 @@ void FillIfEmpty(ExpEntity& entity, const std::string& attribute, const std::str
     ClearFlags(*string);
   } else if (auto* list = dynamic_cast<ExpAggregation*>(value)) {
     if (list->NofElements() != 0) return;
-    list->AddValue(new ExpString(text));
+    AddOwned(*list, std::make_unique<ExpString>(text));
     ClearFlags(*list);
   }
 }

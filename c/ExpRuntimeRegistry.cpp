@@ -73,14 +73,19 @@ ExpEntityRuntimeType::~ExpEntityRuntimeType() {
 }
 
 ExpEntity* ExpEntityRuntimeType::CreateInstance(int adminId) {
-  ExpEntity* entity = factory_();
+  std::unique_ptr<ExpEntity> entity(factory_());
   if (entity == nullptr) return nullptr;
   entity->runtimeType_ = this;
-  if (adminId < 0) return entity;
-  std::list<ExpEntity*>*& instances = (*instanceLists_)[static_cast<unsigned int>(adminId)];
-  if (instances == nullptr) instances = new std::list<ExpEntity*>;
-  instances->push_back(entity);
-  return entity;
+  if (adminId >= 0) {
+    auto found = instanceLists_->find(static_cast<unsigned int>(adminId));
+    if (found == instanceLists_->end()) {
+      auto instances = std::make_unique<std::list<ExpEntity*>>();
+      found = instanceLists_->emplace(static_cast<unsigned int>(adminId), instances.get()).first;
+      instances.release();
+    }
+    found->second->push_back(entity.get());
+  }
+  return entity.release();
 }
 
 std::list<ExpEntity*>* ExpEntityRuntimeType::GetInstanceList(unsigned int adminId) {
@@ -196,9 +201,8 @@ ExpEntityRuntimeType* ExpRuntimeRegistry::GetEntityRuntimeType(const std::string
 
 void ExpRuntimeRegistry::DeleteAllInstances(unsigned int adminId) {
   for (const auto& [name, definitions] : *typesByName_) {
-    std::vector<ExpRuntimeType*> types;
-    definitions->GetTypes(types);
-    for (ExpRuntimeType* type : types) {
+    // Not through a list of them: this is how memory is given back when there is none left.
+    for (const auto& [schema, type] : *definitions->types_) {
       if (auto* entityType = dynamic_cast<ExpEntityRuntimeType*>(type)) entityType->DeleteInstanceList(adminId);
     }
   }

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "AddOwned.h"
 #include "ExpLogging.h"
 
 namespace VELMAR {
@@ -153,9 +154,7 @@ double RealOf(const char* begin, const char* end) {
 template <class Value, class... Arguments>
 Value* AddElement(ExpAttribute* aggregate, Arguments&&... arguments) {
   if (aggregate == nullptr) return nullptr;
-  auto value = std::make_unique<Value>(std::forward<Arguments>(arguments)...);
-  aggregate->AddValue(value.get());
-  return value.release();
+  return AddOwned(*aggregate, std::make_unique<Value>(std::forward<Arguments>(arguments)...));
 }
 
 int Sum(int number, int offset) {
@@ -256,10 +255,8 @@ void Parser::headerSection() {
   const int end = t_->pos + 1;
   Expect(Token::EndSec);
   if (!isThere) return;
-  wchar_t* text = scanner_->GetString(begin, end);
-  headerText_ = std::string();
-  for (const wchar_t* c = text; *c != L'\0'; ++c) headerText_ += static_cast<char>(*c);
-  coco_string_delete(text);
+  const std::unique_ptr<wchar_t[]> text(scanner_->GetString(begin, end));
+  headerText_ = Narrow(text.get());
 }
 
 // headerEntityList = headerEntity { headerEntity } .
@@ -525,8 +522,7 @@ void Parser::endLevel() {
   std::unique_ptr<ExpSelect> made = std::move(levels_.back().made);
   levels_.pop_back();
   if (made == nullptr) return;
-  levels_.back().target->AddValue(made.get());
-  made.release();
+  AddOwned(*levels_.back().target, std::move(made));
 }
 
 // untypedParameter  = INTEGER | REAL | ENTITYINSTANCENAME | STRING | BINARY | "$" | enumeration | list .

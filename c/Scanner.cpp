@@ -559,30 +559,23 @@ Scanner::Scanner(std::istream& stream, int len) : buffer_(StreamBuffer::Open(str
 Scanner::Scanner(FILE* s) : buffer_(new Buffer(s, true)) { Init(); }
 
 Scanner::Scanner(const wchar_t* fileName) {
-  char* name = coco_string_create_char(fileName);
-  FILE* file = std::fopen(name, "rb");
-  if (file == nullptr) EndProcess(std::string("--- Cannot open file ") + name + "\n");
-  coco_string_delete(name);
-  buffer_ = new Buffer(file, false);
+  const std::unique_ptr<char[]> name(coco_string_create_char(fileName));
+  std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(name.get(), "rb"), std::fclose);
+  if (file == nullptr) EndProcess(std::string("--- Cannot open file ") + name.get() + "\n");
+  buffer_.reset(new Buffer(file.get(), false));
+  file.release();
   Init();
 }
 
-Scanner::~Scanner() {
-  delete arena_;
-  delete keywords_;
-  delete start_;
-  delete buffer_;
-}
+Scanner::~Scanner() = default;
 
 void Scanner::Init() {
-  start_ = new StartStates;
   for (const StartRange& range : kStartRanges) {
-    for (int character = range.first; character <= range.last; ++character) start_->set(character, range.state);
+    for (int character = range.first; character <= range.last; ++character) start_.set(character, range.state);
   }
-  for (int character = 0; character < 256; ++character) firstState_[character] = start_->state(character);
-  keywords_ = new KeywordMap;
-  keywords_->set(L"ENDSCOPE", Token::EndScope);
-  arena_ = new Arena;
+  for (int character = 0; character < 256; ++character) firstState_[character] = start_.state(character);
+  keywords_.set(L"ENDSCOPE", Token::EndScope);
+  arena_.reset(new Arena);
   OpenWindow();
   if (Ch() == 0xEF) SkipByteOrderMark();
   tokens_ = peeked_ = CreateToken();
@@ -594,9 +587,7 @@ void Scanner::SkipByteOrderMark() {
     Take();
   }
   CloseWindow();
-  Buffer* bytes = buffer_;
-  buffer_ = new UTF8Buffer(bytes);
-  delete bytes;
+  buffer_.reset(new UTF8Buffer(buffer_.get()));
   OpenWindow();
   utf8_ = true;
   lineStart_ = Position();
@@ -842,7 +833,7 @@ const Scanner::Lexeme& Scanner::NextToken() {
     textBegin_ = cur_;
     inText_ = true;
     const int first = ended_ ? Buffer::EoF : Ch();
-    const int state = first < 256 ? firstState_[first] : start_->state(first);
+    const int state = first < 256 ? firstState_[first] : start_.state(first);
     if (state >= kOneCharacter) {
       Take();
       lexeme.kind = state - kOneCharacter;
@@ -1013,7 +1004,7 @@ int Scanner::ScanIdentifier(int state) {
       for (std::size_t i = 0; i < kKeywordLength; ++i) {
         key[i] = i < kept.size() ? kept[i] : textBegin_[i - kept.size()];
       }
-      return keywords_->get(key, Token::Ident);
+      return keywords_.get(key, Token::Ident);
     }
     default:
       return Token::Ident;

@@ -5,11 +5,13 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <typeinfo>
 #include <utility>
 
+#include "AddOwned.h"
 #include "ExpEntityVisitor.h"
 #include "ExpLogging.h"
 #include "ExpRuntimeRegistry.h"
@@ -279,9 +281,9 @@ void ExpSelect::SetExpString(std::string stepText) {
 void ExpSelect::SetExpLink(int number) { Select(new ExpLink(number), &ExpSelect::isLink_); }
 
 void ExpSelect::SetExpEnumeration(const std::string& name) {
-  auto* value = new ExpEnumeration;
+  auto value = std::make_unique<ExpEnumeration>();
   value->SetExpEnumeration(name);
-  Select(value, &ExpSelect::isEnumeration_);
+  Select(value.release(), &ExpSelect::isEnumeration_);
 }
 
 void ExpSelect::AddValue(ExpAttribute* value) {
@@ -659,11 +661,11 @@ void ExpExternalMappingEntity::SolveEntities() {
 namespace {
 
 // A copy of a value that is no aggregate, as an element; null for the kinds that are not copied.
-ExpAttribute* CopyOfElement(ExpAttribute* source) {
-  if (auto* real = dynamic_cast<ExpReal*>(source)) return new ExpReal(real->GetExpReal());
-  if (auto* link = dynamic_cast<ExpLink*>(source)) return new ExpLink(link->GetExpLink());
-  if (auto* integer = dynamic_cast<ExpInteger*>(source)) return new ExpInteger(integer->GetExpInteger());
-  if (auto* string = dynamic_cast<ExpString*>(source)) return new ExpString(string->GetExpString());
+std::unique_ptr<ExpAttribute> CopyOfElement(ExpAttribute* source) {
+  if (auto* real = dynamic_cast<ExpReal*>(source)) return std::make_unique<ExpReal>(real->GetExpReal());
+  if (auto* link = dynamic_cast<ExpLink*>(source)) return std::make_unique<ExpLink>(link->GetExpLink());
+  if (auto* integer = dynamic_cast<ExpInteger*>(source)) return std::make_unique<ExpInteger>(integer->GetExpInteger());
+  if (auto* string = dynamic_cast<ExpString*>(source)) return std::make_unique<ExpString>(string->GetExpString());
   return nullptr;
 }
 
@@ -703,14 +705,14 @@ void ExpExternalMappingEntity::HandleParams(ExpAttribute* target, ExpAttribute* 
 
   const auto append = [](ExpAggregation* list, ExpAttribute* value) {
     if (auto* item = dynamic_cast<ExpEnumeration*>(value)) {
-      auto* copy = new ExpEnumeration;
+      auto copy = std::make_unique<ExpEnumeration>();
       copy->name_ = item->GetExpEnumerationString();
       copy->value_ = item->GetExpEnumeration();
       copy->SetOmitted(item->IsOmitted());
       copy->SetNotProvided(item->IsNotProvided());
-      list->AddValue(copy);
-    } else if (ExpAttribute* element = CopyOfElement(value)) {
-      list->AddValue(element);
+      AddOwned(*list, std::move(copy));
+    } else if (std::unique_ptr<ExpAttribute> element = CopyOfElement(value)) {
+      AddOwned(*list, std::move(element));
     }
   };
   if (sourceList == nullptr) {
@@ -736,9 +738,7 @@ void ExpExternalMappingEntity::HandleParams(ExpAttribute* target, ExpAttribute* 
     }
     ExpAttribute* element = *level.next++;
     if (auto* nested = dynamic_cast<ExpAggregation*>(element)) {
-      auto* copy = new ExpAggregation;
-      level.to->AddValue(copy);
-      begin(nested, copy);
+      begin(nested, AddOwned(*level.to, std::make_unique<ExpAggregation>()));
     } else {
       append(level.to, element);
     }

@@ -107,6 +107,7 @@ class VELMAR_API ExpRuntimeTypeVector {
   void GetTypes(std::vector<ExpRuntimeType*>& out);
 
  private:
+  friend class ExpRuntimeRegistry;
   std::map<std::string, ExpRuntimeType*>* types_;
 };
 

@@ -298,7 +298,7 @@ class VELMAR_API Scanner {
   void AppendVal(Token* token, const Lexeme& lexeme);
   void CreateHeapBlock();
 
-  Buffer* buffer_;
+  std::unique_ptr<Buffer> buffer_;
   const unsigned char* cur_ = nullptr;        // the current character
   const unsigned char* end_ = nullptr;        // a zero stands here
   const unsigned char* textBegin_ = nullptr;  // where the part of the token's text begins that is not kept elsewhere
@@ -311,10 +311,10 @@ class VELMAR_API Scanner {
   Lexeme lexemes_[2];
   int lexeme_ = 0;     // the one last read; the other one is being read or about to be
 
-  StartStates* start_;
-  KeywordMap* keywords_;
+  StartStates start_;
+  KeywordMap keywords_;
   int firstState_[256];  // start_ for bytes
-  Arena* arena_;
+  std::unique_ptr<Arena> arena_;
   Token* tokens_ = nullptr;  // the token last scanned
   Token* peeked_ = nullptr;  // the token last peeked or scanned
 };
