@@ -1,12 +1,19 @@
-// Measures reading and writing, as a whole and in parts.
+// Measures reading and writing, as a whole and in parts, and the loading of schema libraries.
 //
 //   velmar_bench [--file=PATH | --megabytes=N] [options of the benchmark library]
+//   velmar_bench --load=SCHEMA
 //
+// The second form is what the first runs for each measurement of loading: it prints how many nanoseconds that took.
 // Without a file, the population is made in memory: the instances of the bundled sample again and again,
 // renumbered, until there are 20 MB or what --megabytes says. VELMAR_BENCH_FILE names a file, too.
 #include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -14,10 +21,11 @@
 #include <list>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 
-#include "AutomotiveDesign.h"
+#include "BundledSchemas.h"
 #include "ExpFile.h"
 #include "LateBoundFile.h"
 #include "Parser.h"
@@ -160,6 +168,65 @@ void FindPoints(benchmark::State& state) {
 }
 BENCHMARK(FindPoints)->Unit(benchmark::kMillisecond);
 
+// Loads the library of a schema and registers its types; prints how many nanoseconds that took.
+int LoadOnce(const char* schema) {
+  const auto begin = std::chrono::steady_clock::now();
+  VELMAR::LoadBundledSchema(schema);
+  const auto end = std::chrono::steady_clock::now();
+  std::cout << std::chrono::duration_cast<std::chrono::nanoseconds>(end - begin).count() << std::endl;
+  return 0;
+}
+
+// What this program prints when it loads a schema library in a process of its own; 0 where that fails.
+double LoadingNanoseconds(const std::string& schema) {
+  int ends[2];
+  if (pipe(ends) != 0) return 0;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+  posix_spawn_file_actions_addclose(&actions, ends[0]);
+  posix_spawn_file_actions_addclose(&actions, ends[1]);
+  std::string program = "velmar_bench";
+  std::string option = "--load=" + schema;
+  char* arguments[] = {program.data(), option.data(), nullptr};
+  pid_t child = 0;
+  const int error = posix_spawn(&child, "/proc/self/exe", &actions, nullptr, arguments, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(ends[1]);
+  double nanoseconds = 0;
+  if (error == 0) {
+    char text[32] = "";
+    const ssize_t length = read(ends[0], text, sizeof text - 1);
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (length > 0 && status == 0) nanoseconds = std::strtod(text, nullptr);
+  }
+  close(ends[0]);
+  return nanoseconds;
+}
+
+// Loading and registration, in a fresh process each time; the library's file is in the system's cache.
+void LoadSchema(benchmark::State& state, const std::string& schema) {
+  for (auto _ : state) {
+    const double nanoseconds = LoadingNanoseconds(schema);
+    if (nanoseconds <= 0) {
+      state.SkipWithError("the library cannot be loaded");
+      break;
+    }
+    state.SetIterationTime(nanoseconds / 1e9);
+  }
+}
+
+void RegisterLoading() {
+  for (const char* schema : {"CONFIG_CONTROL_DESIGN", "AP203_E2", "AUTOMOTIVE_DESIGN", "AP242",
+                             "ISO13584_25_IEC61360_5_LIBRARY_IMPLICIT_SCHEMA", "STEP_IR_AIC"}) {
+    if (!VELMAR::IsBundledSchema(schema)) continue;
+    benchmark::RegisterBenchmark((std::string("LoadSchema/") + schema).c_str(), LoadSchema, std::string(schema))
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::ostringstream contents;
@@ -209,6 +276,10 @@ const char* ValueOf(const char* argument, const char* option) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2) {
+    if (const char* schema = ValueOf(argv[1], "--load=")) return LoadOnce(schema);
+  }
+  RegisterLoading();
   benchmark::Initialize(&argc, argv);
   const char* path = std::getenv("VELMAR_BENCH_FILE");
   std::size_t megabytes = 20;
@@ -223,7 +294,7 @@ int main(int argc, char** argv) {
     }
   }
 
-  VELMAR::AutomotiveDesign::Load();
+  VELMAR::LoadBundledSchema("AUTOMOTIVE_DESIGN");
   text = path != nullptr ? ReadFile(path) : MadeOfTheSample(megabytes);
   if (text.empty()) {
     std::cerr << "nothing to measure\n";

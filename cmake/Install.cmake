@@ -8,18 +8,11 @@ if(TARGET velmar)
   install(TARGETS velmar RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
-# An installed library finds its neighbours beside it. Users link Velmar::Velmar and, say, Velmar::AutomotiveDesign.
+# Users link Velmar::Velmar and, say, Velmar::AutomotiveDesign.
 set(velmar_components "")
-if(TARGET VelmarLateBound)
-  set_target_properties(VelmarLateBound PROPERTIES EXPORT_NAME LateBound INSTALL_RPATH "\$ORIGIN")
-  add_library(Velmar::LateBound ALIAS VelmarLateBound)
-  list(APPEND velmar_components LateBound)
-endif()
-foreach(schema IN LISTS VELMAR_SCHEMAS)
-  if(TARGET Velmar${schema})
-    set_target_properties(Velmar${schema} PROPERTIES EXPORT_NAME ${schema} INSTALL_RPATH "\$ORIGIN")
-    add_library(Velmar::${schema} ALIAS Velmar${schema})
-    list(APPEND velmar_components ${schema})
+foreach(component IN ITEMS LateBound ${VELMAR_SCHEMAS})
+  if(TARGET Velmar${component})
+    list(APPEND velmar_components ${component})
   endif()
 endforeach()
 
@@ -32,7 +25,9 @@ configure_package_config_file(
 )
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/VelmarConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(
-  FILES ${CMAKE_BINARY_DIR}/VelmarConfig.cmake ${CMAKE_BINARY_DIR}/VelmarConfigVersion.cmake
+  FILES
+    ${CMAKE_BINARY_DIR}/VelmarConfig.cmake ${CMAKE_BINARY_DIR}/VelmarConfigVersion.cmake
+    cmake/VelmarSchema.cmake cmake/SchemaLibrary.map
   DESTINATION ${velmar_package_dir}
 )
 

@@ -20,7 +20,7 @@ std::string LowerCase(std::string text) {
 }
 
 // By lower-case name, the files NAME.exp of the folders, in the order of the folders.
-std::map<std::string, std::vector<std::string>> FilesOf(const std::vector<std::string>& folders) {
+std::map<std::string, std::vector<std::string>> FilesIn(const std::vector<std::string>& folders) {
   std::map<std::string, std::vector<std::string>> files;
   for (const std::string& folder : folders) {
     std::map<std::string, std::vector<std::string>> found;
@@ -43,7 +43,7 @@ std::size_t LoadFiles(Model& model, const std::vector<std::string>& files,
                       const std::vector<std::string>& searchPath, Diagnostics& diagnostics) {
   for (const std::string& file : files) ParseFile(model, SourceFile::Read(file), diagnostics);
   const std::size_t given = model.schemas.size();
-  const auto candidates = FilesOf(searchPath);
+  const auto candidates = FilesIn(searchPath);
   std::set<std::string> tried;
   // The files read here may interface further schemas.
   for (std::size_t i = 0; i < model.schemas.size(); ++i) {
@@ -64,6 +64,15 @@ std::size_t LoadFiles(Model& model, const std::vector<std::string>& files,
   }
   Resolve(model, diagnostics);
   return given;
+}
+
+std::vector<std::string> FilesOf(const Model& model) {
+  std::vector<std::string> files;
+  for (const auto& schema : model.schemas) {
+    const std::string& name = schema->name.where.file->Name();
+    if (std::find(files.begin(), files.end(), name) == files.end()) files.push_back(name);
+  }
+  return files;
 }
 
 }  // namespace VELMAR::Express

@@ -18,4 +18,7 @@ namespace VELMAR::Express {
 std::size_t LoadFiles(Model& model, const std::vector<std::string>& files,
                       const std::vector<std::string>& searchPath, Diagnostics& diagnostics);
 
+/// The names of the files that the schemas of the model come from, each once, in the order of the schemas.
+std::vector<std::string> FilesOf(const Model& model);
+
 }  // namespace VELMAR::Express

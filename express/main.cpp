@@ -35,6 +35,8 @@ struct Options {
   std::vector<std::string> files;
   std::vector<std::string> searchPath;
   std::string outputDirectory = ".";
+  std::string depfile;
+  std::string depfileTarget;
   std::string registryName;
   std::string schemaName;
   int parts = 8;
@@ -124,6 +126,24 @@ void WriteWhereChanged(const std::filesystem::path& path, const std::string& tex
   if (!out) throw std::system_error(errno, std::generic_category(), path.string());
 }
 
+// A file name as a rule of a makefile has it.
+std::string InRule(const std::string& name) {
+  std::string result;
+  for (const char c : name) {
+    if (c == ' ' || c == '#') result += '\\';
+    if (c == '$') result += '$';
+    result += c;
+  }
+  return result;
+}
+
+// The rule that says which texts were read, for the tool that builds.
+std::string DependencyRule(const std::string& target, const Model& model) {
+  std::string rule = InRule(target) + ':';
+  for (const std::string& file : FilesOf(model)) rule += " \\\n  " + InRule(file);
+  return rule + '\n';
+}
+
 int Generate(const Options& options) {
   Loaded loaded;
   if (!Load(options, loaded)) return kSchemaErrors;
@@ -142,6 +162,9 @@ int Generate(const Options& options) {
   std::filesystem::create_directories(options.outputDirectory);
   for (const GeneratedFile& file : WriteCpp(model, *schema, cpp)) {
     WriteWhereChanged(std::filesystem::path(options.outputDirectory) / file.name, file.text);
+  }
+  if (!options.depfile.empty()) {
+    WriteWhereChanged(options.depfile, DependencyRule(options.depfileTarget, model));
   }
   return kGood;
 }
@@ -206,6 +229,10 @@ int Run(int argc, char** argv) {
   generate->add_option("--parts", options.parts, "Into how many .cpp files the classes go")
       ->check(CLI::Range(1, 999))
       ->capture_default_str();
+  CLI::Option* depfile = generate->add_option(
+      "--depfile", options.depfile, "Writes a makefile rule there that says which EXPRESS files were read");
+  depfile->needs(
+      generate->add_option("--depfile-target", options.depfileTarget, "The target of that rule")->needs(depfile));
   AddSearchPath(*generate, options);
   generate->footer(kExitStatus);
 

@@ -41,13 +41,13 @@ std::string RegistryName(Schema schema) {
   return ExpRuntimeRegistry::GetInstance()->EvalRegisteredSchema(schema);
 }
 
-// The schemas that there are libraries of: "first (second), ...", in columns of the table.
+// The schemas that there are libraries of: "first (second), ...", in columns of the table; "none" in a build without.
 std::string Listed(const char* Row::*first, const char* Row::*second) {
   std::vector<std::string> names;
   for (const Row& row : Rows()) {
     if (HasLibrary(row.schema)) names.push_back(fmt::format("{} ({})", row.*first, row.*second));
   }
-  return fmt::format("{}", fmt::join(names, ", "));
+  return names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "));
 }
 
 }  // namespace

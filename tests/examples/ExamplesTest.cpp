@@ -123,4 +123,15 @@ INSTANTIATE_TEST_SUITE_P(Every, ExampleUsage,
                          testing::Values("read_and_list", "edit_and_write", "build_from_nothing",
                                          "dump_instance", "log_to_file", "late_binding"));
 
+TEST(Examples, OwnSchema) {
+  const Outcome outcome = RunProgram({Example("list_tools"), SOURCE_FOLDER "/examples/own_schema/tools.stp"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out,
+            "D-6.8: 6.8 mm, coating TITANIUM_NITRIDE, in A1, left\n"
+            "D-5.0: 5 mm, coating NONE, in A1, left\n"
+            "S-12.4: 12.4 mm, in A2\n"
+            "D-1.2: 1.2 mm, coating DIAMOND, not put away\n");
+  EXPECT_EQ(RunProgram({Example("list_tools"), "missing.stp"}).status, 1);
+}
+
 }  // namespace

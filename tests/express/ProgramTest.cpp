@@ -161,9 +161,27 @@ TEST_F(Program, FilesAreLeftAloneUnlessTheirTextChanges) {
   EXPECT_THAT(Content("Good_1.cpp"), StartsWith("// Generated"));
 }
 
+TEST_F(Program, DepfileNamesTheTextsThatWereRead) {
+  fs::create_directories(folder_ / "more # texts");
+  Write("main.exp", "SCHEMA main; USE FROM one; END_SCHEMA; SCHEMA other; END_SCHEMA;");
+  Write("more # texts/one.exp", "SCHEMA one; USE FROM two; END_SCHEMA;");
+  Write("more # texts/two.exp", "SCHEMA two; ENTITY e; END_ENTITY; END_SCHEMA;");
+  Write("more # texts/three.exp", "SCHEMA three; END_SCHEMA;");
+  ASSERT_EQ(Run("generate main.exp -I 'more # texts' --depfile d --depfile-target 'a $ stamp'"), 0);
+  EXPECT_EQ(Content("d"),
+            "a\\ $$\\ stamp: \\\n  main.exp \\\n  more\\ \\#\\ texts/one.exp \\\n  more\\ \\#\\ texts/two.exp\n");
+}
+
+TEST_F(Program, DepfileAndItsTargetComeTogether) {
+  EXPECT_EQ(Run("generate good.exp --depfile d"), 2);
+  EXPECT_EQ(Run("generate good.exp --depfile-target t"), 2);
+  EXPECT_FALSE(fs::exists(folder_ / "d"));
+}
+
 TEST_F(Program, NothingIsWrittenForASchemaWithErrors) {
-  EXPECT_EQ(Run("generate bad.exp --output-dir out"), 1);
+  EXPECT_EQ(Run("generate bad.exp --output-dir out --depfile d --depfile-target t"), 1);
   EXPECT_FALSE(fs::exists(folder_ / "out"));
+  EXPECT_FALSE(fs::exists(folder_ / "d"));
 }
 
 TEST_F(Program, FolderThatCannotBeWrittenIsReported) {

@@ -4,21 +4,29 @@ file(REMOVE_RECURSE ${WORK_DIR})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --config ${CONFIG} --prefix ${WORK_DIR}/installed)
 file(RENAME ${WORK_DIR}/installed ${prefix})
 
-foreach(file IN ITEMS
-    bin/velmar
-    bin/velmar-express
-    include/velmar/ExpFile.h
-    include/velmar/AutomotiveDesign.h
-    include/velmar/LateBoundFile.h
-    ${LIBDIR}/libVelmar_3.1.so
-    ${LIBDIR}/libVelmarLateBound_3.1.so
-    ${LIBDIR}/libVelmarAutomotiveDesign_3.1.so
-    ${LIBDIR}/cmake/Velmar/VelmarConfig.cmake
-    ${LIBDIR}/pkgconfig/velmar.pc
-    ${LIBDIR}/pkgconfig/velmar-late-bound.pc
-    ${LIBDIR}/pkgconfig/velmar-automotive-design.pc
-    share/velmar/schemas/automotive_design.exp
-  )
+set(files
+  bin/velmar-express
+  include/velmar/ExpFile.h
+  ${LIBDIR}/libVelmar_3.1.so
+  ${LIBDIR}/cmake/Velmar/VelmarConfig.cmake
+  ${LIBDIR}/cmake/Velmar/VelmarSchema.cmake
+  ${LIBDIR}/pkgconfig/velmar.pc
+  ${LIBDIR}/pkgconfig/velmar-late-bound.pc
+  include/velmar/LateBoundFile.h
+)
+if(HAS_PROGRAM)
+  list(APPEND files bin/velmar)
+endif()
+foreach(component IN LISTS COMPONENTS)
+  list(APPEND files ${LIBDIR}/libVelmar${component}_3.1.so)
+  if(NOT component STREQUAL LateBound)
+    list(APPEND files include/velmar/${component}.h)
+  endif()
+endforeach()
+if("AutomotiveDesign" IN_LIST COMPONENTS)
+  list(APPEND files ${LIBDIR}/pkgconfig/velmar-automotive-design.pc share/velmar/schemas/automotive_design.exp)
+endif()
+foreach(file IN LISTS files)
   if(NOT EXISTS ${prefix}/${file})
     message(FATAL_ERROR "${file} was not installed")
   endif()
