@@ -46,7 +46,7 @@ std::list<ExpAttribute*>* ElementsOf(ExpAttribute* value) {
 
 // ---------------------------------------------------------------------------------------------------- ExpAttribute
 
-ExpAttribute::ExpAttribute() : notProvided_(false), omitted_(false) {}
+ExpAttribute::ExpAttribute() noexcept : notProvided_(false), omitted_(false) {}
 ExpAttribute::~ExpAttribute() = default;
 
 void ExpAttribute::SetNotProvided(bool notProvided) { notProvided_ = notProvided; }
@@ -68,7 +68,7 @@ void ExpAttribute::Accept(ExpAttributeVisitor*) {}
 
 // --------------------------------------------------------------------------------------------------------- ExpReal
 
-ExpReal::ExpReal() : value_(0.0) {}
+ExpReal::ExpReal() noexcept : value_(0.0) {}
 ExpReal::ExpReal(double value) : value_(value) {}
 
 void ExpReal::SetExpReal(double value) { value_ = value; }
@@ -84,7 +84,7 @@ std::string ExpReal::ToString() {
 
 // ------------------------------------------------------------------------------------------------------ ExpInteger
 
-ExpInteger::ExpInteger() : value_(0) {}
+ExpInteger::ExpInteger() noexcept : value_(0) {}
 ExpInteger::ExpInteger(int value) : value_(value) {}
 
 void ExpInteger::SetExpInteger(int value) { value_ = value; }
@@ -100,7 +100,7 @@ std::string ExpInteger::ToString() {
 
 // ------------------------------------------------------------------------------------------------------- ExpString
 
-ExpString::ExpString() = default;
+ExpString::ExpString() noexcept = default;
 ExpString::ExpString(std::string stepText) { SetExpString(std::move(stepText)); }
 
 void ExpString::SetExpString(std::string stepText) {
@@ -126,7 +126,7 @@ std::string ExpString::ToString() {
 
 // --------------------------------------------------------------------------------------------------------- ExpLink
 
-ExpLink::ExpLink() : number_(-1) {}
+ExpLink::ExpLink() noexcept : number_(-1) {}
 ExpLink::ExpLink(int number) : number_(number) {}
 
 void ExpLink::SetExpLink(int number) { number_ = number; }
@@ -143,7 +143,7 @@ std::string ExpLink::ToString() {
 
 // -------------------------------------------------------------------------------------------------- ExpAggregation
 
-ExpAggregation::ExpAggregation() = default;
+ExpAggregation::ExpAggregation() noexcept = default;
 ExpAggregation::~ExpAggregation() { ExpAggregation::RemoveAllValues(); }
 
 void ExpAggregation::AddValue(ExpAttribute* value) { elements_.push_back(value); }
@@ -169,7 +169,7 @@ std::string ExpAggregation::ToString() {
 
 // -------------------------------------------------------------------------------------------------- ExpEnumeration
 
-ExpEnumeration::ExpEnumeration() : value_(-1) {}
+ExpEnumeration::ExpEnumeration() noexcept : value_(-1) {}
 
 void ExpEnumeration::SetExpEnumeration(const std::string& name) { name_ = name; }
 
@@ -250,7 +250,7 @@ void ExpBoolean::SetAsBool(bool value) { SetExpEnumeration(std::string(value ? "
 
 // ------------------------------------------------------------------------------------------------------- ExpSelect
 
-ExpSelect::ExpSelect()
+ExpSelect::ExpSelect() noexcept
     : value_(nullptr),
       isReal_(false),
       isInteger_(false),
@@ -517,7 +517,7 @@ void ValueText::AppendMembers(std::string& out, ExpEntity& entity, int begin, in
 
 std::size_t ExpEntity::instanceCount = 0;
 
-ExpEntity::ExpEntity() : runtimeType_(nullptr), number_(-1), reserved_(nullptr) { ++instanceCount; }
+ExpEntity::ExpEntity() noexcept : runtimeType_(nullptr), number_(-1), reserved_(nullptr) { ++instanceCount; }
 ExpEntity::ExpEntity(const ExpEntity& other)
     : runtimeType_(other.runtimeType_), number_(other.number_), text_(other.text_), reserved_(other.reserved_) {
   ++instanceCount;

@@ -53,6 +53,12 @@ TEST(GeneratedCode, MembersAreOfTheClassThatFitsTheType) {
   EXPECT_EQ(thing->GetMember(-1), nullptr);
 }
 
+TEST(GeneratedCode, EmptyEntitiesAreMadeWithoutAnyCleaningUp) {
+  static_assert(std::is_nothrow_default_constructible_v<SimpleTypes::Thing>);
+  static_assert(std::is_nothrow_default_constructible_v<EnumerationType::Crossing>);
+  static_assert(std::is_nothrow_default_constructible_v<MultipleInheritance::Bottom>);
+}
+
 TEST(GeneratedCode, ClassesCanServeAFurtherSchema) {
   MultipleInheritance::RegisterAs("FURTHER");
   const auto bottom = Create<MultipleInheritance::Bottom>("BOTTOM", "FURTHER");
