@@ -33,15 +33,6 @@ bool Is(const std::type_info& type) {
   return &type == &typeid(Class);
 }
 
-// What an aggregate, or a select that holds one, has as its elements; null for every other value.
-std::list<ExpAttribute*>* ElementsOf(ExpAttribute* value) {
-  const std::type_info& type = typeid(*value);
-  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type)) return nullptr;
-  if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
-  auto* aggregation = dynamic_cast<ExpAggregation*>(value);
-  return aggregation ? aggregation->GetExpAggregation() : nullptr;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------------- ExpAttribute
@@ -143,6 +134,14 @@ std::string ExpLink::ToString() {
 
 // -------------------------------------------------------------------------------------------------- ExpAggregation
 
+std::list<ExpAttribute*>* ExpElementsOf(ExpAttribute* value) {
+  const std::type_info& type = typeid(*value);
+  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type)) return nullptr;
+  if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
+  auto* aggregation = dynamic_cast<ExpAggregation*>(value);
+  return aggregation ? aggregation->GetExpAggregation() : nullptr;
+}
+
 ExpAggregation::ExpAggregation() noexcept = default;
 ExpAggregation::~ExpAggregation() { ExpAggregation::RemoveAllValues(); }
 
@@ -155,7 +154,7 @@ void ExpAggregation::RemoveAllValues() {
   // The elements of nested aggregates are moved behind our own before their owner goes, so that deleting never nests.
   for (auto element = elements_.begin(); element != elements_.end(); ++element) {
     if (*element == nullptr) continue;
-    if (std::list<ExpAttribute*>* nested = ElementsOf(*element)) elements_.splice(elements_.end(), *nested);
+    if (auto* nested = ExpElementsOf(*element)) elements_.splice(elements_.end(), *nested);
     delete *element;
   }
   elements_.clear();
