@@ -9,7 +9,8 @@ namespace ap214 = VELMAR::AutomotiveDesign;
 
 // The product of a definition; null where there is none.
 static ap214::Product* ProductOf(VELMAR::ExpFile& file, ap214::ProductDefinition* definition) {
-  ap214::ProductDefinitionFormation* formation = definition == nullptr ? nullptr : definition->Formation(file);
+  ap214::ProductDefinitionFormation* formation =
+      definition == nullptr ? nullptr : definition->Formation(file);
   return formation == nullptr ? nullptr : formation->OfProduct(file);
 }
 

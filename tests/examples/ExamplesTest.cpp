@@ -116,7 +116,8 @@ TEST(Examples, WalkFaces) {
             "  #343 shaft end: plane, bounds: 1\n"
             "16 faces\n");
 
-  // References that are unset, lead nowhere, or to a direction; and a surface that has no operation of its own.
+  // References that are unset, lead nowhere, or to a direction; and a surface that has no operation of its
+  // own.
   std::string damaged = ReadFile(SAMPLE_FILE);
   const std::pair<std::string, std::string> changes[] = {
       {"(#288,#305,", "(#27,#9999,"},

@@ -123,15 +123,12 @@ TEST(CppWriter, RowGivesCountsStartIndexAndLists) {
       "END_ENTITY; "
       "ENTITY c SUBTYPE OF (b); INVERSE SELF\\a.i : SET [1:1] OF d FOR r; j : SET OF d FOR r; END_ENTITY; "
       "ENTITY d; r : a; END_ENTITY;");
-  EXPECT_THAT(
-      source,
-      HasSubstr("{\"A\", &ExpSchemaCreate<A>, 1, 1, 0, 1,\n     \"\",\n     \"B\",\n"
-                "     \"x\",\n     &typeid(A),\n     &ExpSchemaVisit<&Visitor::VisitA>},"));
+  EXPECT_THAT(source, HasSubstr("{\"A\", &ExpSchemaCreate<A>, 1, 1, 0, 1,\n     \"\",\n     \"B\",\n"
+                                "     \"x\",\n     &typeid(A),\n     &ExpSchemaVisit<&Visitor::VisitA>},"));
   EXPECT_THAT(source, HasSubstr("{\"B\", &ExpSchemaCreate<B>, 3, 1, 1, 2,\n     \"A\",\n"
                                 "     \"C\",\n     \"x y z\",\n"));
-  EXPECT_THAT(source,
-              HasSubstr("{\"C\", &ExpSchemaCreate<C>, 3, 2, 3, 3,\n     \"A B\",\n"
-                        "     \"\",\n     \"x y z\",\n"));
+  EXPECT_THAT(source, HasSubstr("{\"C\", &ExpSchemaCreate<C>, 3, 2, 3, 3,\n     \"A B\",\n"
+                                "     \"\",\n     \"x y z\",\n"));
 }
 
 TEST(CppWriter, AccessorsWithAStoreAreThereForValuesThatMayReferToEntitiesAndForNoOthers) {
@@ -142,9 +139,11 @@ TEST(CppWriter, AccessorsWithAStoreAreThereForValuesThatMayReferToEntitiesAndFor
       "ENTITY b; p : LIST OF LIST OF SET OF a; q : n; r : s; v : LIST OF n; w : LIST OF s; END_ENTITY;");
   EXPECT_THAT(header, HasSubstr("  std::vector<std::vector<std::vector<A*>>> P(ExpStore& store) {\n"
                                 "    return ResolveAll<A, 3>(store, p_);\n"));
-  EXPECT_THAT(header, HasSubstr("  ExpEntity* R(ExpStore& store) {\n    return Resolve<ExpEntity>(store, r_);\n"));
+  EXPECT_THAT(header,
+              HasSubstr("  ExpEntity* R(ExpStore& store) {\n    return Resolve<ExpEntity>(store, r_);\n"));
   EXPECT_THAT(header, HasSubstr("  std::vector<ExpEntity*> W(ExpStore& store) {\n"));
-  for (const char* none : {" X(ExpStore", " Q(ExpStore", " V(ExpStore"}) EXPECT_THAT(header, Not(HasSubstr(none)));
+  for (const char* none : {" X(ExpStore", " Q(ExpStore", " V(ExpStore"})
+    EXPECT_THAT(header, Not(HasSubstr(none)));
 }
 
 TEST(CppWriter, ClassesAreDeclaredBeforeTheFirstIsDefinedSoThatTheyMayReferToEachOther) {
@@ -156,7 +155,8 @@ TEST(CppWriter, ClassesAreDeclaredBeforeTheFirstIsDefinedSoThatTheyMayReferToEac
 
 TEST(CppWriter, VisitorCallsTheOperationOfTheFirstSupertype) {
   const auto files = Generated(
-      InSchema("ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (b, a); END_ENTITY;"), "test.exp");
+      InSchema("ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (b, a); END_ENTITY;"),
+      "test.exp");
   EXPECT_THAT(files[0].text, HasSubstr("  virtual void VisitA(A*);\n  virtual void VisitB(B*);\n"
                                        "  virtual void VisitC(C*);\n"));
   EXPECT_THAT(files[2].text, HasSubstr("void Visitor::VisitA(A* entity) {\n  VisitExpEntity(entity);\n}\n"));

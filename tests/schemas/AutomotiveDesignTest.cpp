@@ -219,7 +219,8 @@ TEST(AutomotiveDesign, ApplicationsMayDeriveFromItsClasses) {
   EXPECT_NE(dynamic_cast<Face*>(&entity), nullptr);
 }
 
-// A face on a plane, one on a rational B-spline surface, and a shell of these, an edge loop, and what is not there.
+// A face on a plane, one on a rational B-spline surface, and a shell of these, an edge loop, and what is not
+// there.
 class Faces : public testing::Test {
  protected:
   Faces() {
@@ -270,7 +271,8 @@ TEST_F(Faces, ComplexSurfaceGivesTheRecordOfTheClassThatIsAskedFor) {
   auto* spline = Resolve<BSplineSurface>(file_, face->FaceGeometry());
   ASSERT_NE(spline, nullptr);
   EXPECT_EQ(spline->GetExpClassName(), "B_SPLINE_SURFACE");
-  EXPECT_THAT(spline->ControlPointsList(file_), ElementsAre(ElementsAre(At(8), At(8)), ElementsAre(At(9), At(8))));
+  EXPECT_THAT(spline->ControlPointsList(file_),
+              ElementsAre(ElementsAre(At(8), At(8)), ElementsAre(At(9), At(8))));
   EXPECT_EQ(Resolve<Plane>(file_, face->FaceGeometry()), nullptr);
 }
 
@@ -283,7 +285,9 @@ TEST_F(Faces, VisitorGetsThemByTheNearestOperationThatIsThere) {
     void VisitFaceSurface(FaceSurface* face) override { Note("face", face); }
     void VisitSurface(Surface* surface) override { Note("surface", surface); }
     void VisitPoint(Point* point) override { Note("point", point); }
-    void VisitExpExternalMappingEntity(ExpExternalMappingEntity* complex) override { Note("complex", complex); }
+    void VisitExpExternalMappingEntity(ExpExternalMappingEntity* complex) override {
+      Note("complex", complex);
+    }
     void VisitExpEntity(ExpEntity* entity) override { Note("entity", entity); }
   } lister;
   for (const int number : {1, 2, 3, 6, 7, 8}) At(number)->Accept(&lister);
