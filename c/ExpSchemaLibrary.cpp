@@ -1,6 +1,8 @@
 #include "ExpSchemaLibrary.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "ExpRuntimeRegistry.h"
 #include "ValueText.h"
@@ -44,6 +46,38 @@ void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow*
                                  row->typeNumber),
         "");
   }
+}
+
+ExpVisitIndex::ExpVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count) {
+  for (auto table = tables; table != tables + count; ++table) {
+    for (const ExpEntityTypeRow* row = (*table)->rows; row != (*table)->rows + (*table)->count; ++row) {
+      rows_.emplace(*row->type, row);
+    }
+  }
+}
+
+bool ExpVisitIndex::Visit(ExpEntityVisitor* visitor, ExpEntity* entity) {
+  const auto found = rows_.find(typeid(*entity));
+  const ExpEntityTypeRow* row = found != rows_.end() ? found->second : BaseRow(entity);
+  return row != nullptr && row->visit(visitor, entity);
+}
+
+const ExpEntityTypeRow* ExpVisitIndex::BaseRow(ExpEntity* entity) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto [place, isNew] = baseRows_.emplace(typeid(*entity), nullptr);
+  if (!isNew) return place->second;
+  std::ptrdiff_t most = -1;
+  for (const auto& [type, row] : rows_) {
+    if (!row->visit(nullptr, entity)) continue;
+    const std::string_view names = row->superClasses;
+    const std::ptrdiff_t supertypes = names.empty() ? 0 : 1 + std::count(names.begin(), names.end(), ' ');
+    const bool isFurther =
+        supertypes > most || (supertypes == most && row->typeNumber < place->second->typeNumber);
+    if (!isFurther) continue;
+    most = supertypes;
+    place->second = row;
+  }
+  return place->second;
 }
 
 }  // namespace VELMAR

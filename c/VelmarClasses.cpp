@@ -35,20 +35,11 @@ bool Is(const std::type_info& type) {
   return &type == &typeid(Class);
 }
 
-// What an aggregate, or a select that holds one, has as its elements; null for every other value.
-std::list<ExpAttribute*>* ElementsOf(ExpAttribute* value) {
-  const std::type_info& type = typeid(*value);
-  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type)) return nullptr;
-  if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
-  auto* aggregation = dynamic_cast<ExpAggregation*>(value);
-  return aggregation ? aggregation->GetExpAggregation() : nullptr;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------------- ExpAttribute
 
-ExpAttribute::ExpAttribute() : notProvided_(false), omitted_(false) {}
+ExpAttribute::ExpAttribute() noexcept : notProvided_(false), omitted_(false) {}
 ExpAttribute::~ExpAttribute() = default;
 
 void ExpAttribute::SetNotProvided(bool notProvided) { notProvided_ = notProvided; }
@@ -70,7 +61,7 @@ void ExpAttribute::Accept(ExpAttributeVisitor*) {}
 
 // --------------------------------------------------------------------------------------------------------- ExpReal
 
-ExpReal::ExpReal() : value_(0.0) {}
+ExpReal::ExpReal() noexcept : value_(0.0) {}
 ExpReal::ExpReal(double value) : value_(value) {}
 
 void ExpReal::SetExpReal(double value) { value_ = value; }
@@ -86,7 +77,7 @@ std::string ExpReal::ToString() {
 
 // ------------------------------------------------------------------------------------------------------ ExpInteger
 
-ExpInteger::ExpInteger() : value_(0) {}
+ExpInteger::ExpInteger() noexcept : value_(0) {}
 ExpInteger::ExpInteger(int value) : value_(value) {}
 
 void ExpInteger::SetExpInteger(int value) { value_ = value; }
@@ -102,7 +93,7 @@ std::string ExpInteger::ToString() {
 
 // ------------------------------------------------------------------------------------------------------- ExpString
 
-ExpString::ExpString() = default;
+ExpString::ExpString() noexcept = default;
 ExpString::ExpString(std::string stepText) { SetExpString(std::move(stepText)); }
 
 void ExpString::SetExpString(std::string stepText) {
@@ -128,7 +119,7 @@ std::string ExpString::ToString() {
 
 // --------------------------------------------------------------------------------------------------------- ExpLink
 
-ExpLink::ExpLink() : number_(-1) {}
+ExpLink::ExpLink() noexcept : number_(-1) {}
 ExpLink::ExpLink(int number) : number_(number) {}
 
 void ExpLink::SetExpLink(int number) { number_ = number; }
@@ -145,7 +136,15 @@ std::string ExpLink::ToString() {
 
 // -------------------------------------------------------------------------------------------------- ExpAggregation
 
-ExpAggregation::ExpAggregation() = default;
+std::list<ExpAttribute*>* ExpElementsOf(ExpAttribute* value) {
+  const std::type_info& type = typeid(*value);
+  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type)) return nullptr;
+  if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
+  auto* aggregation = dynamic_cast<ExpAggregation*>(value);
+  return aggregation ? aggregation->GetExpAggregation() : nullptr;
+}
+
+ExpAggregation::ExpAggregation() noexcept = default;
 ExpAggregation::~ExpAggregation() { ExpAggregation::RemoveAllValues(); }
 
 void ExpAggregation::AddValue(ExpAttribute* value) { elements_.push_back(value); }
@@ -157,7 +156,7 @@ void ExpAggregation::RemoveAllValues() {
   // The elements of nested aggregates are moved behind our own before their owner goes, so that deleting never nests.
   for (auto element = elements_.begin(); element != elements_.end(); ++element) {
     if (*element == nullptr) continue;
-    if (std::list<ExpAttribute*>* nested = ElementsOf(*element)) elements_.splice(elements_.end(), *nested);
+    if (auto* nested = ExpElementsOf(*element)) elements_.splice(elements_.end(), *nested);
     delete *element;
   }
   elements_.clear();
@@ -171,7 +170,7 @@ std::string ExpAggregation::ToString() {
 
 // -------------------------------------------------------------------------------------------------- ExpEnumeration
 
-ExpEnumeration::ExpEnumeration() : value_(-1) {}
+ExpEnumeration::ExpEnumeration() noexcept : value_(-1) {}
 
 void ExpEnumeration::SetExpEnumeration(const std::string& name) { name_ = name; }
 
@@ -252,7 +251,7 @@ void ExpBoolean::SetAsBool(bool value) { SetExpEnumeration(std::string(value ? "
 
 // ------------------------------------------------------------------------------------------------------- ExpSelect
 
-ExpSelect::ExpSelect()
+ExpSelect::ExpSelect() noexcept
     : value_(nullptr),
       isReal_(false),
       isInteger_(false),
@@ -519,7 +518,7 @@ void ValueText::AppendMembers(std::string& out, ExpEntity& entity, int begin, in
 
 std::size_t ExpEntity::instanceCount = 0;
 
-ExpEntity::ExpEntity() : runtimeType_(nullptr), number_(-1), reserved_(nullptr) { ++instanceCount; }
+ExpEntity::ExpEntity() noexcept : runtimeType_(nullptr), number_(-1), reserved_(nullptr) { ++instanceCount; }
 ExpEntity::ExpEntity(const ExpEntity& other)
     : runtimeType_(other.runtimeType_), number_(other.number_), text_(other.text_), reserved_(other.reserved_) {
   ++instanceCount;

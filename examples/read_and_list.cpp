@@ -7,13 +7,11 @@
 
 namespace ap214 = VELMAR::AutomotiveDesign;
 
-// The product whose definition a reference leads to; null where it leads to something else.
-static ap214::Product* ProductOf(VELMAR::ExpFile& file, VELMAR::ExpLink& reference) {
-  auto* definition = dynamic_cast<ap214::ProductDefinition*>(file.GetEntity(reference));
-  if (definition == nullptr) return nullptr;
-  auto* formation = dynamic_cast<ap214::ProductDefinitionFormation*>(file.GetEntity(definition->Formation()));
-  if (formation == nullptr) return nullptr;
-  return dynamic_cast<ap214::Product*>(file.GetEntity(formation->OfProduct()));
+// The product of a definition; null where there is none.
+static ap214::Product* ProductOf(VELMAR::ExpFile& file, ap214::ProductDefinition* definition) {
+  ap214::ProductDefinitionFormation* formation =
+      definition == nullptr ? nullptr : definition->Formation(file);
+  return formation == nullptr ? nullptr : formation->OfProduct(file);
 }
 
 int main(int argc, char** argv) {
@@ -39,8 +37,8 @@ int main(int argc, char** argv) {
   std::cout << uses.size() << " uses\n";
   for (VELMAR::ExpEntity* entity : uses) {
     auto* use = dynamic_cast<ap214::NextAssemblyUsageOccurrence*>(entity);
-    ap214::Product* part = ProductOf(file, use->RelatedProductDefinition());
-    ap214::Product* assembly = ProductOf(file, use->RelatingProductDefinition());
+    ap214::Product* part = ProductOf(file, use->RelatedProductDefinition(file));
+    ap214::Product* assembly = ProductOf(file, use->RelatingProductDefinition(file));
     if (part == nullptr || assembly == nullptr) continue;
     std::cout << "  " << part->Id().GetExpString() << " in " << assembly->Id().GetExpString() << ": "
               << use->Name().GetExpString() << "\n";

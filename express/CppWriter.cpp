@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -24,6 +25,9 @@ constexpr const char* kTaken[] = {
     "ExpBoolean",
     "ExpEntity",
     "ExpEntityTypeRow",
+    "ExpEntityTypeTable",
+    "ExpEntityVisitor",
+    "ExpExternalMappingEntity",
     "ExpInteger",
     "ExpLink",
     "ExpLogical",
@@ -31,8 +35,12 @@ constexpr const char* kTaken[] = {
     "ExpSchemaCreate",
     "ExpSchemaEnumeration",
     "ExpSchemaReal",
+    "ExpSchemaVisit",
     "ExpSelect",
+    "ExpStore",
     "ExpString",
+    "ExpVisitIndex",
+    "GetAdmin",
     "GetEntityNumber",
     "GetExpClassName",
     "GetExpSubClasses",
@@ -43,13 +51,21 @@ constexpr const char* kTaken[] = {
     "GetNofExplicitMembers",
     "GetNofInverseMembers",
     "GetTypeNumberOfEntity",
+    "GetTypeOfEntity",
     "InsertInObjTree",
     "Load",
+    "Log",
     "New",
     "RegisterAs",
     "RegisterEntityTypes",
+    "Resolve",
+    "ResolveAll",
+    "SetAdmin",
     "SetEntityNumber",
     "ToString",
+    "VisitExpEntity",
+    "VisitExpExternalMappingEntity",
+    "Visitor",
 };
 
 // cartesian_point -> CartesianPoint, AUTOMOTIVE_DESIGN -> AutomotiveDesign.
@@ -97,6 +113,45 @@ class NameGiver {
   std::unordered_set<std::string> taken_;
 };
 
+// What the values of a type refer to.
+struct Reference {
+  int depth;             // how many aggregates lie around the references
+  const Entity* entity;  // null where they may lead to entities of any type
+};
+
+// Whether a value of the type may be a reference to an entity.
+bool MayRefer(const TypeExpression& type, std::set<const TypeExpression*>& seen) {
+  const TypeExpression& underlying = *Underlying(type);
+  switch (underlying.kind) {
+    case TypeKind::Named:
+    case TypeKind::Generic:
+    case TypeKind::GenericEntity:
+      return true;
+    case TypeKind::Select: {
+      if (!seen.insert(&underlying).second) return false;
+      if (underlying.extensible || underlying.genericEntity) return true;
+      const std::vector<TypeItem> items = AllItems(underlying);
+      return std::any_of(items.begin(), items.end(), [&](const TypeItem& item) {
+        return item.declaration->kind == DeclarationKind::Entity ||
+               MayRefer(static_cast<const DefinedType*>(item.declaration)->underlying, seen);
+      });
+    }
+    default:
+      return false;
+  }
+}
+
+// Nothing where the values are no references and hold none.
+std::optional<Reference> ReferenceOf(const TypeExpression& type) {
+  Reference reference{0, nullptr};
+  const TypeExpression* at = Underlying(type);
+  for (; IsAggregate(at->kind); at = Underlying(*at->element)) ++reference.depth;
+  std::set<const TypeExpression*> seen;
+  if (!MayRefer(*at, seen)) return std::nullopt;
+  if (at->kind == TypeKind::Named) reference.entity = static_cast<const Entity*>(at->declaration);
+  return reference;
+}
+
 class Writer {
  public:
   Writer(const Model& model, const SchemaDeclaration& schema, const CppOptions& options)
@@ -119,6 +174,10 @@ class Writer {
     names.Give(space_);
     for (const auto& [name, entity] : contents_.Entities()) classNames_[entity] = names.Give(CamelCase(name));
     for (const auto& [name, type] : contents_.Enumerations()) classNames_[type] = names.Give(CamelCase(name));
+    // Within the visitor, its operations hide classes of the same name.
+    for (const auto& [name, entity] : contents_.Entities()) {
+      visitNames_[entity] = names.Give("Visit" + ClassName(*entity));
+    }
   }
 
   // A base is virtual to one of its direct subtypes where some entity is of that and of another direct subtype of
@@ -157,6 +216,12 @@ class Writer {
 
   const std::string& ClassName(const Declaration& declaration) const { return classNames_.at(&declaration); }
 
+  // The class of an entity; ExpEntity for none, and for one that is not visible in the schema.
+  std::string ClassNameOrBase(const Entity* entity) const {
+    const auto found = classNames_.find(entity);
+    return found == classNames_.end() ? "ExpEntity" : found->second;
+  }
+
   static std::string MemberName(const Attribute& attribute) { return attribute.name.text + '_'; }
 
   // The class that holds a value of the type.
@@ -179,6 +244,12 @@ class Writer {
   // ---- the header -------------------------------------------------------------------------------
 
   std::string Header() const {
+    std::string declarations;
+    std::string visits;
+    for (const auto& [name, entity] : contents_.Entities()) {
+      declarations += "class " + ClassName(*entity) + ";\n";
+      visits += "  virtual void " + visitNames_.at(entity) + '(' + ClassName(*entity) + "*);\n";
+    }
     std::string enumerations;
     for (const auto& [name, type] : contents_.Enumerations()) enumerations += EnumerationClass(*type);
     std::string entities;
@@ -187,6 +258,9 @@ class Writer {
 // Generated from $source$ by velmar-express $version$. Do not edit.
 #pragma once
 
+#include <vector>
+
+#include "ExpEntityVisitor.h"
 #include "ExpSchemaLibrary.h"
 
 #if VELMAR_VERSION_MAJOR != $major$ || VELMAR_VERSION_MINOR != $minor$
@@ -221,7 +295,24 @@ class VELMAR_API EntityBase : public ExpEntity {
   void SetEntityNumber(int number) override;
   int GetEntityNumber() override;
   std::string ToString() override;
+  /// Calls the operation of a Visitor for the entity's class; with other visitors does what ExpEntity does.
   void Accept(ExpEntityVisitor* visitor) override;
+};
+
+// The classes of the entities. An attribute that refers to entities has two accessors: one gives its value,
+// the other the entities that it leads to in a store, as Resolve or, for aggregates, ResolveAll does.
+$declarations$
+
+/// Receives the entities of this schema, each by the operation for its class. Unless such an operation is
+/// overridden it calls that for the first supertype, or VisitExpEntity where the entity has none.
+class VELMAR_API Visitor : public ExpEntityVisitor {
+ public:
+  using ExpEntityVisitor::ExpEntityVisitor;
+  ~Visitor() override;
+
+  /// Does nothing.
+  virtual void VisitExpEntity(ExpEntity*);
+$visits$
 };
 $enumerations$
 $entities$
@@ -234,6 +325,8 @@ $entities$
                  {"minor", std::to_string(kMinor)},
                  {"space", space_},
                  {"registry", options_.registryName},
+                 {"declarations", declarations},
+                 {"visits", visits},
                  {"enumerations", enumerations},
                  {"entities", entities}});
   }
@@ -342,16 +435,40 @@ $members$
       const bool isRenamed = attribute.renamed && attribute.original && IsSlot(*attribute.original);
       if (!IsSlot(attribute) && !isRenamed) continue;
       const Attribute& stored = isRenamed ? *attribute.original : attribute;
-      std::string value = ValueClass(*stored.type);
-      if (hidden.count(value)) value = space_ + "::" + value;
-      accessors += Fill(
-          "  $value$& $name$() { return $member$; }  ///< $type$\n",
-          {{"value", value},
-           {"name", names.Give(CamelCase(attribute.name.text))},
-           {"member", isRenamed ? ClassName(*stored.owner) + "::" + MemberName(stored) : MemberName(stored)},
-           {"type", (attribute.optional ? "optional " : "") + TypeText(model_, *attribute.type)}});
+      const auto visible = [&](const std::string& name) {
+        return (hidden.count(name) ? space_ + "::" : "") + name;
+      };
+      const std::string name = names.Give(CamelCase(attribute.name.text));
+      const std::string member =
+          isRenamed ? ClassName(*stored.owner) + "::" + MemberName(stored) : MemberName(stored);
+      accessors += Fill("  $value$& $name$() { return $member$; }  ///< $type$\n",
+                        {{"value", visible(ValueClass(*stored.type))},
+                         {"name", name},
+                         {"member", member},
+                         {"type", (attribute.optional ? "optional " : "") + TypeText(model_, *attribute.type)}});
+      if (const std::optional<Reference> reference = ReferenceOf(*attribute.type)) {
+        accessors += Resolution(*reference, visible(ClassNameOrBase(reference->entity)), name, member);
+      }
     }
     return accessors.empty() ? accessors : "\n" + accessors;
+  }
+
+  // The entities behind an attribute. A template, so that it costs nothing where it is not used, and may name
+  // classes that are defined further down.
+  static std::string Resolution(const Reference& reference, const std::string& entity,
+                                const std::string& accessor, const std::string& member) {
+    std::string result = entity + '*';
+    std::string call = "Resolve<" + entity;
+    for (int i = 0; i < reference.depth; ++i) result = "std::vector<" + result + '>';
+    if (reference.depth > 0) call = "ResolveAll<" + entity;
+    if (reference.depth > 1) call += ", " + std::to_string(reference.depth);
+    return Fill(R"(
+  template <class ExpStore>
+  $result$ $accessor$(ExpStore& store) {
+    return $call$>(store, $member$);
+  }
+)",
+                {{"result", result}, {"accessor", accessor}, {"call", call}, {"member", member}});
   }
 
   // The names that accessors of the entity and its ancestors may have: within the class they hide types.
@@ -407,7 +524,8 @@ namespace VELMAR::$space$ {
 $definitions$
 $table$
 
-void Register$part$($parameter$) {$call$}
+extern const ExpEntityTypeTable kEntityTypes$part$;
+const ExpEntityTypeTable kEntityTypes$part$ = {$rows$};
 
 }  // namespace VELMAR::$space$
 )",
@@ -417,10 +535,7 @@ void Register$part$($parameter$) {$call$}
                  {"part", std::to_string(part)},
                  {"definitions", definitions},
                  {"table", isEmpty ? "" : Table(rows)},
-                 {"parameter", isEmpty ? "const char*" : "const char* schema"},
-                 {"call", isEmpty ? ""
-                                  : " RegisterEntityTypes(schema, kEntityTypes, " +
-                                        std::to_string(last - first) + "); "}});
+                 {"rows", isEmpty ? "nullptr, 0" : "kRows, " + std::to_string(last - first)}});
   }
 
   static std::string Table(const std::string& rows) {
@@ -428,7 +543,7 @@ void Register$part$($parameter$) {$call$}
 
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
 $rows$
 };
 
@@ -449,9 +564,17 @@ $rows$
     return Fill(R"($constructor$
 
 $class$::~$class$() = default;
-$getMember$)",
+$getMember$
+
+void Visitor::$visit$($class$* entity) {
+  $visitSuper$(entity);
+}
+)",
                 {{"constructor", constructor},
                  {"class", ClassName(entity)},
+                 {"visit", visitNames_.at(&entity)},
+                 {"visitSuper",
+                  entity.supertypes.empty() ? "VisitExpEntity" : visitNames_.at(entity.supertypes.front())},
                  {"getMember", HasGetMember(entity) ? GetMember(entity) : ""}});
   }
 
@@ -490,10 +613,13 @@ $cases$
     {"$name$", &ExpSchemaCreate<$class$>, $explicit$, $inverse$, $start$, $number$,
      $super$,
      $sub$,
-     $members$},
+     $members$,
+     &typeid($class$),
+     &ExpSchemaVisit<&Visitor::$visit$>},
 )",
                 {{"name", description.name},
                  {"class", ClassName(entity)},
+                 {"visit", visitNames_.at(&entity)},
                  {"explicit", std::to_string(description.memberNames.size())},
                  {"inverse", std::to_string(description.inverseMembers)},
                  {"start", std::to_string(description.startIndex)},
@@ -507,16 +633,27 @@ $cases$
 
   std::string Registration() const {
     std::string declarations;
-    std::string calls;
+    std::vector<std::string> parts;
     for (int part = 1; part <= options_.parts; ++part) {
-      declarations += "void Register" + std::to_string(part) + "(const char* schema);\n";
-      calls += "  Register" + std::to_string(part) + "(registrySchemaName);\n";
+      const std::string table = "kEntityTypes" + std::to_string(part);
+      parts.push_back('&' + table);
+      declarations += "extern const ExpEntityTypeTable " + table + ";\n";
     }
     return Fill(R"(
 // Generated from $source$ by velmar-express $version$. Do not edit.
 #include "$space$.h"
 
+#include <iterator>
+
 namespace VELMAR::$space$ {
+
+$declarations$
+
+namespace {
+
+constexpr const ExpEntityTypeTable* kParts[] = {$parts$};
+
+}  // namespace
 
 EntityBase::~EntityBase() = default;
 ExpAttribute* EntityBase::GetMember(int index) { return ExpEntity::GetMember(index); }
@@ -533,12 +670,17 @@ bool EntityBase::InsertInObjTree() const { return ExpEntity::InsertInObjTree(); 
 void EntityBase::SetEntityNumber(int number) { ExpEntity::SetEntityNumber(number); }
 int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
 std::string EntityBase::ToString() { return ExpEntity::ToString(); }
-void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor); }
+void EntityBase::Accept(ExpEntityVisitor* visitor) {
+  static ExpVisitIndex* const index = new ExpVisitIndex(kParts, std::size(kParts));
+  auto* own = dynamic_cast<Visitor*>(visitor);
+  if (own == nullptr || !index->Visit(own, this)) ExpEntity::Accept(visitor);
+}
 
-$declarations$
+Visitor::~Visitor() = default;
+void Visitor::VisitExpEntity(ExpEntity*) {}
 
 void RegisterAs(const char* registrySchemaName) {
-$calls$
+  for (const auto* part : kParts) RegisterEntityTypes(registrySchemaName, part->rows, part->count);
 }
 
 void Load() {
@@ -558,7 +700,7 @@ namespace {
                  {"space", space_},
                  {"registry", options_.registryName},
                  {"declarations", declarations},
-                 {"calls", calls}});
+                 {"parts", List(parts, kLineWidth - 51, "                                                 ")}});
   }
 
   static constexpr std::size_t kLineWidth = 110;
@@ -571,6 +713,7 @@ namespace {
   const SchemaContents contents_;
   const std::string space_;
   std::unordered_map<const Declaration*, std::string> classNames_;
+  std::unordered_map<const Entity*, std::string> visitNames_;
   std::set<std::pair<const Entity*, const Entity*>> virtualBases_;  // an entity and one of its bases
 };
 

@@ -9,9 +9,15 @@
 
 #include <cstddef>
 #include <cstring>
+#include <list>
 #include <map>
+#include <mutex>
 #include <string>
 #include <type_traits>
+#include <typeindex>
+#include <typeinfo>
+#include <unordered_map>
+#include <vector>
 
 #include "VelmarApi.h"
 #include "VelmarClasses.h"
@@ -70,14 +76,98 @@ class ExpSchemaEnumeration : public ExpEnumeration {
   }
 };
 
+/// An entity as one of a class: the entity itself, or that part of a complex instance whose type is of exactly
+/// this class, or else the first part whose class is derived from it. Null where there is none, and for null.
+template <class Entity>
+Entity* EntityAs(ExpEntity* entity) {
+  if (auto* found = dynamic_cast<Entity*>(entity)) return found;
+  auto* complex = dynamic_cast<ExpExternalMappingEntity*>(entity);
+  if (complex == nullptr) return nullptr;
+  Entity* derived = nullptr;
+  for (ExpEntity* part : *complex->GetEntities()) {
+    auto* found = dynamic_cast<Entity*>(part);
+    if (found != nullptr && typeid(*part) == typeid(Entity)) return found;
+    if (derived == nullptr) derived = found;
+  }
+  return derived;
+}
+
+/// The entity that a link, or a select that holds one, leads to in `store`, as EntityAs gives it: null where the
+/// reference is missing (unset, $ or *), leads nowhere or to an entity of another type, and for other values.
+///
+///     auto* surface = Resolve<Surface>(file, face->FaceGeometry());  // as face->FaceGeometry(file)
+template <class Entity>
+Entity* Resolve(ExpAbstractObjectAdmin& store, ExpAttribute& value) {
+  return value.IsNotProvided() || value.IsOmitted() ? nullptr : EntityAs<Entity>(store.GetEntity(&value));
+}
+
+/// What ResolveAll gives: the entities in a vector, for aggregates of aggregates in vectors of such vectors.
+template <class Entity, int depth>
+struct ExpResolved {
+  static_assert(depth > 1, "there is one aggregate at least");
+  using Type = std::vector<typename ExpResolved<Entity, depth - 1>::Type>;
+};
+template <class Entity>
+struct ExpResolved<Entity, 1> {
+  using Type = std::vector<Entity*>;
+};
+
+/// The elements of an aggregate, or of a select that holds one, whatever its flags say; null for every other
+/// value. The argument is not null.
+VELMAR_API std::list<ExpAttribute*>* ExpElementsOf(ExpAttribute* value);
+
+/// The entities that the elements of an aggregate, or of a select that holds one, lead to in `store`, in their
+/// order. Elements for which Resolve gives null are left out, so that there is no null among the result; it is
+/// empty where the aggregate is marked as not provided or omitted. With a `depth` of 2 the elements are
+/// aggregates themselves and each gives a vector, which may be empty; and so on.
+///
+///     for (FaceBound* bound : ResolveAll<FaceBound>(file, face->Bounds())) ...  // as face->Bounds(file)
+template <class Entity, int depth = 1>
+typename ExpResolved<Entity, depth>::Type ResolveAll(ExpAbstractObjectAdmin& store, ExpAttribute& aggregate) {
+  typename ExpResolved<Entity, depth>::Type result;
+  if (aggregate.IsNotProvided() || aggregate.IsOmitted()) return result;
+  std::list<ExpAttribute*>* elements = ExpElementsOf(&aggregate);
+  if (elements == nullptr) return result;
+  result.reserve(elements->size());
+  for (ExpAttribute* element : *elements) {
+    if constexpr (depth > 1) {
+      result.emplace_back();
+      if (element != nullptr) result.back() = ResolveAll<Entity, depth - 1>(store, *element);
+    } else if (Entity* entity = element == nullptr ? nullptr : Resolve<Entity>(store, *element)) {
+      result.push_back(entity);
+    }
+  }
+  return result;
+}
+
 /// The creation function of an entity class.
 template <class Entity>
 ExpEntity* ExpSchemaCreate() {
   return new Entity;
 }
 
-/// What one entity type tells the registry. Names within a list are separated by one blank; those of types are EXPRESS
-/// names in upper case, without a schema.
+/// The classes that an operation of a visitor is about.
+template <class Operation>
+struct ExpVisitOf;
+template <class SchemaVisitor, class EntityClass>
+struct ExpVisitOf<void (SchemaVisitor::*)(EntityClass*)> {
+  using Visitor = SchemaVisitor;
+  using Entity = EntityClass;
+};
+
+/// Calls an operation, &Visitor::VisitSurface say, of `visitor`, if there is one, with the entity where that is
+/// of the operation's class. Returns whether it is.
+template <auto operation>
+bool ExpSchemaVisit(ExpEntityVisitor* visitor, ExpEntity* entity) {
+  using Visit = ExpVisitOf<decltype(operation)>;
+  auto* found = dynamic_cast<typename Visit::Entity*>(entity);
+  if (found == nullptr) return false;
+  if (visitor != nullptr) (static_cast<typename Visit::Visitor*>(visitor)->*operation)(found);
+  return true;
+}
+
+/// What one entity type tells the registry and visitors. Names within a list are separated by one blank; those
+/// of types are EXPRESS names in upper case, without a schema.
 struct ExpEntityTypeRow {
   const char* name;
   ExpEntity* (*create)();   ///< creates an empty instance
@@ -88,10 +178,39 @@ struct ExpEntityTypeRow {
   const char* superClasses;  ///< all supertypes, roots first
   const char* subClasses;    ///< the direct subtypes
   const char* memberNames;   ///< the explicit attributes in Part 21 order
+  const std::type_info* type = nullptr;  ///< the class; null where the schema has no visitor
+  bool (*visit)(ExpEntityVisitor* visitor, ExpEntity* entity) = nullptr;  ///< as ExpSchemaVisit
+};
+
+/// Rows that stand in one constant table.
+struct ExpEntityTypeTable {
+  const ExpEntityTypeRow* rows;
+  std::size_t count;
 };
 
 /// Registers `count` entity types under a registry schema name, for instance "AUTOMOTIVE_DESIGN". Their supertypes,
 /// ExpEntity before them, and subtypes are registered as types of the same schema.
 VELMAR_API void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow* rows, std::size_t count);
+
+/// Finds the operation of a schema library's visitor for an entity. Threads may share it.
+class VELMAR_API ExpVisitIndex {
+ public:
+  /// Of `count` tables, each of which has its `type` and `visit` in every row.
+  ExpVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count);
+  ExpVisitIndex(const ExpVisitIndex&) = delete;
+  ExpVisitIndex& operator=(const ExpVisitIndex&) = delete;
+
+  /// Calls the operation for the entity's class or, where the tables lack that, for the class it is derived
+  /// from: if there are several the one with the most supertypes, and of these that with the lowest type number.
+  /// Returns false where there is none. The visitor is one of the schema library's own.
+  bool Visit(ExpEntityVisitor* visitor, ExpEntity* entity);
+
+ private:
+  const ExpEntityTypeRow* BaseRow(ExpEntity* entity);
+
+  std::unordered_map<std::type_index, const ExpEntityTypeRow*> rows_;
+  std::mutex mutex_;
+  std::unordered_map<std::type_index, const ExpEntityTypeRow*> baseRows_;  // of classes that were met; guarded
+};
 
 }  // namespace VELMAR

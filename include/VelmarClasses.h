@@ -31,7 +31,9 @@ enum Schema : int;
 /// value are independent: setting one never changes the other.
 class VELMAR_API ExpAttribute {
  public:
-  ExpAttribute();
+  /// Like those of all values, without exceptions: the constructors of entities have nothing to clean up then, which
+  /// makes schema libraries smaller.
+  ExpAttribute() noexcept;
   virtual ~ExpAttribute();
 
   virtual void SetNotProvided(bool notProvided);
@@ -76,7 +78,7 @@ class VELMAR_API ExpAttribute {
 class VELMAR_API ExpReal : public ExpAttribute {
  public:
   /// 0.0
-  ExpReal();
+  ExpReal() noexcept;
   explicit ExpReal(double value);
 
   void SetExpReal(double value) override;
@@ -98,7 +100,7 @@ class VELMAR_API ExpReal : public ExpAttribute {
 class VELMAR_API ExpInteger : public ExpAttribute {
  public:
   /// 0
-  ExpInteger();
+  ExpInteger() noexcept;
   explicit ExpInteger(int value);
 
   void SetExpInteger(int value) override;
@@ -118,7 +120,7 @@ class VELMAR_API ExpInteger : public ExpAttribute {
 class VELMAR_API ExpString : public ExpAttribute {
  public:
   /// The empty text.
-  ExpString();
+  ExpString() noexcept;
   /// As SetExpString: the argument is Part 21 text and is decoded.
   explicit ExpString(std::string stepText);
 
@@ -144,7 +146,7 @@ class VELMAR_API ExpString : public ExpAttribute {
 class VELMAR_API ExpLink : public ExpAttribute {
  public:
   /// -1
-  ExpLink();
+  ExpLink() noexcept;
   explicit ExpLink(int number);
   ExpLink(const ExpLink&) = default;
   ExpLink& operator=(const ExpLink&) = default;
@@ -165,7 +167,7 @@ class VELMAR_API ExpLink : public ExpAttribute {
 /// An element belongs to one aggregate and is deleted by nobody else.
 class VELMAR_API ExpAggregation : public ExpAttribute {
  public:
-  ExpAggregation();
+  ExpAggregation() noexcept;
   ~ExpAggregation() override;
   ExpAggregation(const ExpAggregation&) = delete;
   ExpAggregation& operator=(const ExpAggregation&) = delete;
@@ -195,7 +197,7 @@ class VELMAR_API ExpAggregation : public ExpAttribute {
 class VELMAR_API ExpEnumeration : public ExpAttribute {
  public:
   /// No name, -1.
-  ExpEnumeration();
+  ExpEnumeration() noexcept;
 
   /// Keeps the name; the number is left alone.
   void SetExpEnumeration(const std::string& name) override;
@@ -262,7 +264,7 @@ class VELMAR_API ExpBoolean : public ExpEnumeration {
 class VELMAR_API ExpSelect : public ExpAttribute {
  public:
   /// No value, no type name.
-  ExpSelect();
+  ExpSelect() noexcept;
   ~ExpSelect() override;
   ExpSelect(const ExpSelect&) = delete;
   ExpSelect& operator=(const ExpSelect&) = delete;
@@ -329,7 +331,7 @@ class VELMAR_API ExpEntity {
   /// The number of entities alive.
   static std::size_t instanceCount;
 
-  ExpEntity();
+  ExpEntity() noexcept;
   virtual ~ExpEntity();
 
   /// The value at a position of the type's member names, from 0; null where there is none. The base has no members.

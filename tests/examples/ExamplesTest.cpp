@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "RunProgram.h"
 
@@ -90,6 +91,56 @@ TEST(Examples, LogToFile) {
   EXPECT_THAT(ReadFile(log), HasSubstr("-- line 11 col 3: "));
 }
 
+TEST(Examples, WalkFaces) {
+  TemporaryDirectory directory;
+  Outcome outcome = RunProgram({Example("walk_faces"), SAMPLE_FILE});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out,
+            "#274 bracket\n"
+            "  #80 front: plane, bounds: 1\n"
+            "  #128 back: plane, bounds: 1\n"
+            "  #152 bottom: plane, bounds: 2\n"
+            "  #164 end: plane, bounds: 1\n"
+            "  #185 base top: plane, bounds: 2\n"
+            "  #209 wall inside: plane, bounds: 2\n"
+            "  #221 wall top: plane, bounds: 1\n"
+            "  #239 wall outside: plane, bounds: 2\n"
+            "  #248 fillet: cylinder of radius 6, bounds: 1\n"
+            "  #260 hole in the base: cylinder of radius 5, bounds: 1\n"
+            "  #272 hole in the wall: cylinder of radius 5, bounds: 1\n"
+            "#345 pin\n"
+            "  #288 head top: plane, bounds: 1\n"
+            "  #305 head side: cylinder of radius 8, bounds: 1\n"
+            "  #319 head underside: plane, bounds: 2\n"
+            "  #337 shaft side: cylinder of radius 5, bounds: 1\n"
+            "  #343 shaft end: plane, bounds: 1\n"
+            "16 faces\n");
+
+  // References that are unset, lead nowhere, or to a direction; and a surface that has no operation of its
+  // own.
+  std::string damaged = ReadFile(SAMPLE_FILE);
+  const std::pair<std::string, std::string> changes[] = {
+      {"(#288,#305,", "(#27,#9999,"},
+      {"(#308,#316),#318", "(#308,#27),#27"},
+      {"(#334),#336", "(#334),$"},
+      {"CYLINDRICAL_SURFACE('',#246,6.)", "TOROIDAL_SURFACE('',#246,6.,1.)"},
+  };
+  for (const auto& [what, other] : changes) {
+    const std::size_t place = damaged.find(what);
+    ASSERT_NE(place, std::string::npos) << what;
+    damaged.replace(place, what.size(), other);
+  }
+  outcome = RunProgram({Example("walk_faces"), WriteFile(directory.Path("damaged.stp"), damaged)});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("  #248 fillet: TOROIDAL_SURFACE, bounds: 1\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("#345 pin\n"
+                                     "  #319 head underside: surface missing, bounds: 1\n"
+                                     "  #337 shaft side: surface missing, bounds: 1\n"
+                                     "  #343 shaft end: plane, bounds: 1\n"
+                                     "14 faces\n"));
+  EXPECT_EQ(RunProgram({Example("walk_faces"), directory.Path("none.stp")}).status, 1);
+}
+
 TEST(Examples, LateBinding) {
   TemporaryDirectory directory;
   Outcome outcome = RunProgram({Example("late_binding"), SCHEMA_FILE, SAMPLE_FILE});
@@ -121,7 +172,7 @@ TEST_P(ExampleUsage, IsShownWithoutArguments) {
 
 INSTANTIATE_TEST_SUITE_P(Every, ExampleUsage,
                          testing::Values("read_and_list", "edit_and_write", "build_from_nothing",
-                                         "dump_instance", "log_to_file", "late_binding"));
+                                         "dump_instance", "log_to_file", "walk_faces", "late_binding"));
 
 TEST(Examples, OwnSchema) {
   const Outcome outcome = RunProgram({Example("list_tools"), SOURCE_FOLDER "/examples/own_schema/tools.stp"});

@@ -3,6 +3,8 @@
 
 #include <sstream>
 #include <string>
+#include <typeinfo>
+#include <vector>
 
 #include "AutomotiveDesign.h"
 #include "ExpFile.h"
@@ -13,6 +15,9 @@ namespace ap214 = VELMAR::AutomotiveDesign;
 // In the guide:
 std::string ProductNameOf(ExpFile& file, ap214::ProductDefinitionFormation& formation);
 bool IsMillimetre(ExpFile& file, int number);
+std::vector<ap214::Surface*> SurfacesOf(ExpFile& file, ap214::ManifoldSolidBrep& solid);
+ap214::RationalBSplineSurface* RationalSurfaceOf(ExpFile& file, ap214::FaceSurface& face);
+std::string SurfacesInWords(ExpFile& file, ap214::ManifoldSolidBrep& solid);
 void Describe(ap214::Product& product, const std::string& utf8);
 void MoveTo(ap214::CartesianPoint& point, double x, double y, double z);
 void SetLength(ap214::MeasureWithUnit& measure, double length);
@@ -39,6 +44,29 @@ TEST_F(Guide, Finding) {
   EXPECT_EQ(ProductNameOf(file_, Get<ap214::ProductDefinitionFormation>(21)), "Pin 10 x 25");
   EXPECT_TRUE(IsMillimetre(file_, 5));
   EXPECT_FALSE(IsMillimetre(file_, 6));
+}
+
+TEST_F(Guide, FollowingReferences) {
+  const std::vector<ap214::Surface*> surfaces = SurfacesOf(file_, Get<ap214::ManifoldSolidBrep>(345));
+  ASSERT_EQ(surfaces.size(), 5u);
+  EXPECT_EQ(surfaces.back()->GetEntityNumber(), 342);
+  EXPECT_EQ(RationalSurfaceOf(file_, Get<ap214::FaceSurface>(343)), nullptr);
+
+  std::istringstream text(
+      "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n"
+      "#1=FACE_SURFACE('',(),#2,.T.);\n"
+      "#2=(BOUNDED_SURFACE()B_SPLINE_SURFACE(1,1,((#3,#3),(#3,#3)),.UNSPECIFIED.,.F.,.F.,.F.)\n"
+      "GEOMETRIC_REPRESENTATION_ITEM()RATIONAL_B_SPLINE_SURFACE(((1.,1.),(1.,0.5)))\n"
+      "REPRESENTATION_ITEM('')SURFACE());\n"
+      "ENDSEC;\nEND-ISO-10303-21;\n");
+  file_.Read(text);
+  ap214::RationalBSplineSurface* rational = RationalSurfaceOf(file_, Get<ap214::FaceSurface>(1));
+  ASSERT_NE(rational, nullptr);
+  EXPECT_EQ(rational->WeightsData().ToString(), "((1., 1.), (1., 0.5))");
+}
+
+TEST_F(Guide, TellingTypesApart) {
+  EXPECT_EQ(SurfacesInWords(file_, Get<ap214::ManifoldSolidBrep>(274)), "8 planes, 3 cylinders, 0 others");
 }
 
 TEST_F(Guide, Editing) {

@@ -41,7 +41,8 @@ TEST_P(EveryGolden, IsWrittenAgainByteForByte) {
 
 INSTANTIATE_TEST_SUITE_P(Golden, EveryGolden,
                          testing::Values("cpp_names", "enumeration", "multiple_inheritance",
-                                         "redeclared_attribute", "renamed_attribute", "simple_types"),
+                                         "redeclared_attribute", "references", "renamed_attribute",
+                                         "simple_types"),
                          [](const auto& info) { return std::string(info.param); });
 
 TEST(CppWriter, NamesOfNamespacesAreInCamelCase) {
@@ -113,7 +114,7 @@ TEST(CppWriter, EntityNamedAsTheCommonBaseGetsAnotherName) {
 
 TEST(CppWriter, WithoutDiamondNothingIsVirtual) {
   EXPECT_THAT(Header("ENTITY a; END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; ENTITY c; END_ENTITY;"),
-              Not(HasSubstr("virtual")));
+              Not(HasSubstr("virtual public")));
 }
 
 TEST(CppWriter, RowGivesCountsStartIndexAndLists) {
@@ -122,15 +123,44 @@ TEST(CppWriter, RowGivesCountsStartIndexAndLists) {
       "END_ENTITY; "
       "ENTITY c SUBTYPE OF (b); INVERSE SELF\\a.i : SET [1:1] OF d FOR r; j : SET OF d FOR r; END_ENTITY; "
       "ENTITY d; r : a; END_ENTITY;");
-  EXPECT_THAT(
-      source,
-      HasSubstr("{\"A\", &ExpSchemaCreate<A>, 1, 1, 0, 1,\n     \"\",\n     \"B\",\n"
-                "     \"x\"},"));
+  EXPECT_THAT(source, HasSubstr("{\"A\", &ExpSchemaCreate<A>, 1, 1, 0, 1,\n     \"\",\n     \"B\",\n"
+                                "     \"x\",\n     &typeid(A),\n     &ExpSchemaVisit<&Visitor::VisitA>},"));
   EXPECT_THAT(source, HasSubstr("{\"B\", &ExpSchemaCreate<B>, 3, 1, 1, 2,\n     \"A\",\n"
-                                "     \"C\",\n     \"x y z\"},"));
-  EXPECT_THAT(source,
-              HasSubstr("{\"C\", &ExpSchemaCreate<C>, 3, 2, 3, 3,\n     \"A B\",\n"
-                        "     \"\",\n     \"x y z\"},"));
+                                "     \"C\",\n     \"x y z\",\n"));
+  EXPECT_THAT(source, HasSubstr("{\"C\", &ExpSchemaCreate<C>, 3, 2, 3, 3,\n     \"A B\",\n"
+                                "     \"\",\n     \"x y z\",\n"));
+}
+
+TEST(CppWriter, AccessorsWithAStoreAreThereForValuesThatMayReferToEntitiesAndForNoOthers) {
+  const std::string header = Header(
+      "TYPE l = STRING; END_TYPE; TYPE n = SELECT (l); END_TYPE; TYPE s = SELECT (l, t); END_TYPE; "
+      "TYPE t = SELECT (a); END_TYPE; "
+      "ENTITY a; x : l; END_ENTITY; "
+      "ENTITY b; p : LIST OF LIST OF SET OF a; q : n; r : s; v : LIST OF n; w : LIST OF s; END_ENTITY;");
+  EXPECT_THAT(header, HasSubstr("  std::vector<std::vector<std::vector<A*>>> P(ExpStore& store) {\n"
+                                "    return ResolveAll<A, 3>(store, p_);\n"));
+  EXPECT_THAT(header,
+              HasSubstr("  ExpEntity* R(ExpStore& store) {\n    return Resolve<ExpEntity>(store, r_);\n"));
+  EXPECT_THAT(header, HasSubstr("  std::vector<ExpEntity*> W(ExpStore& store) {\n"));
+  for (const char* none : {" X(ExpStore", " Q(ExpStore", " V(ExpStore"})
+    EXPECT_THAT(header, Not(HasSubstr(none)));
+}
+
+TEST(CppWriter, ClassesAreDeclaredBeforeTheFirstIsDefinedSoThatTheyMayReferToEachOther) {
+  const std::string header = Header("ENTITY a; r : b; END_ENTITY; ENTITY b; r : a; END_ENTITY;");
+  const std::size_t declared = header.find("class A;\nclass B;\n");
+  ASSERT_NE(declared, std::string::npos);
+  EXPECT_LT(declared, header.find("class VELMAR_API A "));
+}
+
+TEST(CppWriter, VisitorCallsTheOperationOfTheFirstSupertype) {
+  const auto files = Generated(
+      InSchema("ENTITY a; END_ENTITY; ENTITY b; END_ENTITY; ENTITY c SUBTYPE OF (b, a); END_ENTITY;"),
+      "test.exp");
+  EXPECT_THAT(files[0].text, HasSubstr("  virtual void VisitA(A*);\n  virtual void VisitB(B*);\n"
+                                       "  virtual void VisitC(C*);\n"));
+  EXPECT_THAT(files[2].text, HasSubstr("void Visitor::VisitA(A* entity) {\n  VisitExpEntity(entity);\n}\n"));
+  EXPECT_THAT(files[2].text, HasSubstr("void Visitor::VisitC(C* entity) {\n  VisitB(entity);\n}\n"));
 }
 
 TEST(CppWriter, PartsShareTheEntities) {
@@ -156,7 +186,7 @@ TEST(CppWriter, SupertypesOfWhatIsInterfacedComeAlong) {
   EXPECT_THAT(files[0].text, HasSubstr("class VELMAR_API A : "));
   EXPECT_THAT(files[0].text, HasSubstr("class VELMAR_API Bb : public A {"));
   EXPECT_THAT(files[0].text, Not(HasSubstr("class VELMAR_API C ")));
-  EXPECT_THAT(files[2].text, HasSubstr("     \"\",\n     \"BB\",\n     \"v\"},"));
+  EXPECT_THAT(files[2].text, HasSubstr("     \"\",\n     \"BB\",\n     \"v\",\n"));
   EXPECT_THAT(files[2].text, HasSubstr("{\"BB\", "));
 }
 

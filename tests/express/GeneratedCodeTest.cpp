@@ -4,15 +4,19 @@
 
 #include <memory>
 #include <type_traits>
+#include <vector>
 
 #include "CppNames.h"
 #include "EnumerationType.h"
+#include "ExpFile.h"
 #include "ExpRuntimeRegistry.h"
 #include "ExtensibleTypes.h"
 #include "GeneralisedTypes.h"
+#include "HiddenTarget.h"
 #include "InverseAttribute.h"
 #include "MultipleInheritance.h"
 #include "RedeclaredAttribute.h"
+#include "References.h"
 #include "RenamedAttribute.h"
 #include "Shapes.h"
 #include "SimpleTypes.h"
@@ -51,6 +55,12 @@ TEST(GeneratedCode, MembersAreOfTheClassThatFitsTheType) {
   EXPECT_EQ(thing->GetMember(11), &thing->Maybe());
   EXPECT_EQ(thing->GetMember(12), nullptr);
   EXPECT_EQ(thing->GetMember(-1), nullptr);
+}
+
+TEST(GeneratedCode, EmptyEntitiesAreMadeWithoutAnyCleaningUp) {
+  static_assert(std::is_nothrow_default_constructible_v<SimpleTypes::Thing>);
+  static_assert(std::is_nothrow_default_constructible_v<EnumerationType::Crossing>);
+  static_assert(std::is_nothrow_default_constructible_v<MultipleInheritance::Bottom>);
 }
 
 TEST(GeneratedCode, ClassesCanServeAFurtherSchema) {
@@ -225,6 +235,336 @@ TEST(GeneratedCode, UnknownMemberNamesAndOtherCasesGiveNull) {
   EXPECT_EQ(shape->GetMember("size"), &shape->Size());
   EXPECT_EQ(shape->GetMember("SIZE"), nullptr);
   EXPECT_EQ(shape->GetMember("nothing"), nullptr);
+}
+
+// ---- typed references -------------------------------------------------------------------------------
+
+// Two nodes, #1 and #2, the second a special one, and an edge without values, #3.
+class TypedReferences : public testing::Test {
+ protected:
+  ExpFile file{STEP_AP214, "REFERENCES"};
+  ExpEntity* node = file.CreateAndAddEntity("NODE");
+  ExpEntity* special = file.CreateAndAddEntity("SPECIAL_NODE");
+  References::Edge* edge = dynamic_cast<References::Edge*>(file.CreateAndAddEntity("EDGE"));
+
+  ExpAggregation* Links(std::initializer_list<int> numbers) {
+    auto* list = new ExpAggregation;
+    for (const int number : numbers) list->AddValue(new ExpLink(number));
+    return list;
+  }
+};
+
+template <class Entity, class = void>
+constexpr bool hasTypedNoReference = false;
+template <class Entity>
+constexpr bool hasTypedNoReference<
+    Entity, std::void_t<decltype(std::declval<Entity&>().NoReference(std::declval<ExpFile&>()))>> = true;
+template <class Entity, class = void>
+constexpr bool hasTypedEither = false;
+template <class Entity>
+constexpr bool
+    hasTypedEither<Entity, std::void_t<decltype(std::declval<Entity&>().Either(std::declval<ExpFile&>()))>> = true;
+
+TEST_F(TypedReferences, LinkLeadsToTheClassOfItsEntity) {
+  static_assert(std::is_same_v<decltype(edge->First(file)), References::Node*>);
+  edge->First().SetExpLink(1);
+  EXPECT_EQ(edge->First(file), node);
+  edge->First().SetExpLink(2);
+  EXPECT_EQ(edge->First(file), special);
+}
+
+TEST_F(TypedReferences, LinkThatIsMissingOrLeadsElsewhereGivesNull) {
+  EXPECT_EQ(edge->First(file), nullptr) << "never set";
+  edge->First().SetExpLink(77);
+  EXPECT_EQ(edge->First(file), nullptr) << "no such instance";
+  edge->First().SetExpLink(3);
+  EXPECT_EQ(edge->First(file), nullptr) << "an edge";
+  edge->First().SetExpLink(1);
+  edge->First().SetNotProvided(true);
+  EXPECT_EQ(edge->First(file), nullptr) << "$";
+  edge->First().SetNotProvided(false);
+  edge->First().SetOmitted(true);
+  EXPECT_EQ(edge->First(file), nullptr) << "*";
+  edge->First().SetOmitted(false);
+  EXPECT_EQ(edge->First(file), node);
+}
+
+TEST_F(TypedReferences, SelectThatIsMarkedAsMissingGivesNullWhateverItHolds) {
+  edge->Either().SetExpLink(1);
+  edge->Either().SetNotProvided(true);
+  EXPECT_EQ(edge->Either(file), nullptr) << "$";
+  edge->Either().SetNotProvided(false);
+  edge->Either().SetOmitted(true);
+  EXPECT_EQ(edge->Either(file), nullptr) << "*";
+  edge->Either().SetOmitted(false);
+  EXPECT_EQ(edge->Either(file), node);
+}
+
+TEST_F(TypedReferences, AggregateGivesItsEntitiesInOrderAndLeavesOutWhatIsNone) {
+  static_assert(std::is_same_v<decltype(edge->Through(file)), std::vector<References::Node*>>);
+  EXPECT_THAT(edge->Through(file), IsEmpty());
+  for (const int number : {2, 77, 1, 3, 2}) edge->Through().AddValue(new ExpLink(number));
+  edge->Through().AddValue(new ExpString("text"));
+  edge->Through().AddValue(nullptr);
+  EXPECT_THAT(edge->Through(file), ElementsAre(special, node, special));
+  edge->Through().SetNotProvided(true);
+  EXPECT_THAT(edge->Through(file), IsEmpty());
+}
+
+TEST_F(TypedReferences, NestedAggregateGivesAVectorForEachElement) {
+  static_assert(std::is_same_v<decltype(edge->Grid(file)), std::vector<std::vector<References::Node*>>>);
+  edge->Grid().AddValue(Links({1, 77, 2}));
+  edge->Grid().AddValue(Links({}));
+  edge->Grid().AddValue(new ExpLink(1));
+  edge->Grid().AddValue(nullptr);
+  EXPECT_THAT(edge->Grid(file), ElementsAre(ElementsAre(node, special), IsEmpty(), IsEmpty(), IsEmpty()));
+}
+
+TEST_F(TypedReferences, SelectGivesAnEntityOfAnyClassOrNullForAnotherValue) {
+  static_assert(std::is_same_v<decltype(edge->Either(file)), ExpEntity*>);
+  edge->Either().SetExpLink(3);
+  EXPECT_EQ(edge->Either(file), edge);
+  edge->Mixed().SetExpLink(1);
+  EXPECT_EQ(edge->Mixed(file), node);
+  EXPECT_EQ(Resolve<References::Node>(file, edge->Mixed()), node);
+  EXPECT_EQ(Resolve<References::Edge>(file, edge->Mixed()), nullptr);
+  edge->Mixed().SetExpString("label");
+  EXPECT_EQ(edge->Mixed(file), nullptr);
+  EXPECT_EQ(Resolve<ExpEntity>(file, edge->NoReference()), nullptr);
+}
+
+TEST_F(TypedReferences, SelectThatHoldsAnAggregateIsResolvedLikeOne) {
+  edge->Mixed().AddExpSelectTypeName("NODES");
+  for (const int number : {1, 2}) edge->Mixed().AddValue(new ExpLink(number));
+  EXPECT_EQ(edge->Mixed(file), nullptr);
+  EXPECT_THAT(ResolveAll<References::Node>(file, edge->Mixed()), ElementsAre(node, special));
+  EXPECT_THAT(ResolveAll<References::SpecialNode>(file, edge->Mixed()), ElementsAre(special));
+  EXPECT_THAT(ResolveAll<References::Node>(file, edge->First()), IsEmpty());
+}
+
+TEST_F(TypedReferences, AggregateOfSelectsGivesTheEntitiesAmongItsValues) {
+  static_assert(std::is_same_v<decltype(edge->Several(file)), std::vector<ExpEntity*>>);
+  for (const int number : {3, 1}) {
+    auto* select = new ExpSelect;
+    select->SetExpLink(number);
+    edge->Several().AddValue(select);
+  }
+  auto* label = new ExpSelect;
+  label->SetExpString("label");
+  edge->Several().AddValue(label);
+  EXPECT_THAT(edge->Several(file), ElementsAre(edge, node));
+}
+
+TEST_F(TypedReferences, ValuesThatAreNoReferencesHaveNone) {
+  static_assert(!hasTypedNoReference<References::Edge>);
+  static_assert(hasTypedEither<References::Edge>);
+}
+
+TEST_F(TypedReferences, ComplexInstanceGivesItsPartOfExactlyTheClassOrElseOneDerivedFromIt) {
+  const auto complexWith = [&](std::initializer_list<const char*> names) {
+    auto* complex = new ExpExternalMappingEntity;
+    for (const char* name : names) complex->AddEntity(file.CreateEntity(name));
+    return complex;
+  };
+  const std::unique_ptr<ExpExternalMappingEntity> both(complexWith({"SPECIAL_NODE", "NODE", "TAGGED"}));
+  const std::unique_ptr<ExpExternalMappingEntity> derived(complexWith({"TAGGED", "SPECIAL_NODE"}));
+  file.AddEntity(50, both.get());
+  file.AddEntity(51, derived.get());
+  edge->First().SetExpLink(50);
+  EXPECT_EQ(edge->First(file), (*both->GetEntities())[1]);
+  EXPECT_EQ(Resolve<References::SpecialNode>(file, edge->First()), (*both->GetEntities())[0]);
+  EXPECT_EQ(Resolve<ExpEntity>(file, edge->First()), both.get());
+  EXPECT_EQ(Resolve<References::Edge>(file, edge->First()), nullptr);
+  edge->First().SetExpLink(51);
+  EXPECT_EQ(edge->First(file), (*derived->GetEntities())[1]);
+  EXPECT_EQ(EntityAs<References::Node>(nullptr), nullptr);
+  file.AddEntity(50, nullptr);
+  file.AddEntity(51, nullptr);
+}
+
+TEST_F(TypedReferences, AccessorsThatHideClassesAndRenamedAttributesHaveThem) {
+  auto* holder = dynamic_cast<References::SpecialHolder*>(file.CreateAndAddEntity("SPECIAL_HOLDER"));
+  static_assert(std::is_same_v<decltype(holder->Node(file)), References::Node*>);
+  static_assert(std::is_same_v<decltype(holder->Special(file)), References::SpecialNode*>);
+  holder->Node().SetExpLink(1);
+  EXPECT_EQ(holder->Node(file), node);
+  EXPECT_EQ(holder->Special(file), nullptr);
+  holder->Node().SetExpLink(2);
+  EXPECT_EQ(holder->Special(file), special);
+  auto* visitor = dynamic_cast<References::Visitor_*>(file.CreateAndAddEntity("VISITOR"));
+  visitor->Resolve_().SetExpLink(1);
+  visitor->Visitor__().SetExpLink(visitor->GetEntityNumber());
+  EXPECT_EQ(visitor->Resolve_(file), node);
+  EXPECT_EQ(visitor->Visitor__(file), visitor);
+  visitor->Accept_().SetExpLink(2);
+  visitor->ExpStore_().SetExpLink(1);
+  EXPECT_EQ(visitor->Accept_(file), special);
+  EXPECT_EQ(visitor->ExpStore_(file), node);
+}
+
+TEST_F(TypedReferences, EntityThatIsNotVisibleInTheSchemaIsAnyEntity) {
+  const auto holder = Create<HiddenTarget::Holder>("HOLDER", "HIDDEN_TARGET");
+  static_assert(std::is_same_v<decltype(holder->Hidden(file)), ExpEntity*>);
+  holder->Hidden().SetExpLink(1);
+  EXPECT_EQ(holder->Hidden(file), node);
+}
+
+// ---- the visitor ------------------------------------------------------------------------------------
+
+class NamesOfVisits : public References::Visitor {
+ public:
+  std::vector<std::string> seen;
+
+ private:
+  void VisitNode_(References::Node* node) override {  // for there is an entity visit_node
+    seen.push_back("node " + node->GetExpClassName());
+    Visitor::VisitNode_(node);
+  }
+  void VisitTagged(References::Tagged*) override { seen.push_back("tagged"); }
+  void VisitExpEntity(ExpEntity* entity) override { seen.push_back("entity " + entity->GetExpClassName()); }
+};
+
+TEST(SchemaVisitor, OperationNotOverriddenCallsThatOfTheFirstSupertype) {
+  NamesOfVisits visitor;
+  for (const char* name : {"NODE", "SPECIAL_NODE", "TAGGED_NODE", "TAGGED", "EDGE"})
+    Create<ExpEntity>(name, "REFERENCES")->Accept(&visitor);
+  EXPECT_THAT(visitor.seen,
+              ElementsAre("node NODE", "entity NODE", "node SPECIAL_NODE", "entity SPECIAL_NODE",
+                          "node TAGGED_NODE", "entity TAGGED_NODE", "tagged", "entity EDGE"));
+}
+
+TEST(SchemaVisitor, EntityMadeWithoutItsTypeIsVisitedToo) {
+  NamesOfVisits visitor;
+  References::Tagged tagged;
+  tagged.Accept(&visitor);
+  EXPECT_THAT(visitor.seen, ElementsAre("tagged"));
+}
+
+TEST(SchemaVisitor, ClassOfAnApplicationIsVisitedAsTheClassItIsDerivedFrom) {
+  class Tagged : public References::Tagged {};
+  class Node : public References::TaggedNode {};
+  class Base : public References::EntityBase {};
+  NamesOfVisits visitor;
+  for (int i = 0; i < 2; ++i) {  // looked for, and remembered
+    Tagged().Accept(&visitor);
+    Base().Accept(&visitor);
+  }
+  EXPECT_THAT(visitor.seen, ElementsAre("tagged", "tagged"));
+  struct Last : References::Visitor {
+    References::TaggedNode* seen = nullptr;
+    void VisitTaggedNode(References::TaggedNode* node) override { seen = node; }
+  } last;
+  Node node;
+  node.Accept(&last);
+  EXPECT_EQ(last.seen, &node);
+}
+
+TEST(SchemaVisitor, ClassOfAnApplicationOverTwoThatAreUnrelatedIsVisitedAsTheDeeperOrElseTheEarlier) {
+  class DeeperSecond : public References::Tagged, public References::SpecialNode {
+    using References::Tagged::GetMember;
+    ExpAttribute* GetMember(int) override { return nullptr; }
+  };
+  class EarlierSecond : public References::Tagged, public References::Node {
+    using References::Tagged::GetMember;
+    ExpAttribute* GetMember(int) override { return nullptr; }
+  };
+  struct Visitor : References::Visitor {
+    std::vector<std::string> seen;
+    void VisitNode_(References::Node*) override { seen.push_back("node"); }
+    void VisitSpecialNode(References::SpecialNode*) override { seen.push_back("special node"); }
+    void VisitTagged(References::Tagged*) override { seen.push_back("tagged"); }
+  } visitor;
+  DeeperSecond().Accept(&visitor);
+  EarlierSecond().Accept(&visitor);
+  EXPECT_THAT(visitor.seen, ElementsAre("special node", "node"));
+}
+
+TEST(SchemaVisitor, VisitorOfAnotherKindGetsNothing) {
+  class Other : public MultipleInheritance::Visitor {
+   public:
+    int visits = 0;
+    void VisitExpEntity(ExpEntity*) override { ++visits; }
+  } other;
+  ExpEntityVisitor plain;
+  const auto node = Create<References::Node>("NODE", "REFERENCES");
+  node->Accept(&other);
+  node->Accept(&plain);
+  node->Accept(nullptr);
+  EXPECT_EQ(other.visits, 0);
+  Create<ExpEntity>("ROOT", "MULTIPLE_INHERITANCE")->Accept(&other);
+  EXPECT_EQ(other.visits, 1);
+}
+
+TEST(SchemaVisitor, VisitorOfTwoSchemasGetsTheEntitiesOfBoth) {
+  struct Both : References::Visitor, MultipleInheritance::Visitor {
+    std::vector<std::string> seen;
+    void VisitNode_(References::Node* node) override { seen.push_back(node->GetExpClassName()); }
+    void VisitRoot(MultipleInheritance::Root* root) override { seen.push_back(root->GetExpClassName()); }
+  } both;
+  ExpEntityVisitor* visitor = static_cast<References::Visitor*>(&both);
+  Create<ExpEntity>("NODE", "REFERENCES")->Accept(visitor);
+  Create<ExpEntity>("BOTTOM", "MULTIPLE_INHERITANCE")->Accept(visitor);
+  EXPECT_THAT(both.seen, ElementsAre("NODE", "BOTTOM"));
+}
+
+TEST(SchemaVisitor, ComplexInstanceArrivesWholeAndItsPartsByTheirClasses) {
+  struct Visitor : References::Visitor {
+    std::vector<std::string> seen;
+    void VisitExpExternalMappingEntity(ExpExternalMappingEntity* complex) override {
+      seen.push_back("complex");
+      for (ExpEntity* part : *complex->GetEntities()) part->Accept(this);
+    }
+    void VisitSpecialNode(References::SpecialNode*) override { seen.push_back("special node"); }
+    void VisitTagged(References::Tagged*) override { seen.push_back("tagged"); }
+  } visitor;
+  ExpExternalMappingEntity complex;
+  complex.AddEntity(Create<ExpEntity>("SPECIAL_NODE", "REFERENCES").release());
+  complex.AddEntity(Create<ExpEntity>("TAGGED", "REFERENCES").release());
+  complex.Accept(&visitor);
+  EXPECT_THAT(visitor.seen, ElementsAre("complex", "special node", "tagged"));
+}
+
+TEST(SchemaVisitor, OperationsGetEntitiesOfVirtualBases) {
+  struct Visitor : MultipleInheritance::Visitor {
+    std::vector<ExpAttribute*> seen;
+    void VisitRoot(MultipleInheritance::Root* root) override { seen = {&root->R1(), &root->R2()}; }
+  } visitor;
+  const auto bottom = Create<MultipleInheritance::Bottom>("BOTTOM", "MULTIPLE_INHERITANCE");
+  bottom->Accept(&visitor);
+  EXPECT_THAT(visitor.seen, ElementsAre(bottom->GetMember(0), bottom->GetMember(1)));
+}
+
+TEST(SchemaVisitor, ResolvesReferencesInItsStore) {
+  ExpFile file(STEP_AP214, "REFERENCES");
+  ExpEntity* node = file.CreateAndAddEntity("NODE");
+  ExpEntity* edge = file.CreateAndAddEntity("EDGE");
+  edge->GetMember(0)->SetExpLink(1);
+  struct Visitor : References::Visitor {
+    using References::Visitor::Visitor;
+    References::Node* first = nullptr;
+    void VisitEdge(References::Edge* visited) override { first = visited->First(*GetAdmin()); }
+  } visitor(&file);
+  edge->Accept(&visitor);
+  EXPECT_EQ(visitor.first, node);
+}
+
+TEST(SchemaVisitor, NamesThatCollideGetAnUnderscore) {
+  struct Visitor : References::Visitor {
+    std::vector<std::string> seen;
+    void VisitNode_(References::Node*) override { seen.push_back("node"); }
+    void VisitVisitNode(References::VisitNode*) override { seen.push_back("visit node"); }
+    void VisitVisitor_(References::Visitor_*) override { seen.push_back("visitor"); }
+    void VisitLog_(References::Log_* log) override {
+      seen.push_back("log");
+      References::Visitor::VisitLog_(log);
+    }
+    void VisitVisitExpEntity_(References::VisitExpEntity_*) override { seen.push_back("visit exp entity"); }
+    void VisitExpSchemaVisit_(References::ExpSchemaVisit_*) override { seen.push_back("exp schema visit"); }
+  } visitor;
+  for (const char* name : {"NODE", "VISIT_NODE", "VISITOR", "LOG_", "EXP_SCHEMA_VISIT"})
+    Create<ExpEntity>(name, "REFERENCES")->Accept(&visitor);
+  EXPECT_THAT(visitor.seen,
+              ElementsAre("node", "visit node", "visitor", "log", "visit exp entity", "exp schema visit"));
 }
 
 }  // namespace

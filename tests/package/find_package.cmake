@@ -9,6 +9,8 @@ run(${build}/read_and_list ${sample})
 expect_substring("${output}" "#16 VB-110 Winkel für Träger\n")
 run(${build}/late_binding ${prefix}/share/velmar/schemas/automotive_design.exp ${sample})
 expect_substring("${output}" "#16 PRODUCT\n  id = 'VB-110'\n")
+run(${build}/walk_faces ${sample})
+expect_substring("${output}" "#248 fillet: cylinder of radius 6, bounds: 1\n")
 run(${build}/build_from_nothing ${WORK_DIR}/triangle.stp)
 expect_substring("${output}" "#4 = POLYLINE('triangle', (#1, #2, #3, #1));\n")
 

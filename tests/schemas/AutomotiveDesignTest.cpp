@@ -8,6 +8,7 @@
 #include <typeinfo>
 
 #include "AutomotiveDesign.h"
+#include "ExpFile.h"
 #include "ExpRuntimeRegistry.h"
 #include "ExpressParser.h"
 #include "Resolver.h"
@@ -216,6 +217,101 @@ TEST(AutomotiveDesign, ApplicationsMayDeriveFromItsClasses) {
   EXPECT_NE(dynamic_cast<ExpInteger*>(entity.GetMember(4)), nullptr);
   EXPECT_EQ(entity.GetMember(5), nullptr);
   EXPECT_NE(dynamic_cast<Face*>(&entity), nullptr);
+}
+
+// A face on a plane, one on a rational B-spline surface, and a shell of these, an edge loop, and what is not
+// there.
+class Faces : public testing::Test {
+ protected:
+  Faces() {
+    Load();
+    std::istringstream text(R"(ISO-10303-21;
+HEADER;
+FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));
+ENDSEC;
+DATA;
+#1=CLOSED_SHELL('',(#3,#2,#4,#99));
+#2=ADVANCED_FACE('flat',(#4,#5),#6,.T.);
+#3=FACE_SURFACE('curved',(),#7,.T.);
+#4=EDGE_LOOP('',());
+#5=FACE_OUTER_BOUND('',#4,.T.);
+#6=PLANE('',$);
+#7=(BOUNDED_SURFACE()B_SPLINE_SURFACE(1,1,((#8,#8),(#9,#99,#8)),.UNSPECIFIED.,.F.,.F.,.F.)
+  GEOMETRIC_REPRESENTATION_ITEM()RATIONAL_B_SPLINE_SURFACE(((1.,1.),(1.,0.5)))REPRESENTATION_ITEM('')SURFACE());
+#8=CARTESIAN_POINT('',(0.,0.,0.));
+#9=CARTESIAN_POINT('',(1.,0.,0.));
+ENDSEC;
+END-ISO-10303-21;
+)");
+    file_.Read(text);
+  }
+  template <class Entity>
+  Entity* Get(int number) {
+    auto* entity = dynamic_cast<Entity*>(file_.GetEntity(number));
+    EXPECT_NE(entity, nullptr) << number;
+    return entity;
+  }
+  ExpEntity* At(int number) { return file_.GetEntity(number); }
+
+  ExpFile file_;
+};
+
+TEST_F(Faces, ReferencesLeadToTheirClasses) {
+  EXPECT_THAT(Get<ClosedShell>(1)->CfsFaces(file_), ElementsAre(At(3), At(2)));
+  EXPECT_THAT(Get<AdvancedFace>(2)->Bounds(file_), ElementsAre(At(5)));
+  EXPECT_EQ(Get<FaceSurface>(2)->FaceGeometry(file_), At(6));
+  EXPECT_EQ(Get<FaceBound>(5)->Bound(file_), At(4));
+  EXPECT_EQ(Get<Plane>(6)->Position(file_), nullptr);
+}
+
+TEST_F(Faces, ComplexSurfaceGivesTheRecordOfTheClassThatIsAskedFor) {
+  FaceSurface* face = Get<FaceSurface>(3);
+  ASSERT_NE(face->FaceGeometry(file_), nullptr);
+  EXPECT_EQ(face->FaceGeometry(file_)->GetExpClassName(), "SURFACE");
+  auto* spline = Resolve<BSplineSurface>(file_, face->FaceGeometry());
+  ASSERT_NE(spline, nullptr);
+  EXPECT_EQ(spline->GetExpClassName(), "B_SPLINE_SURFACE");
+  EXPECT_THAT(spline->ControlPointsList(file_),
+              ElementsAre(ElementsAre(At(8), At(8)), ElementsAre(At(9), At(8))));
+  EXPECT_EQ(Resolve<Plane>(file_, face->FaceGeometry()), nullptr);
+}
+
+TEST_F(Faces, VisitorGetsThemByTheNearestOperationThatIsThere) {
+  struct Lister : Visitor {
+    std::vector<std::string> seen;
+    void Note(const std::string& operation, ExpEntity* entity) {
+      seen.push_back(operation + ' ' + std::to_string(entity->GetEntityNumber()));
+    }
+    void VisitFaceSurface(FaceSurface* face) override { Note("face", face); }
+    void VisitSurface(Surface* surface) override { Note("surface", surface); }
+    void VisitPoint(Point* point) override { Note("point", point); }
+    void VisitExpExternalMappingEntity(ExpExternalMappingEntity* complex) override {
+      Note("complex", complex);
+    }
+    void VisitExpEntity(ExpEntity* entity) override { Note("entity", entity); }
+  } lister;
+  for (const int number : {1, 2, 3, 6, 7, 8}) At(number)->Accept(&lister);
+  EXPECT_THAT(lister.seen, ElementsAre("entity 1", "face 2", "face 3", "surface 6", "complex 7", "point 8"));
+}
+
+TEST(AutomotiveDesign, VisitorHasAnOperationForEveryEntity) {
+  struct Counter : Visitor {
+    int entities = 0;
+    void VisitExpEntity(ExpEntity*) override { ++entities; }
+  } counter;
+  std::ostringstream report;
+  ExpRuntimeRegistry::GetInstance()->DumpRegisteredEntityTypes(report);
+  std::istringstream lines(report.str());
+  int types = 0;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.find(" :: AUTOMOTIVE_DESIGN") == std::string::npos) continue;
+    ++types;
+    std::string name;
+    std::istringstream(line) >> name;
+    Create<ExpEntity>(name.c_str())->Accept(&counter);
+  }
+  EXPECT_EQ(types, 915);
+  EXPECT_EQ(counter.entities, types);
 }
 
 }  // namespace

@@ -191,6 +191,27 @@ TEST_F(StepIrAicInAp203, PartsOfTwoSchemasMakeOneInstance) {
 
 // Every type that a schema lacks, with all its supertypes, of which the schema may have its own definitions
 // with fewer or other attributes.
+TEST_F(StepIrAicInAp214, AreVisitedByTheVisitorOfAp242AndLeadToItsClassesOnly) {
+  NEEDS_SCHEMA("AUTOMOTIVE_DESIGN");
+  struct Contexts : Ap242::Visitor {
+    Numbers seen;
+    void VisitProductContext(Ap242::ProductContext* context) override {
+      seen.push_back(context->GetEntityNumber());
+    }
+  } contexts;
+  ExpFile file;
+  Read(file, "AUTOMOTIVE_DESIGN",
+       "#1=APPLICATION_CONTEXT('');\n#2=MECHANICAL_CONTEXT('',#1,'mechanical');\n"
+       "#3=PRODUCT_CONTEXT('',#1,'mechanical');\n#4=PRODUCT('','',$,(#2,#3));\n");
+  for (const int number : {1, 2, 3, 4}) file.GetEntity(number)->Accept(&contexts);
+  EXPECT_EQ(contexts.seen, Numbers{2}) << "of these #2 alone is of a class of Ap242";
+
+  auto* mechanical = dynamic_cast<Ap242::MechanicalContext*>(file.GetEntity(2));
+  ASSERT_NE(mechanical, nullptr);
+  EXPECT_EQ(mechanical->FrameOfReference(file), nullptr) << "#1 is of the class of the file's own schema";
+  EXPECT_EQ(Resolve<ExpEntity>(file, mechanical->FrameOfReference()), file.GetEntity(1));
+}
+
 TEST_F(StepIrAicTypes, EveryCombinationWithTheirSupertypesIsNumberedAndPrinted) {
   ExpRuntimeRegistry* registry = ExpRuntimeRegistry::GetInstance();
   std::ostringstream report;

@@ -1,7 +1,17 @@
 // Generated from cpp_names.exp by velmar-express 3.1. Do not edit.
 #include "CppNames.h"
 
+#include <iterator>
+
 namespace VELMAR::CppNames {
+
+extern const ExpEntityTypeTable kEntityTypes1;
+
+namespace {
+
+constexpr const ExpEntityTypeTable* kParts[] = {&kEntityTypes1};
+
+}  // namespace
 
 EntityBase::~EntityBase() = default;
 ExpAttribute* EntityBase::GetMember(int index) { return ExpEntity::GetMember(index); }
@@ -18,12 +28,17 @@ bool EntityBase::InsertInObjTree() const { return ExpEntity::InsertInObjTree(); 
 void EntityBase::SetEntityNumber(int number) { ExpEntity::SetEntityNumber(number); }
 int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
 std::string EntityBase::ToString() { return ExpEntity::ToString(); }
-void EntityBase::Accept(ExpEntityVisitor* visitor) { ExpEntity::Accept(visitor); }
+void EntityBase::Accept(ExpEntityVisitor* visitor) {
+  static ExpVisitIndex* const index = new ExpVisitIndex(kParts, std::size(kParts));
+  auto* own = dynamic_cast<Visitor*>(visitor);
+  if (own == nullptr || !index->Visit(own, this)) ExpEntity::Accept(visitor);
+}
 
-void Register1(const char* schema);
+Visitor::~Visitor() = default;
+void Visitor::VisitExpEntity(ExpEntity*) {}
 
 void RegisterAs(const char* registrySchemaName) {
-  Register1(registrySchemaName);
+  for (const auto* part : kParts) RegisterEntityTypes(registrySchemaName, part->rows, part->count);
 }
 
 void Load() {

@@ -20,9 +20,21 @@ ExpAttribute* Class::GetMember(int index) {
   }
 }
 
+void Visitor::VisitClass(Class* entity) {
+  VisitExpEntity(entity);
+}
+
 CppNames_::~CppNames_() = default;
 
+void Visitor::VisitCppNames_(CppNames_* entity) {
+  VisitExpEntity(entity);
+}
+
 ExpEntity_::~ExpEntity_() = default;
+
+void Visitor::VisitExpEntity_(ExpEntity_* entity) {
+  VisitExpEntity(entity);
+}
 
 Late::~Late() = default;
 
@@ -33,7 +45,15 @@ ExpAttribute* Late::GetMember(int index) {
   }
 }
 
+void Visitor::VisitLate(Late* entity) {
+  VisitLoad_(entity);
+}
+
 LoAd::~LoAd() = default;
+
+void Visitor::VisitLoAd(LoAd* entity) {
+  VisitExpEntity(entity);
+}
 
 Load_::~Load_() = default;
 
@@ -46,37 +66,54 @@ ExpAttribute* Load_::GetMember(int index) {
   }
 }
 
+void Visitor::VisitLoad_(Load_* entity) {
+  VisitExpEntity(entity);
+}
+
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
     {"CLASS", &ExpSchemaCreate<Class>, 9, 0, 0, 1,
      "",
      "",
-     "int this operator class to_string tostring_ get_member exp_string namespace"},
+     "int this operator class to_string tostring_ get_member exp_string namespace",
+     &typeid(Class),
+     &ExpSchemaVisit<&Visitor::VisitClass>},
     {"CPP_NAMES", &ExpSchemaCreate<CppNames_>, 0, 0, 0, 2,
      "",
      "",
-     ""},
+     "",
+     &typeid(CppNames_),
+     &ExpSchemaVisit<&Visitor::VisitCppNames_>},
     {"EXP_ENTITY", &ExpSchemaCreate<ExpEntity_>, 0, 0, 0, 3,
      "",
      "",
-     ""},
+     "",
+     &typeid(ExpEntity_),
+     &ExpSchemaVisit<&Visitor::VisitExpEntity_>},
     {"LATE", &ExpSchemaCreate<Late>, 4, 0, 3, 4,
      "LOAD",
      "",
-     "a_1 a1 colour other"},
+     "a_1 a1 colour other",
+     &typeid(Late),
+     &ExpSchemaVisit<&Visitor::VisitLate>},
     {"LO_AD", &ExpSchemaCreate<LoAd>, 0, 0, 0, 5,
      "",
      "",
-     ""},
+     "",
+     &typeid(LoAd),
+     &ExpSchemaVisit<&Visitor::VisitLoAd>},
     {"LOAD", &ExpSchemaCreate<Load_>, 3, 0, 0, 6,
      "",
      "LATE",
-     "a_1 a1 colour"},
+     "a_1 a1 colour",
+     &typeid(Load_),
+     &ExpSchemaVisit<&Visitor::VisitLoad_>},
 };
 
 }  // namespace
 
-void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 6); }
+extern const ExpEntityTypeTable kEntityTypes1;
+const ExpEntityTypeTable kEntityTypes1 = {kRows, 6};
 
 }  // namespace VELMAR::CppNames

@@ -13,17 +13,24 @@ ExpAttribute* Crossing::GetMember(int index) {
   }
 }
 
+void Visitor::VisitCrossing(Crossing* entity) {
+  VisitExpEntity(entity);
+}
+
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
     {"CROSSING", &ExpSchemaCreate<Crossing>, 2, 0, 0, 1,
      "",
      "",
-     "shows other"},
+     "shows other",
+     &typeid(Crossing),
+     &ExpSchemaVisit<&Visitor::VisitCrossing>},
 };
 
 }  // namespace
 
-void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 1); }
+extern const ExpEntityTypeTable kEntityTypes1;
+const ExpEntityTypeTable kEntityTypes1 = {kRows, 1};
 
 }  // namespace VELMAR::EnumerationType

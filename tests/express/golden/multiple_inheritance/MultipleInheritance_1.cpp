@@ -5,7 +5,15 @@ namespace VELMAR::MultipleInheritance {
 
 Apart::~Apart() = default;
 
+void Visitor::VisitApart(Apart* entity) {
+  VisitLeft(entity);
+}
+
 Below::~Below() = default;
+
+void Visitor::VisitBelow(Below* entity) {
+  VisitBottom(entity);
+}
 
 Bottom::~Bottom() = default;
 
@@ -21,6 +29,10 @@ ExpAttribute* Bottom::GetMember(int index) {
   }
 }
 
+void Visitor::VisitBottom(Bottom* entity) {
+  VisitRight(entity);
+}
+
 Left::~Left() = default;
 
 ExpAttribute* Left::GetMember(int index) {
@@ -28,6 +40,10 @@ ExpAttribute* Left::GetMember(int index) {
     case 2: return &l_;
     default: return Root::GetMember(index);
   }
+}
+
+void Visitor::VisitLeft(Left* entity) {
+  VisitRoot(entity);
 }
 
 OtherRoot::~OtherRoot() = default;
@@ -39,6 +55,10 @@ ExpAttribute* OtherRoot::GetMember(int index) {
   }
 }
 
+void Visitor::VisitOtherRoot(OtherRoot* entity) {
+  VisitExpEntity(entity);
+}
+
 Right::~Right() = default;
 
 ExpAttribute* Right::GetMember(int index) {
@@ -46,6 +66,10 @@ ExpAttribute* Right::GetMember(int index) {
     case 2: return &r_;
     default: return Root::GetMember(index);
   }
+}
+
+void Visitor::VisitRight(Right* entity) {
+  VisitRoot(entity);
 }
 
 Root::~Root() = default;
@@ -56,6 +80,10 @@ ExpAttribute* Root::GetMember(int index) {
     case 1: return &r2_;
     default: return nullptr;
   }
+}
+
+void Visitor::VisitRoot(Root* entity) {
+  VisitExpEntity(entity);
 }
 
 Twice::~Twice() = default;
@@ -70,45 +98,66 @@ ExpAttribute* Twice::GetMember(int index) {
   }
 }
 
+void Visitor::VisitTwice(Twice* entity) {
+  VisitRoot(entity);
+}
+
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
     {"APART", &ExpSchemaCreate<Apart>, 3, 0, 3, 1,
      "ROOT LEFT",
      "",
-     "r1 r2 l"},
+     "r1 r2 l",
+     &typeid(Apart),
+     &ExpSchemaVisit<&Visitor::VisitApart>},
     {"BELOW", &ExpSchemaCreate<Below>, 6, 0, 6, 2,
      "ROOT RIGHT LEFT OTHER_ROOT BOTTOM",
      "",
-     "r1 r2 r l o b"},
+     "r1 r2 r l o b",
+     &typeid(Below),
+     &ExpSchemaVisit<&Visitor::VisitBelow>},
     {"BOTTOM", &ExpSchemaCreate<Bottom>, 6, 0, 5, 3,
      "ROOT RIGHT LEFT OTHER_ROOT",
      "BELOW",
-     "r1 r2 r l o b"},
+     "r1 r2 r l o b",
+     &typeid(Bottom),
+     &ExpSchemaVisit<&Visitor::VisitBottom>},
     {"LEFT", &ExpSchemaCreate<Left>, 3, 0, 2, 4,
      "ROOT",
      "BOTTOM TWICE APART",
-     "r1 r2 l"},
+     "r1 r2 l",
+     &typeid(Left),
+     &ExpSchemaVisit<&Visitor::VisitLeft>},
     {"OTHER_ROOT", &ExpSchemaCreate<OtherRoot>, 1, 0, 0, 5,
      "",
      "BOTTOM",
-     "o"},
+     "o",
+     &typeid(OtherRoot),
+     &ExpSchemaVisit<&Visitor::VisitOtherRoot>},
     {"RIGHT", &ExpSchemaCreate<Right>, 3, 0, 2, 6,
      "ROOT",
      "BOTTOM",
-     "r1 r2 r"},
+     "r1 r2 r",
+     &typeid(Right),
+     &ExpSchemaVisit<&Visitor::VisitRight>},
     {"ROOT", &ExpSchemaCreate<Root>, 2, 0, 0, 7,
      "",
      "LEFT RIGHT TWICE",
-     "r1 r2"},
+     "r1 r2",
+     &typeid(Root),
+     &ExpSchemaVisit<&Visitor::VisitRoot>},
     {"TWICE", &ExpSchemaCreate<Twice>, 4, 0, 3, 8,
      "ROOT LEFT",
      "",
-     "r1 r2 l t"},
+     "r1 r2 l t",
+     &typeid(Twice),
+     &ExpSchemaVisit<&Visitor::VisitTwice>},
 };
 
 }  // namespace
 
-void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 8); }
+extern const ExpEntityTypeTable kEntityTypes1;
+const ExpEntityTypeTable kEntityTypes1 = {kRows, 8};
 
 }  // namespace VELMAR::MultipleInheritance

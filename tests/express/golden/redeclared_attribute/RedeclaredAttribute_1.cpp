@@ -12,6 +12,10 @@ ExpAttribute* CountUnit::GetMember(int index) {
   }
 }
 
+void Visitor::VisitCountUnit(CountUnit* entity) {
+  VisitUnit(entity);
+}
+
 FixedUnit::FixedUnit() {
   Unit::dimensions_.SetOmitted(true);
 }
@@ -25,6 +29,10 @@ ExpAttribute* FixedUnit::GetMember(int index) {
   }
 }
 
+void Visitor::VisitFixedUnit(FixedUnit* entity) {
+  VisitCountUnit(entity);
+}
+
 Unit::~Unit() = default;
 
 ExpAttribute* Unit::GetMember(int index) {
@@ -35,25 +43,36 @@ ExpAttribute* Unit::GetMember(int index) {
   }
 }
 
+void Visitor::VisitUnit(Unit* entity) {
+  VisitExpEntity(entity);
+}
+
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
     {"COUNT_UNIT", &ExpSchemaCreate<CountUnit>, 3, 0, 2, 1,
      "UNIT",
      "FIXED_UNIT",
-     "dimensions note own"},
+     "dimensions note own",
+     &typeid(CountUnit),
+     &ExpSchemaVisit<&Visitor::VisitCountUnit>},
     {"FIXED_UNIT", &ExpSchemaCreate<FixedUnit>, 4, 0, 3, 2,
      "UNIT COUNT_UNIT",
      "",
-     "dimensions note own label"},
+     "dimensions note own label",
+     &typeid(FixedUnit),
+     &ExpSchemaVisit<&Visitor::VisitFixedUnit>},
     {"UNIT", &ExpSchemaCreate<Unit>, 2, 0, 0, 3,
      "",
      "COUNT_UNIT",
-     "dimensions note"},
+     "dimensions note",
+     &typeid(Unit),
+     &ExpSchemaVisit<&Visitor::VisitUnit>},
 };
 
 }  // namespace
 
-void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 3); }
+extern const ExpEntityTypeTable kEntityTypes1;
+const ExpEntityTypeTable kEntityTypes1 = {kRows, 3};
 
 }  // namespace VELMAR::RedeclaredAttribute

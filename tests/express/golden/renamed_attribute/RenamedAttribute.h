@@ -1,6 +1,9 @@
 // Generated from renamed_attribute.exp by velmar-express 3.1. Do not edit.
 #pragma once
 
+#include <vector>
+
+#include "ExpEntityVisitor.h"
 #include "ExpSchemaLibrary.h"
 
 #if VELMAR_VERSION_MAJOR != 3 || VELMAR_VERSION_MINOR != 1
@@ -35,7 +38,28 @@ class VELMAR_API EntityBase : public ExpEntity {
   void SetEntityNumber(int number) override;
   int GetEntityNumber() override;
   std::string ToString() override;
+  /// Calls the operation of a Visitor for the entity's class; with other visitors does what ExpEntity does.
   void Accept(ExpEntityVisitor* visitor) override;
+};
+
+// The classes of the entities. An attribute that refers to entities has two accessors: one gives its value,
+// the other the entities that it leads to in a store, as Resolve or, for aggregates, ResolveAll does.
+class AssemblyRelation;
+class NarrowRelation;
+class Relation;
+
+/// Receives the entities of this schema, each by the operation for its class. Unless such an operation is
+/// overridden it calls that for the first supertype, or VisitExpEntity where the entity has none.
+class VELMAR_API Visitor : public ExpEntityVisitor {
+ public:
+  using ExpEntityVisitor::ExpEntityVisitor;
+  ~Visitor() override;
+
+  /// Does nothing.
+  virtual void VisitExpEntity(ExpEntity*);
+  virtual void VisitAssemblyRelation(AssemblyRelation*);
+  virtual void VisitNarrowRelation(NarrowRelation*);
+  virtual void VisitRelation(Relation*);
 };
 
 /// relation

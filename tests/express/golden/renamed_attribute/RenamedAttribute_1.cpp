@@ -12,7 +12,15 @@ ExpAttribute* AssemblyRelation::GetMember(int index) {
   }
 }
 
+void Visitor::VisitAssemblyRelation(AssemblyRelation* entity) {
+  VisitRelation(entity);
+}
+
 NarrowRelation::~NarrowRelation() = default;
+
+void Visitor::VisitNarrowRelation(NarrowRelation* entity) {
+  VisitAssemblyRelation(entity);
+}
 
 Relation::~Relation() = default;
 
@@ -24,25 +32,36 @@ ExpAttribute* Relation::GetMember(int index) {
   }
 }
 
+void Visitor::VisitRelation(Relation* entity) {
+  VisitExpEntity(entity);
+}
+
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
     {"ASSEMBLY_RELATION", &ExpSchemaCreate<AssemblyRelation>, 3, 0, 2, 1,
      "RELATION",
      "NARROW_RELATION",
-     "relating related quantity"},
+     "relating related quantity",
+     &typeid(AssemblyRelation),
+     &ExpSchemaVisit<&Visitor::VisitAssemblyRelation>},
     {"NARROW_RELATION", &ExpSchemaCreate<NarrowRelation>, 3, 0, 3, 2,
      "RELATION ASSEMBLY_RELATION",
      "",
-     "relating related quantity"},
+     "relating related quantity",
+     &typeid(NarrowRelation),
+     &ExpSchemaVisit<&Visitor::VisitNarrowRelation>},
     {"RELATION", &ExpSchemaCreate<Relation>, 2, 0, 0, 3,
      "",
      "ASSEMBLY_RELATION",
-     "relating related"},
+     "relating related",
+     &typeid(Relation),
+     &ExpSchemaVisit<&Visitor::VisitRelation>},
 };
 
 }  // namespace
 
-void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 3); }
+extern const ExpEntityTypeTable kEntityTypes1;
+const ExpEntityTypeTable kEntityTypes1 = {kRows, 3};
 
 }  // namespace VELMAR::RenamedAttribute

@@ -23,18 +23,25 @@ ExpAttribute* Thing::GetMember(int index) {
   }
 }
 
+void Visitor::VisitThing(Thing* entity) {
+  VisitExpEntity(entity);
+}
+
 namespace {
 
-constexpr ExpEntityTypeRow kEntityTypes[] = {
+constexpr ExpEntityTypeRow kRows[] = {
     {"THING", &ExpSchemaCreate<Thing>, 12, 0, 0, 1,
      "",
      "",
      "a_real a_precise_real a_number an_integer a_string a_code a_boolean a_logical a_binary a_byte "
-     "a_length maybe"},
+     "a_length maybe",
+     &typeid(Thing),
+     &ExpSchemaVisit<&Visitor::VisitThing>},
 };
 
 }  // namespace
 
-void Register1(const char* schema) { RegisterEntityTypes(schema, kEntityTypes, 1); }
+extern const ExpEntityTypeTable kEntityTypes1;
+const ExpEntityTypeTable kEntityTypes1 = {kRows, 1};
 
 }  // namespace VELMAR::SimpleTypes
