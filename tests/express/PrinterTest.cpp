@@ -131,7 +131,7 @@ TEST(Printer, PrintsEveryStatement) {
       "  END_REPEAT;\n";
   const std::string schema =
       "SCHEMA s '{ x }';\n\nPROCEDURE p (VAR v : INTEGER);\n  v := 1;\n  RETURN;\nEND_PROCEDURE;\n\n"
-      "PROCEDURE q;\n  SKIP;\nEND_PROCEDURE;\n\nFUNCTION f (n : INTEGER; m : REAL) : INTEGER;\n" +
+      "PROCEDURE q;\n  ;\nEND_PROCEDURE;\n\nFUNCTION f (n : INTEGER; m : REAL) : INTEGER;\n" +
       body + "END_FUNCTION;\n\nEND_SCHEMA;\n";
   const SchemaText text(schema);
   EXPECT_EQ(text.diagnostics.ErrorCount(), 0u) << testing::PrintToString(text.Findings());
