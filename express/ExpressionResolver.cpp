@@ -143,8 +143,12 @@ class ExpressionResolver {
   void AlgorithmDecl(Algorithm& algorithm) {
     scopes_.emplace_back();
     for (const auto& declaration : algorithm.declarations) Declare(*declaration);
-    for (const auto& parameter : algorithm.parameters) Declare(*parameter);
-    for (const auto& local : algorithm.locals) Declare(*local);
+    for (const auto* variables : {&algorithm.parameters, &algorithm.locals}) {
+      for (const auto& variable : *variables) {
+        Declare(*variable);
+        variable->valueType = variable->type.get();
+      }
+    }
     for (const auto& declaration : algorithm.declarations) DeclareItems(*declaration);
     for (const Name& name : algorithm.populations) {
       Declaration* found = FindDeclaration(name.text);
@@ -226,7 +230,6 @@ class ExpressionResolver {
       if (variable.initial) Resolve(*variable.initial, variable.type.get());
     }
     lastType_ = variable.type.get();
-    variable.valueType = variable.type.get();
   }
 
   // ---- types ------------------------------------------------------------------------------------
@@ -262,9 +265,10 @@ class ExpressionResolver {
   const Attributes& AttributesOf(const Entity& entity) {
     const auto [known, isNew] = attributes_.try_emplace(&entity);
     if (isNew) {
+      Attributes& attributes = known->second;
       const auto add = [&](const Entity& owner) {
         for (const Attribute& attribute : owner.attributes) {
-          const Attribute*& same = known->second[attribute.name.text];
+          const Attribute*& same = attributes[attribute.name.text];
           if (same && &owner != &entity && FirstOf(*same) != FirstOf(attribute)) {
             rivals_.emplace(std::make_pair(&entity, &attribute), same);
           }
