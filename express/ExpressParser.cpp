@@ -615,6 +615,7 @@ class Parser {
   void Subsuper() {
     entity_->isAbstract = Get(TokenKind::Abstract);
     if (Get(TokenKind::Supertype)) {
+      entity_->isAbstractSupertype = entity_->isAbstract;
       if (Get(TokenKind::Of)) {
         entity_->supertypeExpression = std::make_unique<SupertypeExpression>(ParenthesisedSupertypes());
       } else if (!entity_->isAbstract) {
