@@ -169,14 +169,6 @@ class Parser {
     throw SyntaxError();
   }
 
-  static std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) {
-      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return lower;
-  }
-
   // Consumes a name. A reserved word in the place of a name is reported, and taken for the name it was meant
   // to be.
   Name ExpectName(const char* what) {
@@ -373,7 +365,7 @@ class Parser {
   // constant_body = constant_id ':' instantiable_type ':=' expression ';' .
   void ConstantDecl() {
     const Location begin = Here();
-    ++at_;
+    StartOfSection(TokenKind::Constant);
     while (Kind() == TokenKind::Identifier || IsReserved(Kind())) {
       if (Kind() == TokenKind::EndConstant || StartsDeclaration(Kind()) || Kind() == TokenKind::EndSchema)
         break;
@@ -402,7 +394,7 @@ class Parser {
     declared.underlying = UnderlyingType();
     declarations_->push_back(std::move(type));
     Expect(TokenKind::Semicolon);
-    if (Get(TokenKind::Where)) declared.where = Rules();
+    if (StartOfSection(TokenKind::Where)) declared.where = Rules();
     if (Kind() != TokenKind::EndType)
       FailNotClosed(begin, "type '" + declared.name.text + "'", TokenKind::EndType);
     ++at_;
@@ -623,6 +615,7 @@ class Parser {
   void Subsuper() {
     entity_->isAbstract = Get(TokenKind::Abstract);
     if (Get(TokenKind::Supertype)) {
+      entity_->isAbstractSupertype = entity_->isAbstract;
       if (Get(TokenKind::Of)) {
         entity_->supertypeExpression = std::make_unique<SupertypeExpression>(ParenthesisedSupertypes());
       } else if (!entity_->isAbstract) {
@@ -695,16 +688,29 @@ class Parser {
   // entity_body = { explicit_attr } [ derive_clause ] [ inverse_clause ] [ unique_clause ] [ where_clause ] .
   void EntityBody() {
     while (StartOfAttribute()) Recovering([&] { ExplicitAttr(); });
-    if (Get(TokenKind::Derive)) {
+    if (StartOfSection(TokenKind::Derive)) {
       while (StartOfAttribute()) Recovering([&] { DerivedAttr(); });
     }
-    if (Get(TokenKind::Inverse)) {
+    if (StartOfSection(TokenKind::Inverse)) {
       while (StartOfAttribute()) Recovering([&] { InverseAttr(); });
     }
-    if (Get(TokenKind::Unique)) {
+    if (StartOfSection(TokenKind::Unique)) {
       while (StartOfAttribute()) Recovering([&] { UniqueRules(); });
     }
-    if (Get(TokenKind::Where)) entity_->where = Rules();
+    if (StartOfSection(TokenKind::Where)) entity_->where = Rules();
+  }
+
+  // Consumes the word that opens a section, if it stands here, and warns where the section holds nothing.
+  bool StartOfSection(TokenKind word) {
+    if (!Get(word)) return false;
+    const bool isEmpty = Kind() == TokenKind::Derive || Kind() == TokenKind::Inverse ||
+                         Kind() == TokenKind::Unique || Kind() == TokenKind::Where || ClosesBlock(Kind());
+    if (isEmpty) {
+      const Token& opened = tokens_[at_ - 1];
+      diagnostics_.Report(Code::EmptySection, PlaceOf(opened),
+                          "nothing stands between " + DescribeKind(word) + " and " + DescribeKind(Kind()));
+    }
+    return true;
   }
 
   // A word of the language where an attribute is expected: let ExpectName say that it is no name.
@@ -1400,8 +1406,12 @@ class Parser {
     Expect(TokenKind::Semicolon);
   }
 
-  // formal_parameter = parameter_id { ',' parameter_id } ':' parameter_type .
+  // formal_parameter = parameter_id { ',' parameter_id } ':' parameter_type ; that of a procedure with VAR or
+  // without.
   void FormalParameter(Algorithm& algorithm) {
+    if (Kind() == TokenKind::Var && algorithm.kind == DeclarationKind::Function) {
+      Fail("a parameter (only those of a procedure are VAR)");
+    }
     const bool isVar = Get(TokenKind::Var);
     const std::size_t first = algorithm.parameters.size();
     do {
@@ -1420,7 +1430,12 @@ class Parser {
     while (StartsLocalDeclaration(Kind())) Declaration();
     if (Kind() == TokenKind::Local) LocalDecl(algorithm);
     algorithm.statements = Statements();
-    if (algorithm.kind == DeclarationKind::Rule && Get(TokenKind::Where)) algorithm.where = Rules();
+    if (algorithm.kind != DeclarationKind::Rule) return;
+    if (StartOfSection(TokenKind::Where)) {
+      algorithm.where = Rules();
+    } else if (Kind() == TokenKind::EndRule) {
+      Fail("WHERE (a rule says what must hold)");
+    }
   }
 
   static bool StartsLocalDeclaration(TokenKind kind) {
@@ -1440,7 +1455,8 @@ class Parser {
   // local_decl = LOCAL local_variable { local_variable } END_LOCAL ';' .
   // local_variable = variable_id { ',' variable_id } ':' parameter_type [ ':=' expression ] ';' .
   void LocalDecl(Algorithm& algorithm) {
-    const std::size_t start = at_++;
+    const std::size_t start = at_;
+    StartOfSection(TokenKind::Local);
     while (Kind() == TokenKind::Identifier || (IsReserved(Kind()) && Kind(1) == TokenKind::Colon)) {
       const std::size_t first = algorithm.locals.size();
       do {

@@ -37,6 +37,24 @@ constexpr OperatorRow kOperators[] = {
 
 }  // namespace
 
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
+std::optional<std::string> ConstantText(const Expression& expression) {
+  if (expression.kind == ExpressionKind::String) return static_cast<const StringLiteral&>(expression).value;
+  if (expression.kind != ExpressionKind::Operation) return std::nullopt;
+  const auto& sum = static_cast<const Operation&>(expression);
+  if (sum.op != Operator::Add) return std::nullopt;
+  const std::optional<std::string> left = ConstantText(*sum.left);
+  const std::optional<std::string> right = left ? ConstantText(*sum.right) : std::nullopt;
+  return right ? std::optional<std::string>(*left + *right) : std::nullopt;
+}
+
 const BuiltinRow& BuiltinRowOf(Builtin builtin) { return kBuiltins[static_cast<std::size_t>(builtin)]; }
 
 Builtin FindBuiltin(const std::string& name) {

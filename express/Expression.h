@@ -8,7 +8,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Diagnostics.h"
@@ -23,6 +25,9 @@ struct SchemaDeclaration;
 struct TypeExpression;
 
 constexpr int kDeepestExpression = 500;
+
+/// The text with the letters A to Z in lower case.
+std::string LowerCase(std::string_view text);
 
 /// A name as it stands somewhere in a text.
 struct Name {
@@ -397,6 +402,9 @@ struct AggregateInitializer : Expression {
   };
   std::vector<Element> elements;
 };
+
+/// The text that string literals make, one or several joined with +; none of other expressions.
+std::optional<std::string> ConstantText(const Expression& expression);
 
 /// Calls visit(operand) for each expression directly below a node, in the order of the text.
 template <class Visit>

@@ -1,6 +1,7 @@
 #include "ExpressionResolver.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <unordered_map>
 #include <utility>
@@ -128,7 +129,9 @@ class ExpressionResolver {
     for (Attribute& attribute : entity.attributes) {
       if (attribute.type && attribute.type.get() != last) Bounds(*attribute.type);
       last = attribute.type.get();
+      deriving_ = &attribute;
       Resolve(attribute.expression, attribute.type.get());
+      deriving_ = nullptr;
       Resolve(attribute.inverseLower);
       Resolve(attribute.inverseUpper);
     }
@@ -140,8 +143,12 @@ class ExpressionResolver {
   void AlgorithmDecl(Algorithm& algorithm) {
     scopes_.emplace_back();
     for (const auto& declaration : algorithm.declarations) Declare(*declaration);
-    for (const auto& parameter : algorithm.parameters) Declare(*parameter);
-    for (const auto& local : algorithm.locals) Declare(*local);
+    for (const auto* variables : {&algorithm.parameters, &algorithm.locals}) {
+      for (const auto& variable : *variables) {
+        Declare(*variable);
+        variable->valueType = variable->type.get();
+      }
+    }
     for (const auto& declaration : algorithm.declarations) DeclareItems(*declaration);
     for (const Name& name : algorithm.populations) {
       Declaration* found = FindDeclaration(name.text);
@@ -156,7 +163,9 @@ class ExpressionResolver {
             found->name.where, "declared here");
       }
     }
-    const std::vector<Entity*> outerPopulations = std::exchange(populations_, algorithm.populationEntities);
+    // What a rule declares sees its populations, too.
+    const std::vector<Entity*> outerPopulations = populations_;
+    if (algorithm.kind == DeclarationKind::Rule) populations_ = algorithm.populationEntities;
     if (algorithm.kind == DeclarationKind::Function) Bounds(algorithm.returnType);
     for (const auto& parameter : algorithm.parameters) VariableType(*parameter);
     for (const auto& declaration : algorithm.declarations) Any(*declaration);
@@ -221,7 +230,6 @@ class ExpressionResolver {
       if (variable.initial) Resolve(*variable.initial, variable.type.get());
     }
     lastType_ = variable.type.get();
-    variable.valueType = variable.type.get();
   }
 
   // ---- types ------------------------------------------------------------------------------------
@@ -257,13 +265,44 @@ class ExpressionResolver {
   const Attributes& AttributesOf(const Entity& entity) {
     const auto [known, isNew] = attributes_.try_emplace(&entity);
     if (isNew) {
-      const auto add = [&attributes = known->second](const Entity& owner) {
-        for (const Attribute& attribute : owner.attributes) attributes[attribute.name.text] = &attribute;
+      Attributes& attributes = known->second;
+      const auto add = [&](const Entity& owner) {
+        for (const Attribute& attribute : owner.attributes) {
+          const Attribute*& same = attributes[attribute.name.text];
+          if (same && &owner != &entity && FirstOf(*same) != FirstOf(attribute)) {
+            rivals_.emplace(std::make_pair(&entity, &attribute), same);
+          }
+          same = &attribute;
+        }
       };
       for (const Entity* ancestor : AncestorsOf(entity)) add(*ancestor);
       add(entity);
     }
     return known->second;
+  }
+
+  static const Attribute* FirstOf(const Attribute& attribute) {
+    return attribute.original ? attribute.original : &attribute;
+  }
+
+  // The type of an attribute that is used by its name alone; what several supertypes have under the name is
+  // as open as they differ.
+  const TypeExpression* TypeByName(const Entity& entity, const Attribute& attribute, const Name& name) {
+    const auto rival = rivals_.find({&entity, &attribute});
+    if (rival == rivals_.end()) return AttributeType(attribute);
+    const Attribute& other = *rival->second;
+    diagnostics_.Report(Code::AmbiguousAttribute, name.where,
+                        Quoted(name) + " is an attribute of " + Quoted(other.owner->name) + " and of " +
+                            Quoted(attribute.owner->name),
+                        "a group qualifier tells which: \\" + other.owner->name.text + '.' + name.text +
+                            " or \\" + attribute.owner->name.text + '.' + name.text);
+    return rules_.Common(AttributeType(other), AttributeType(attribute));
+  }
+
+  void DerivesFrom(const Attribute& attribute, const Name& name) {
+    if (&attribute != deriving_) return;
+    diagnostics_.Report(Code::EndlessDerivation, name.where,
+                        "attribute " + Quoted(attribute.name) + " derives from itself");
   }
 
   // Those that no other operand told apart meanwhile.
@@ -307,7 +346,8 @@ class ExpressionResolver {
       const Attribute* attribute = entity_ && i == entityScope_ ? AttributeOf(*entity_, name) : nullptr;
       if (attribute) {
         reference.referent.attribute = attribute;
-        return AttributeType(*attribute);
+        DerivesFrom(*attribute, reference.name);
+        return TypeByName(*entity_, *attribute, reference.name);
       }
       if (i == 0) break;
       const auto found = scopes_[i - 1].find(name);
@@ -386,6 +426,23 @@ class ExpressionResolver {
     referent.enumeration = &type;
     referent.item = static_cast<int>(found - items.begin());
     return rules_.TypeOf(const_cast<DefinedType&>(type));
+  }
+
+  // The item of an enumeration that extends the type: it is one of the type's, too (8.4.1).
+  const TypeExpression* ItemOfExtension(Referent& referent, const DefinedType& type,
+                                        const std::string& name) {
+    const auto found = items_.find(name);
+    if (found == items_.end()) return nullptr;
+    for (const DefinedType* extension : found->second) {
+      if (IsBasedOn(*extension, type)) return Item(referent, *extension, name);
+    }
+    return nullptr;
+  }
+
+  static bool IsBasedOn(const DefinedType& extension, const DefinedType& type) {
+    const DefinedType* at = &extension;
+    while (at && at != &type) at = at->underlying.base;
+    return at != nullptr;
   }
 
   // ---- expressions ------------------------------------------------------------------------------
@@ -498,6 +555,11 @@ class ExpressionResolver {
         const TypeExpression* source = rules_.AggregateIn(query.source->type);
         if (source) query.variable->valueType = source->element.get();
         WithVariable(*query.variable, [&] { Resolve(query.condition); });
+        // QUERY (x <* source | TRUE) makes a copy.
+        if (!query.variable->used && query.condition->kind != ExpressionKind::Logical) {
+          diagnostics_.Report(Code::UnusedQueryVariable, query.variable->name.where,
+                              "the condition of the QUERY does not look at " + Quoted(query.variable->name));
+        }
         if (source) return source;
         return MayBe(*query.source, kAggregateValue) ? query.source->type : nullptr;
       }
@@ -634,23 +696,12 @@ class ExpressionResolver {
     return bound;
   }
 
-  // Appends the text that string literals make, one or several joined with +. False for other expressions.
-  static bool AppendText(const Expression& expression, std::string& text) {
-    if (expression.kind == ExpressionKind::String) {
-      text += static_cast<const StringLiteral&>(expression).value;
-      return true;
-    }
-    if (expression.kind != ExpressionKind::Operation) return false;
-    const auto& sum = static_cast<const Operation&>(expression);
-    return sum.op == Operator::Add && AppendText(*sum.left, text) && AppendText(*sum.right, text);
-  }
-
   // USEDIN (x, 'SCHEMA.ENTITY.ATTRIBUTE') gives instances of the entity.
   const TypeExpression* EntityOfRole(const BuiltinCall& call) {
     const TypeExpression* const open = SimpleType(TypeKind::GenericEntity);
-    std::string role;
-    if (call.arguments.size() != 2 || !AppendText(*call.arguments[1], role)) return open;
-    if (role.empty()) return open;  // every role
+    if (call.arguments.size() != 2) return open;
+    const std::string role = LowerCase(ConstantText(*call.arguments[1]).value_or(""));
+    if (role.empty()) return open;  // every role, or one that is not known here
     const std::size_t first = role.find('.');
     const std::size_t last = role.rfind('.');
     if (first == last) {
@@ -658,13 +709,10 @@ class ExpressionResolver {
                           "a role has the form 'SCHEMA.ENTITY.ATTRIBUTE'", "USEDIN gives an empty bag here");
       return open;
     }
-    std::string name = role.substr(first + 1, last - first - 1);
-    for (char& c : name) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    const auto found = schema_->scope.find(name);
+    const auto found = schema_->scope.find(role.substr(first + 1, last - first - 1));
     const bool isEntity = found != schema_->scope.end() && found->second->kind == DeclarationKind::Entity;
     if (!isEntity) return open;
-    std::string attribute = role.substr(last + 1);
-    for (char& c : attribute) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    const std::string attribute = role.substr(last + 1);
     const auto& entity = static_cast<const Entity&>(*found->second);
     if (!AttributeOf(entity, attribute) && !entity.damaged) {
       diagnostics_.Report(Code::UnknownRole, call.arguments[1]->where,
@@ -809,7 +857,8 @@ class ExpressionResolver {
       const auto& entity = static_cast<const Entity&>(*type->declaration);
       if (const Attribute* attribute = AttributeOf(entity, member.name.text)) {
         member.referent.attribute = attribute;
-        return AttributeType(*attribute);
+        if (member.operand->kind == ExpressionKind::Self) DerivesFrom(*attribute, member.name);
+        return TypeByName(entity, *attribute, member.name);
       }
       const std::vector<const Attribute*> below = AttributesBelow(entity, member.name.text);
       if (!below.empty() || entity.damaged) return OneOf(member, below);
@@ -825,6 +874,7 @@ class ExpressionResolver {
     reference.referent.declaration = &found;
     const auto& type = static_cast<const DefinedType&>(found);
     if (const TypeExpression* item = Item(member.referent, type, member.name.text)) return item;
+    if (const TypeExpression* item = ItemOfExtension(member.referent, type, member.name.text)) return item;
     const TypeExpression* enumeration = Underlying(type.underlying);
     if (!enumeration || enumeration->kind != TypeKind::Enumeration) {
       if (enumeration) NotAValue(reference.name, found);
@@ -926,9 +976,7 @@ class ExpressionResolver {
         leaving = nullptr;
       }
       Any(*statement);
-      const bool leaves = statement->kind == StatementKind::Return ||
-                          statement->kind == StatementKind::Escape || statement->kind == StatementKind::Skip;
-      if (leaves) leaving = statement.get();
+      if (Leaves(*statement)) leaving = statement.get();
     }
   }
 
@@ -1019,7 +1067,13 @@ class ExpressionResolver {
     const auto& reference = static_cast<const NameReference&>(*at);
     const Declaration* found = reference.referent.declaration;
     const bool isItem = reference.referent.enumeration != nullptr;
-    if (!isItem && (!found || found->kind == DeclarationKind::Variable)) return;
+    const bool isVariable = found && found->kind == DeclarationKind::Variable;
+    if (isVariable && static_cast<const Variable*>(found)->role == VariableRole::Repeat) {
+      diagnostics_.Report(Code::RepeatVariableChanged, reference.where,
+                          "the REPEAT that counts with " + Quoted(reference.name) + " changes it",
+                          found->name.where, "declared here");
+    }
+    if (!isItem && (!found || isVariable)) return;
     diagnostics_.Report(Code::NotAssignable, reference.where,
                         Quoted(reference.name) + " is " +
                             (isItem ? "an enumeration item" : KindText(found->kind)) +
@@ -1064,6 +1118,9 @@ class ExpressionResolver {
   bool isTarget_ = false;                                         // the name is assigned to
   std::map<std::string, std::vector<const DefinedType*>> items_;  // by name, the enumerations that have it
   std::unordered_map<const Entity*, Attributes> attributes_;
+  // Of an entity and an attribute that it inherits: another one of this name that it inherits, too.
+  std::map<std::pair<const Entity*, const Attribute*>, const Attribute*> rivals_;
+  const Attribute* deriving_ = nullptr;                                      // whose expression is looked at
   std::unordered_map<std::string, std::vector<const Attribute*>> declared_;  // by name, of all entities
 };
 

@@ -12,13 +12,6 @@
 namespace VELMAR::Express {
 namespace {
 
-std::string LowerCase(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 // By lower-case name, the files NAME.exp of the folders, in the order of the folders.
 std::map<std::string, std::vector<std::string>> FilesIn(const std::vector<std::string>& folders) {
   std::map<std::string, std::vector<std::string>> files;

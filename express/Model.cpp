@@ -6,13 +6,6 @@
 namespace VELMAR::Express {
 namespace {
 
-std::string LowerCase(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 // The types that a type is based on; the cycle that bad input may form ends at the first type met again.
 std::vector<const TypeExpression*> BaseChain(const TypeExpression& type) {
   std::vector<const TypeExpression*> chain{&type};

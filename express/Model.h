@@ -93,6 +93,7 @@ struct Entity : Declaration {
       : Declaration(DeclarationKind::Entity, std::move(entityName), owner) {}
 
   bool isAbstract = false;
+  bool isAbstractSupertype = false;  ///< ABSTRACT SUPERTYPE rather than ABSTRACT alone (ISO 10303-11, 9.2.4)
   std::unique_ptr<SupertypeExpression> supertypeExpression;  ///< null without SUPERTYPE OF
   std::vector<Name> supertypeNames;
   std::vector<Entity*> supertypes;   ///< resolved, in the order of SUBTYPE OF; unknown ones left out

@@ -410,7 +410,7 @@ class Printer {
       Line() << (entity.isAbstract ? "  ABSTRACT SUPERTYPE OF (" : "  SUPERTYPE OF (")
              << Text(*entity.supertypeExpression, 0) << ')';
     } else if (entity.isAbstract) {
-      out_ << " ABSTRACT";
+      out_ << (entity.isAbstractSupertype ? " ABSTRACT SUPERTYPE" : " ABSTRACT");
     }
     if (!entity.supertypeNames.empty()) {
       out_ << '\n';

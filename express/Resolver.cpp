@@ -1,6 +1,8 @@
 #include "Resolver.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -217,13 +219,31 @@ class Resolver {
     const std::set<std::string> all = exported_[interface.schema];
     for (const std::string& name : all) {
       Declaration* declaration = from.scope.at(name);
-      const bool usable = AsEntity(declaration) || AsType(declaration);
-      if (usable || !interface.isUse) add(name, declaration);
+      if (MayBeInterfaced(*declaration, interface.isUse)) add(name, declaration);
     }
     return changed;
   }
 
+  // named_type_or_rename = named_types [ AS ( entity_id | type_id ) ] .
+  // resource_ref = constant_ref | entity_ref | function_ref | procedure_ref | type_ref .
+  static bool MayBeInterfaced(const Declaration& declaration, bool isUse) {
+    switch (declaration.kind) {
+      case DeclarationKind::Entity:
+      case DeclarationKind::Type:
+        return true;
+      case DeclarationKind::Rule:
+      case DeclarationKind::SubtypeConstraint:
+        return false;
+      default:
+        return !isUse;
+    }
+  }
+
   void CheckItems(const SchemaDeclaration& schema, const Interface& interface) {
+    if (interface.schema == &schema) {
+      diagnostics_.Report(Code::SelfInterface, interface.schemaName.where,
+                          "schema " + Quoted(schema.name) + " interfaces itself");
+    }
     if (!interface.schema || interface.schema == &schema) return;
     for (const InterfaceItem& item : interface.items) {
       const auto found = interface.schema->scope.find(item.name.text);
@@ -233,6 +253,12 @@ class Resolver {
             "schema " + Quoted(interface.schemaName) + " has no declaration " + Quoted(item.name),
             DidYouMean({interface.schema, nullptr, {}}, item.name.text, {}));
         continue;
+      }
+      if (!MayBeInterfaced(*found->second, interface.isUse)) {
+        diagnostics_.Report(Code::NotInterfaceable, item.name.where,
+                            Quoted(item.name) + " is " + KindText(found->second->kind) + ", which " +
+                                (interface.isUse ? "USE" : "REFERENCE") + " does not take over",
+                            found->second->name.where, "declared here");
       }
       const Declaration* here = schema.scope.at(item.alias.text);
       if (here != found->second) Duplicate("name", item.alias, here->name);
@@ -372,7 +398,14 @@ class Resolver {
         at->declaration = Find(scope, at->name, {DeclarationKind::Type, DeclarationKind::Entity},
                                Code::UnknownType, "type");
       }
-      if (at->kind == TypeKind::Array) ArrayBounds(*at, isGenericAllowed);
+      if (at->hasBounds) {
+        Bounds(at->kind, at->where, *at->lower, *at->upper);
+      } else if (at->kind == TypeKind::Array && !isGenericAllowed) {
+        diagnostics_.Report(Code::Bounds, at->where, "an array gives its bounds: ARRAY [1 : 3] OF ...");
+      }
+      if (at->width && LiteralValue(*at->width).value_or(1) < 1) {
+        diagnostics_.Report(Code::NotANumber, at->width->where, "a width is above zero");
+      }
       const bool isGeneric = at->kind == TypeKind::Generic || at->kind == TypeKind::GenericEntity ||
                              at->kind == TypeKind::Aggregate;
       if (isGeneric && !isGenericAllowed) {
@@ -401,39 +434,25 @@ class Resolver {
     type.base = nullptr;
   }
 
-  void ArrayBounds(const TypeExpression& array, bool isGenericAllowed) {
-    if (!array.hasBounds) {
-      if (!isGenericAllowed) {
-        diagnostics_.Report(Code::ArrayBounds, array.where,
-                            "an array gives its bounds: ARRAY [1 : 3] OF ...");
-      }
-      return;
-    }
-    std::int64_t lower = 0;
-    std::int64_t upper = 0;
-    if (IsIndeterminate(*array.lower) || IsIndeterminate(*array.upper)) {
-      diagnostics_.Report(Code::ArrayBounds, array.where, "a bound of an array is not '?'");
-    } else if (Literal(*array.lower, lower) && Literal(*array.upper, upper) && lower > upper) {
+  // As far as the bounds are written as numbers.
+  void Bounds(TypeKind kind, const Location& where, const Expression& lower, const Expression& upper) {
+    const std::optional<std::int64_t> low = LiteralValue(lower);
+    const std::optional<std::int64_t> high = LiteralValue(upper);
+    if (kind == TypeKind::Array && (IsIndeterminate(lower) || IsIndeterminate(upper))) {
+      diagnostics_.Report(Code::Bounds, where, "a bound of an array is not '?'");
+    } else if (IsIndeterminate(lower)) {
+      diagnostics_.Report(Code::Bounds, lower.where, "a lower bound is not '?'");
+    } else if (kind != TypeKind::Array && low && *low < 0) {
+      diagnostics_.Report(Code::Bounds, where, "the lower bound " + std::to_string(*low) + " is below zero");
+    } else if (low && high && *low > *high) {
       diagnostics_.Report(
-          Code::ArrayBounds, array.where,
-          "the lower bound " + std::to_string(lower) + " is above the upper bound " + std::to_string(upper));
+          Code::Bounds, where,
+          "the lower bound " + std::to_string(*low) + " is above the upper bound " + std::to_string(*high));
     }
   }
 
   static bool IsIndeterminate(const Expression& expression) {
     return expression.kind == ExpressionKind::Indeterminate;
-  }
-
-  // The value of an integer literal with or without a sign.
-  static bool Literal(const Expression& expression, std::int64_t& value) {
-    const Expression* at = &expression;
-    const bool negative =
-        at->kind == ExpressionKind::Unary && static_cast<const Unary*>(at)->op == Operator::Minus;
-    if (negative) at = static_cast<const Unary*>(at)->operand.get();
-    if (at->kind != ExpressionKind::Integer) return false;
-    value = static_cast<const IntegerLiteral*>(at)->value;
-    if (negative) value = -value;
-    return true;
   }
 
   // A type must not stand for itself, by names and elements of aggregates, nor a select select itself, by
@@ -573,6 +592,14 @@ class Resolver {
     attribute.inherited = inherited;
   }
 
+  // Whether the entity that a qualifier names is the entity itself or a supertype; reports it where not.
+  bool IsSupertype(const Entity& supertype, const Entity& entity, const Name& qualifier) {
+    if (IsKindOf(entity, supertype)) return true;
+    diagnostics_.Report(Code::NotInherited, qualifier.where,
+                        Quoted(qualifier) + " is no supertype of " + Quoted(entity.name));
+    return false;
+  }
+
   // The attribute of this name that the entity declares or inherits; null where there is none.
   static const Attribute* FindAttribute(const Entity& entity, const std::string& name) {
     const auto declaredIn = [&](const Entity& owner) -> const Attribute* {
@@ -604,9 +631,15 @@ class Resolver {
   void Inverse(const Entity& entity, Attribute& attribute) {
     attribute.inverseEntityDeclaration = FindEntity(ScopeOf(entity), attribute.inverseEntity);
     if (!attribute.inverseEntityDeclaration) return;
+    if (attribute.inverseHasBounds) {
+      Bounds(attribute.inverseKind, attribute.inverseEntity.where, *attribute.inverseLower,
+             *attribute.inverseUpper);
+    }
     const Entity* owner = attribute.inverseEntityDeclaration;
-    if (!attribute.inverseGroup.text.empty()) owner = FindEntity(ScopeOf(entity), attribute.inverseGroup);
-    if (!owner) return;
+    if (!attribute.inverseGroup.text.empty()) {
+      owner = FindEntity(ScopeOf(entity), attribute.inverseGroup);
+      if (!owner || !IsSupertype(*owner, *attribute.inverseEntityDeclaration, attribute.inverseGroup)) return;
+    }
     const Attribute* inverted = FindAttribute(*owner, attribute.inverseAttribute.text);
     if (!inverted) {
       UnknownAttribute(*owner, attribute.inverseAttribute);
@@ -655,7 +688,7 @@ class Resolver {
       const std::string& name = attribute.name.text;
       if (!attribute.group.text.empty()) {
         const Entity* group = FindEntity(ScopeOf(entity), attribute.group);
-        if (!group) continue;
+        if (!group || !IsSupertype(*group, entity, attribute.group)) continue;
         attribute.attribute = FindAttribute(*group, name);
       } else if (own.count(name)) {
         attribute.attribute = own.at(name);

@@ -99,4 +99,11 @@ struct ReturnStatement : Statement {
   ExpressionPtr value;  ///< null in procedures and rules
 };
 
+/// Whether what stands behind the statement is never reached: it returns, escapes or skips, or all that it
+/// may do does. A REPEAT is taken to end.
+bool Leaves(const Statement& statement);
+
+/// Whether the end of the statements is never reached.
+bool Leaves(const std::vector<StatementPtr>& statements);
+
 }  // namespace VELMAR::Express

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -81,6 +82,13 @@ std::string ClassesText(unsigned classes) {
   return text;
 }
 
+// The names of simple and aggregation types, as TYPEOF gives them (15.25).
+bool IsSimpleTypeName(const std::string& name) {
+  const char* const names[] = {"NUMBER", "REAL",  "INTEGER", "STRING", "BOOLEAN", "LOGICAL",
+                               "BINARY", "ARRAY", "BAG",     "LIST",   "SET",     "GENERIC"};
+  return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
 class TypeChecker {
  public:
   TypeChecker(const Model& model, TypeRules& rules, Diagnostics& diagnostics)
@@ -103,6 +111,7 @@ class TypeChecker {
         const auto& type = static_cast<const DefinedType&>(declaration);
         Type(type.underlying);
         EmptySelect(type);
+        OnlyEntities(type);
         Rules(type.where);
         break;
       }
@@ -133,8 +142,32 @@ class TypeChecker {
                         "select " + Quoted(type.name) + " selects nothing");
   }
 
+  void OnlyEntities(const DefinedType& type) {
+    if (type.underlying.kind != TypeKind::Select || !TypeRules::IsOfEntities(type.underlying)) return;
+    for (const TypeItem& item : type.underlying.items) {
+      if (!item.declaration || (rules_.ClassesOf(rules_.TypeOf(*item.declaration)) & kInstanceValue) != 0)
+        continue;
+      diagnostics_.Report(
+          Code::NotOnlyEntities, item.name.where,
+          "a select of GENERIC_ENTITY selects entities, not " + Shown(rules_.TypeOf(*item.declaration)),
+          item.declaration->name.where, "declared here");
+    }
+  }
+
   void Rules(const std::vector<LabelledRule>& rules) {
-    for (const LabelledRule& rule : rules) Condition(*rule.expression, "domain rule");
+    std::map<std::string, const Name*> labels;
+    for (const LabelledRule& rule : rules) {
+      Label(rule.label, labels);
+      Condition(*rule.expression, "domain rule");
+    }
+  }
+
+  void Label(const Name& label, std::map<std::string, const Name*>& labels) {
+    if (label.text.empty()) return;
+    const auto [first, isNew] = labels.emplace(label.text, &label);
+    if (isNew) return;
+    diagnostics_.Report(Code::DuplicateLabel, label.where, "label " + Quoted(label) + " is given twice",
+                        first->second->where, "first given here");
   }
 
   void EntityDecl(const Entity& entity) {
@@ -150,6 +183,8 @@ class TypeChecker {
       if (attribute.expression)
         Value(*attribute.expression, attribute.type.get(), "attribute " + Quoted(attribute.name) + " is");
     }
+    std::map<std::string, const Name*> labels;
+    for (const UniqueRule& rule : entity.unique) Label(rule.label, labels);
     Rules(entity.where);
   }
 
@@ -170,13 +205,32 @@ class TypeChecker {
                               " is redeclared as OPTIONAL, which the inherited one is not",
                           inherited.name.where, "declared here");
     }
-    if (!attribute.type || !inherited.type || rules_.IsSpecialisation(*attribute.type, *inherited.type))
-      return;
+    if (!attribute.type || !inherited.type) return;
+    const bool isSame = attribute.kind == AttributeKind::Explicit && !attribute.renamed &&
+                        inherited.kind == AttributeKind::Explicit &&
+                        attribute.optional == inherited.optional && AreSame(*attribute.type, *inherited.type);
+    if (isSame) {
+      diagnostics_.Report(Code::SameRedeclaration, attribute.name.where,
+                          "attribute " + Quoted(attribute.name) + " is redeclared as it is inherited",
+                          inherited.name.where, "declared here");
+    }
+    if (rules_.IsSpecialisation(*attribute.type, *inherited.type)) return;
     diagnostics_.Report(Code::NotSpecialised, attribute.type->where,
                         "attribute " + Quoted(attribute.name) + " is redeclared as " +
                             TypeText(*attribute.type) + ", which is no specialisation of " +
                             TypeText(*inherited.type),
                         inherited.name.where, "declared here");
+  }
+
+  static bool AreSame(const TypeExpression& a, const TypeExpression& b) {
+    if (TypeText(a) != TypeText(b)) return false;
+    const TypeExpression* left = &a;
+    const TypeExpression* right = &b;
+    while (IsAggregate(left->kind)) {
+      left = left->element.get();
+      right = right->element.get();
+    }
+    return left->declaration == right->declaration;
   }
 
   void AlgorithmDecl(const Algorithm& algorithm) {
@@ -194,6 +248,10 @@ class TypeChecker {
     for (const auto& declaration : algorithm.declarations) Any(*declaration);
     for (const auto& local : algorithm.locals) variable(*local);
     Statements(algorithm.statements);
+    if (algorithm.kind == DeclarationKind::Function && !Leaves(algorithm.statements)) {
+      diagnostics_.Report(Code::NoReturn, algorithm.name.where,
+                          "function " + Quoted(algorithm.name) + " may end without RETURN");
+    }
     Rules(algorithm.where);
     algorithm_ = outer;
   }
@@ -223,6 +281,7 @@ class TypeChecker {
         const auto& assignment = static_cast<const AssignmentStatement&>(statement);
         Check(*assignment.target);
         if (!IsVariable(*assignment.target)) return Check(*assignment.value);
+        ToItself(assignment);
         return Value(*assignment.value, assignment.target->type, TargetText(*assignment.target) + " is");
       }
       case StatementKind::Case:
@@ -242,10 +301,27 @@ class TypeChecker {
       case StatementKind::Return:
         return Return(static_cast<const ReturnStatement&>(statement));
       case StatementKind::Escape:
-      case StatementKind::Null:
+        return WithinRepeat(statement, "ESCAPE");
       case StatementKind::Skip:
+        return WithinRepeat(statement, "SKIP");
+      case StatementKind::Null:
         break;
     }
+  }
+
+  void WithinRepeat(const Statement& statement, const char* word) {
+    if (repeats_ > 0) return;
+    diagnostics_.Report(Code::OutsideRepeat, statement.where,
+                        std::string(word) + " stands outside of any REPEAT");
+  }
+
+  void ToItself(const AssignmentStatement& assignment) {
+    if (assignment.target->kind != ExpressionKind::Name || assignment.value->kind != ExpressionKind::Name)
+      return;
+    const auto& target = static_cast<const NameReference&>(*assignment.target);
+    const auto& value = static_cast<const NameReference&>(*assignment.value);
+    if (!target.referent.declaration || target.referent.declaration != value.referent.declaration) return;
+    diagnostics_.Report(Code::NoEffect, assignment.where, Quoted(target.name) + " is assigned to itself");
   }
 
   static std::string TargetText(const Expression& target) {
@@ -258,6 +334,7 @@ class TypeChecker {
 
   void Case(const CaseStatement& choice) {
     Check(*choice.selector);
+    std::map<std::string, Location> labels;
     for (const CaseStatement::Action& action : choice.actions) {
       for (const ExpressionPtr& label : action.labels) {
         Check(*label);
@@ -267,10 +344,40 @@ class TypeChecker {
               "label is " + Shown(label->type) + ", the selector is " + Shown(choice.selector->type),
               choice.selector->where, "selector");
         }
+        DuplicateLabel(*label, labels);
       }
       Any(*action.statement);
     }
     if (choice.otherwise) Any(*choice.otherwise);
+  }
+
+  // A label that a CASE has had before is never reached.
+  void DuplicateLabel(const Expression& label, std::map<std::string, Location>& labels) {
+    std::string text;
+    if (const std::optional<std::int64_t> number = LiteralValue(label)) {
+      text = std::to_string(*number);
+    } else if (label.kind == ExpressionKind::String) {
+      text = '\'' + static_cast<const StringLiteral&>(label).value;
+    } else if (const Referent* item = ItemIn(label)) {
+      text = item->enumeration->name.text + '.' + std::to_string(item->item);
+    } else {
+      return;
+    }
+    const auto [first, isNew] = labels.emplace(text, label.where);
+    if (isNew) return;
+    diagnostics_.Report(Code::DuplicateLabel, label.where, "this label is given twice", first->second,
+                        "first given here");
+  }
+
+  // The enumeration item that the expression is; null for others.
+  static const Referent* ItemIn(const Expression& expression) {
+    const Referent* referent = nullptr;
+    if (expression.kind == ExpressionKind::Name) {
+      referent = &static_cast<const NameReference&>(expression).referent;
+    } else if (expression.kind == ExpressionKind::Member) {
+      referent = &static_cast<const Member&>(expression).referent;
+    }
+    return referent && referent->enumeration ? referent : nullptr;
   }
 
   void Repeat(const RepeatStatement& repeat) {
@@ -282,9 +389,12 @@ class TypeChecker {
                             "REPEAT counts with numbers, not with " + Shown(number->type));
       }
     }
-    if (repeat.whileCondition) Condition(*repeat.whileCondition, "condition");
-    if (repeat.untilCondition) Condition(*repeat.untilCondition, "condition");
+    // WHILE TRUE and UNTIL FALSE leave it to ESCAPE and RETURN when the REPEAT ends.
+    if (repeat.whileCondition) Condition(*repeat.whileCondition, "condition", LogicalValue::True);
+    if (repeat.untilCondition) Condition(*repeat.untilCondition, "condition", LogicalValue::False);
+    ++repeats_;
     Statements(repeat.body);
+    --repeats_;
   }
 
   void Return(const ReturnStatement& result) {
@@ -449,8 +559,15 @@ class TypeChecker {
                         what + " changes its argument, which is no variable");
   }
 
-  void Condition(const Expression& condition, const char* what) {
+  void Condition(const Expression& condition, const char* what,
+                 std::optional<LogicalValue> usual = std::nullopt) {
     Check(condition);
+    const bool isConstant = condition.kind == ExpressionKind::Logical &&
+                            static_cast<const LogicalLiteral&>(condition).value != usual;
+    if (isConstant) {
+      diagnostics_.Report(Code::ConstantCondition, condition.where,
+                          std::string(what) + " is always the same");
+    }
     if ((rules_.ClassesOf(condition.type) & kLogicalValue) != 0) return;
     diagnostics_.Report(Code::NotLogical, condition.where,
                         std::string(what) + " is " + Shown(condition.type) + ", expected a logical value");
@@ -602,6 +719,7 @@ class TypeChecker {
         Comparable(left, right, operation);
         return;
       case Operator::In:
+        TypeNames(left, right);
         if ((r & kAggregateValue) == 0) return Wrong(operation);
         return Element(left, right, operation);
       case Operator::Like:
@@ -616,6 +734,8 @@ class TypeChecker {
         if ((both & kNumericValue) == 0 && (l & kAggregateValue) == 0) return Wrong(operation);
         return Union(operation, l, r);
       case Operator::Multiply:
+        TypeNames(left, right);
+        TypeNames(right, left);
         if ((both & (kNumericValue | kAggregateValue)) == 0) return Wrong(operation);
         return Union(operation, l, r);
       case Operator::Divide:
@@ -643,6 +763,7 @@ class TypeChecker {
   void Union(const Operation& operation, unsigned left, unsigned right) {
     const TypeExpression* l = rules_.Fundamental(operation.left->type);
     const TypeExpression* r = rules_.Fundamental(operation.right->type);
+    if (IsOrdered(l, operation.op) || IsOrdered(r, operation.op)) return Wrong(operation);
     if (left == kAggregateValue && right == kAggregateValue) {
       if (!l || !r || rules_.MayEqual(l->element.get(), r->element.get())) return;
       // What USEDIN gives is formally of one type.
@@ -660,6 +781,44 @@ class TypeChecker {
     }
   }
 
+  // Arrays have no union, lists have it, and neither has an intersection or difference (12.6).
+  static bool IsOrdered(const TypeExpression* type, Operator op) {
+    return type && (type->kind == TypeKind::Array || (type->kind == TypeKind::List && op != Operator::Add));
+  }
+
+  // Names that are looked for among those that TYPEOF gives.
+  void TypeNames(const Expression& names, const Expression& types) {
+    if (types.kind != ExpressionKind::BuiltinCall) return;
+    if (static_cast<const BuiltinCall&>(types).builtin != Builtin::TypeOf) return;
+    if (names.kind != ExpressionKind::Aggregate) return TypeName(names);
+    for (const auto& element : static_cast<const AggregateInitializer&>(names).elements) {
+      TypeName(*element.value);
+    }
+  }
+
+  void TypeName(const Expression& expression) {
+    const std::optional<std::string> name = ConstantText(expression);
+    if (!name) return;
+    const auto report = [&](const std::string& text) {
+      diagnostics_.Report(Code::UnknownTypeName, expression.where, text, "TYPEOF never gives this name");
+    };
+    const std::size_t dot = name->find('.');
+    const bool isLower = std::any_of(name->begin(), name->end(), [](char c) { return c >= 'a' && c <= 'z'; });
+    if (isLower) return report("the name of a type is in capital letters");
+    if (dot == std::string::npos) {
+      if (!IsSimpleTypeName(*name)) report("'" + *name + "' is no name of the form 'SCHEMA.TYPE'");
+      return;
+    }
+    const SchemaDeclaration* schema = model_.FindSchema(name->substr(0, dot));
+    if (!schema) return;  // perhaps one that interfaces this
+    const auto found = schema->scope.find(LowerCase(name->substr(dot + 1)));
+    const bool isType = found != schema->scope.end() && (found->second->kind == DeclarationKind::Entity ||
+                                                         found->second->kind == DeclarationKind::Type);
+    if (!isType && unknownTypes_.insert(*name).second) {
+      report("there is no type or entity '" + *name + "'");
+    }
+  }
+
   void Wrong(const Operation& operation) {
     diagnostics_.Report(Code::WrongOperand, operation.where,
                         std::string("'") + OperatorRowOf(operation.op).text + "' does not take " +
@@ -667,6 +826,11 @@ class TypeChecker {
   }
 
   bool Comparable(const Expression& left, const Expression& right, const Expression& at) {
+    if (at.kind == ExpressionKind::Operation && (IsIndeterminate(left) || IsIndeterminate(right))) {
+      diagnostics_.Report(Code::AlwaysIndeterminate, at.where,
+                          "a comparison with '?' is UNKNOWN, whatever the other value is",
+                          "EXISTS tells whether there is a value");
+    }
     if (rules_.MayEqual(left.type, right.type)) return true;
     diagnostics_.Report(Code::NotComparable, at.where,
                         Shown(left.type) + " and " + Shown(right.type) + " have no values in common");
@@ -699,6 +863,8 @@ class TypeChecker {
   Diagnostics& diagnostics_;
   const SchemaDeclaration* schema_ = nullptr;
   const Algorithm* algorithm_ = nullptr;
+  std::set<std::string> unknownTypes_;  // named in texts, each reported once
+  int repeats_ = 0;                     // around the statement
 };
 
 }  // namespace

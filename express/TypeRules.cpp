@@ -68,9 +68,22 @@ bool IsWithinBounds(const TypeExpression& narrow, const TypeExpression& wide) {
   if (!narrow.hasBounds) return lower == 0 && wide.upper->kind == ExpressionKind::Indeterminate;
   const std::optional<std::int64_t> low = LiteralValue(*narrow.lower);
   const std::optional<std::int64_t> high = LiteralValue(*narrow.upper);
+  if (wide.kind == TypeKind::Array && narrow.kind == TypeKind::Array) {
+    return (!low || !lower || *low == *lower) && (!high || !upper || *high == *upper);
+  }
   if (lower && low && *low < *lower) return false;
   if (upper && narrow.upper->kind == ExpressionKind::Indeterminate) return false;
   return !upper || !high || *high <= *upper;
+}
+
+// As far as the widths are written as numbers.
+bool IsWithinWidth(const TypeExpression& narrow, const TypeExpression& wide) {
+  if (!wide.width) return true;
+  if (!narrow.width || (wide.fixed && !narrow.fixed)) return false;
+  const std::optional<std::int64_t> most = LiteralValue(*wide.width);
+  const std::optional<std::int64_t> width = LiteralValue(*narrow.width);
+  if (!most || !width) return true;
+  return wide.fixed ? *width == *most : *width <= *most;
 }
 
 }  // namespace
@@ -158,10 +171,16 @@ unsigned TypeRules::ClassesOf(const TypeExpression* type) {
   if (!underlying) return kAnyValue;
   if (underlying->kind != TypeKind::Select) return ClassOf(underlying->kind);
   const Selection& selection = SelectionOf(*underlying);
-  if (selection.isOpen) return underlying->genericEntity ? kInstanceValue : kAnyValue;
+  if (selection.isOpen) return IsOfEntities(*underlying) ? kInstanceValue : kAnyValue;
   unsigned classes = 0;
   for (const TypeExpression* member : selection.types) classes |= ClassOf(member->kind);
   return classes ? classes : kAnyValue;
+}
+
+bool TypeRules::IsOfEntities(const TypeExpression& select) {
+  const TypeExpression* at = &select;
+  while (!at->genericEntity && at->base) at = &at->base->underlying;
+  return at->genericEntity;
 }
 
 bool TypeRules::IsSelect(const TypeExpression* type) {
@@ -176,7 +195,7 @@ const TypeExpression* TypeRules::Fundamental(const TypeExpression* type) {
   if (!isNew) return known->second;
   const Selection& selection = SelectionOf(*underlying);
   if (selection.isOpen || selection.types.empty()) {
-    return underlying->genericEntity ? SimpleType(TypeKind::GenericEntity) : nullptr;
+    return IsOfEntities(*underlying) ? SimpleType(TypeKind::GenericEntity) : nullptr;
   }
   const TypeExpression* common = selection.types.front();
   for (const TypeExpression* member : selection.types) {
@@ -329,9 +348,14 @@ bool TypeRules::IsSpecialisation(const TypeExpression& narrow, const TypeExpress
       const bool isKind = to->kind == from->kind ||
                           (from->kind == TypeKind::Aggregate && IsAggregate(to->kind)) ||
                           (from->kind == TypeKind::Bag && to->kind == TypeKind::Set);
-      return isKind && IsWithinBounds(*to, *from) &&
+      const bool isAsStrict = (to->uniqueElements || !from->uniqueElements || to->kind == TypeKind::Set) &&
+                              (!to->optionalElements || from->optionalElements);
+      return isKind && isAsStrict && IsWithinBounds(*to, *from) &&
              IsSpecialisation(*to->element, *from->element, depth + 1);
     }
+    case TypeKind::String:
+    case TypeKind::Binary:
+      return to->kind == from->kind && IsWithinWidth(*to, *from);
     default:
       return to->kind == from->kind;
   }

@@ -51,6 +51,9 @@ class TypeRules {
   };
   const Selection& SelectionOf(const TypeExpression& select);
 
+  /// The select is one of GENERIC_ENTITY, or based on one.
+  static bool IsOfEntities(const TypeExpression& select);
+
   /// The type stands for a select.
   static bool IsSelect(const TypeExpression* type);
 

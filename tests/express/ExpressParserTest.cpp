@@ -39,7 +39,8 @@ TEST(ExpressParser, DeclarationsStandInTheOrderOfTheText) {
   const SchemaText text = InSchema(
       "CONSTANT c : REAL := 1.0; d : REAL := 2.0; END_CONSTANT; ENTITY b; END_ENTITY; TYPE a = REAL; "
       "END_TYPE; "
-      "FUNCTION f : REAL; END_FUNCTION; PROCEDURE p; END_PROCEDURE; RULE r FOR (b); WHERE TRUE; END_RULE; "
+      "FUNCTION f : REAL; RETURN (c); END_FUNCTION; PROCEDURE p; END_PROCEDURE; RULE r FOR (b); WHERE "
+      "SIZEOF (b) = 0; END_RULE; "
       "SUBTYPE_CONSTRAINT sc FOR b; END_SUBTYPE_CONSTRAINT;");
   EXPECT_THAT(text.Findings(), IsEmpty());
   EXPECT_THAT(Names(text.model.schemas[0]->declarations),
@@ -195,10 +196,8 @@ TEST(ExpressParser, RulesKeepTheirLabels) {
 
 TEST(ExpressParser, BodiesOfAlgorithmsHideTheirEndWords) {
   const SchemaText text = InSchema(
-      "FUNCTION f : REAL; FUNCTION g : REAL; END_FUNCTION; LOCAL x : STRING; END_LOCAL; IF TRUE THEN x := "
-      "'END_FUNCTION;'; END_IF; (* "
-      "END_FUNCTION; *) "
-      "END_FUNCTION; ENTITY after; END_ENTITY;");
+      "PROCEDURE f; PROCEDURE g; END_PROCEDURE; LOCAL x : STRING; END_LOCAL; IF EXISTS (x) THEN x := "
+      "'END_PROCEDURE;'; END_IF; (* END_PROCEDURE; *) END_PROCEDURE; ENTITY after; END_ENTITY;");
   EXPECT_THAT(text.Findings(), IsEmpty());
   EXPECT_THAT(Names(text.model.schemas[0]->declarations), ElementsAre("f", "after"));
 }

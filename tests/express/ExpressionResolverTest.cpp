@@ -33,15 +33,14 @@ TEST_P(EveryExpressionType, IsThatOfTheLanguage) {
       "END_FUNCTION; "
       "ENTITY e SUBTYPE OF (base); i : INTEGER; n : NUMBER; r : REAL; s : STRING; b : BINARY; c : colour; "
       "l : LIST OF LIST OF d; v : either; w : other; DERIVE q : REAL := 1.0; "
-      "INVERSE users : SET OF u FOR t; user : u FOR t; WHERE NVL (" +
+      "INVERSE users : SET OF u FOR t; user : u FOR t; WHERE EXISTS (NVL (" +
       std::string(GetParam().expression) +
-      ", ?) = ?; END_ENTITY; ENTITY u; t : e; END_ENTITY; "
+      ", ?)); END_ENTITY; ENTITY u; t : e; END_ENTITY; "
       "FUNCTION late (x : LIST OF GENERIC : l) : SET OF GENERIC : l; RETURN ([x[1]]); END_FUNCTION;");
   ASSERT_THAT(text.Findings(), IsEmpty());
-  const auto& equality = static_cast<const Operation&>(*text.GetEntity("e").where.at(0).expression);
-  const TypeExpression* type = static_cast<const BuiltinCall&>(*equality.left).arguments.at(0)->type;
+  const auto& exists = static_cast<const BuiltinCall&>(*text.GetEntity("e").where.at(0).expression);
+  const TypeExpression* type = static_cast<const BuiltinCall&>(*exists.arguments.at(0)).arguments.at(0)->type;
   EXPECT_EQ(type ? TypeText(*type) : "open", GetParam().type);
-  EXPECT_EQ(equality.type->kind, TypeKind::Logical);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -185,6 +184,36 @@ TEST(ExpressionResolver, EntityIsAValueInARuleForItOnly) {
       "SIZEOF (a) = f; END_RULE;");
   EXPECT_THAT(text.Findings(),
               ElementsAre("1:71: error: 'a' is an entity and no value [E042]", "1:18: note: declared here"));
+}
+
+TEST(ExpressionResolver, WhatARuleDeclaresSeesItsPopulations) {
+  const SchemaText text = InSchema(
+      "ENTITY a; END_ENTITY; RULE r FOR (a); FUNCTION f : INTEGER; FUNCTION g : INTEGER; RETURN (SIZEOF "
+      "(a)); "
+      "END_FUNCTION; RETURN (g); END_FUNCTION; WHERE SIZEOF (a) = f; END_RULE; "
+      "FUNCTION h : INTEGER; RETURN (SIZEOF (a)); END_FUNCTION;");
+  EXPECT_THAT(text.Findings(),
+              ElementsAre("1:224: error: 'a' is an entity and no value [E042]", "1:18: note: declared here"));
+}
+
+TEST(ExpressionResolver, ItemOfAnExtensionIsOneOfTheExtendedEnumeration) {
+  const SchemaText text = InSchema(
+      "TYPE p = EXTENSIBLE ENUMERATION OF (x); END_TYPE; TYPE q = EXTENSIBLE ENUMERATION BASED_ON p WITH "
+      "(y); "
+      "END_TYPE; TYPE r = ENUMERATION BASED_ON q WITH (z); END_TYPE; ENTITY e; a : p; b : r; "
+      "WHERE a = p.z; b = r.x; a = q.w; END_ENTITY;");
+  EXPECT_THAT(text.Findings(), ElementsAre("1:230: error: enumeration 'q' has no item 'w' [E041]"));
+  const auto& first = static_cast<const Operation&>(*text.GetEntity("e").where[0].expression);
+  const Referent& item = static_cast<const Member&>(*first.right).referent;
+  EXPECT_EQ(item.enumeration, &text.GetType("r"));
+  EXPECT_EQ(item.item, 2);
+}
+
+TEST(ExpressionResolver, RedeclaredAttributeOfADiamondIsNotAmbiguous) {
+  const SchemaText text = InSchema(
+      "ENTITY a; n : NUMBER; END_ENTITY; ENTITY b SUBTYPE OF (a); SELF\\a.n : INTEGER; END_ENTITY; "
+      "ENTITY c SUBTYPE OF (a); END_ENTITY; ENTITY d SUBTYPE OF (b, c); WHERE ODD (n); END_ENTITY;");
+  EXPECT_THAT(text.Findings(), IsEmpty());
 }
 
 TEST(ExpressionResolver, RuleSeesPopulations) {

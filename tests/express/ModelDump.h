@@ -123,6 +123,7 @@ class ModelDump {
 
   void EntityBody(const Entity& entity) {
     Put(entity.isAbstract);
+    Put(entity.isAbstractSupertype);
     for (const Name& name : entity.supertypeNames) Put(name);
     for (const Entity* supertype : entity.supertypes) To(supertype);
     for (const Entity* subtype : entity.subtypes) To(subtype);

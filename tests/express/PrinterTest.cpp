@@ -131,7 +131,7 @@ TEST(Printer, PrintsEveryStatement) {
       "  END_REPEAT;\n";
   const std::string schema =
       "SCHEMA s '{ x }';\n\nPROCEDURE p (VAR v : INTEGER);\n  v := 1;\n  RETURN;\nEND_PROCEDURE;\n\n"
-      "PROCEDURE q;\n  SKIP;\nEND_PROCEDURE;\n\nFUNCTION f (n : INTEGER; m : REAL) : INTEGER;\n" +
+      "PROCEDURE q;\n  ;\nEND_PROCEDURE;\n\nFUNCTION f (n : INTEGER; m : REAL) : INTEGER;\n" +
       body + "END_FUNCTION;\n\nEND_SCHEMA;\n";
   const SchemaText text(schema);
   EXPECT_EQ(text.diagnostics.ErrorCount(), 0u) << testing::PrintToString(text.Findings());
@@ -152,7 +152,8 @@ TEST(Printer, PrintsEveryDeclaration) {
       "  i : BAG [0 : ?] OF z FOR o;\n  j : z FOR z.o;\nUNIQUE\n  u1 : d, SELF\\r.w;\n  u;\nWHERE\n  d > "
       "0.0;\n"
       "END_ENTITY;\n\n"
-      "ENTITY y ABSTRACT\n  SUBTYPE OF (r);\nEND_ENTITY;\n\nENTITY z\n  SUBTYPE OF (r);\n  o : "
+      "ENTITY y ABSTRACT\n  SUBTYPE OF (r);\nEND_ENTITY;\n\nENTITY z ABSTRACT SUPERTYPE\n  SUBTYPE OF (r);\n "
+      " o : "
       "x;\nEND_ENTITY;\n\n"
       "SUBTYPE_CONSTRAINT sc FOR r;\n  ABSTRACT SUPERTYPE;\n  TOTAL_OVER (x, y);\n  ONEOF (x, y);\n"
       "END_SUBTYPE_CONSTRAINT;\n\n"

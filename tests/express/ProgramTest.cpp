@@ -67,7 +67,7 @@ TEST_F(Program, PrintWritesTheCanonicalText) {
 TEST_F(Program, ListWritesPlaceKindAndName) {
   Write("all.exp",
         "SCHEMA all;\nCONSTANT c : REAL := 1.0; END_CONSTANT;\nTYPE t = REAL; END_TYPE;\n"
-        "ENTITY e; END_ENTITY;\nFUNCTION f : REAL; RETURN (1.0); END_FUNCTION;\nPROCEDURE p; SKIP; "
+        "ENTITY e; END_ENTITY;\nFUNCTION f : REAL; RETURN (1.0); END_FUNCTION;\nPROCEDURE p; ; "
         "END_PROCEDURE;\n"
         "RULE r FOR (e); WHERE TRUE; END_RULE;\nSUBTYPE_CONSTRAINT s FOR e; END_SUBTYPE_CONSTRAINT;\n"
         "END_SCHEMA;\n");

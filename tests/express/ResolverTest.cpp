@@ -74,7 +74,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Specialisation{"INTEGER", "REAL", false}, Specialisation{"LOGICAL", "BOOLEAN", true},
                     Specialisation{"BOOLEAN", "LOGICAL", false}, Specialisation{"STRING", "STRING (5)", true},
                     Specialisation{"STRING", "BINARY", false}, Specialisation{"base", "derived", true},
-                    Specialisation{"base", "base", true}, Specialisation{"base", "other", false},
+                    Specialisation{"base", "other", false}, Specialisation{"STRING (5)", "STRING (3)", true},
+                    Specialisation{"STRING (5)", "STRING (6)", false},
+                    Specialisation{"STRING (5)", "STRING", false},
+                    Specialisation{"STRING (5)", "STRING (5) FIXED", true},
+                    Specialisation{"STRING (5) FIXED", "STRING (5)", false},
+                    Specialisation{"BINARY (5) FIXED", "BINARY (4) FIXED", false},
                     Specialisation{"derived", "base", false}, Specialisation{"base", "REAL", false},
                     Specialisation{"choice", "derived", true}, Specialisation{"choice", "REAL", true},
                     Specialisation{"colour", "more", true}, Specialisation{"colour", "STRING", false},
@@ -83,6 +88,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Specialisation{"SET OF base", "BAG OF base", false},
                     Specialisation{"BAG OF base", "SET OF base", true},
                     Specialisation{"LIST OF base", "LIST OF UNIQUE base", true},
+                    Specialisation{"LIST OF UNIQUE base", "LIST OF base", false},
+                    Specialisation{"ARRAY [1:3] OF OPTIONAL base", "ARRAY [1:3] OF base", true},
+                    Specialisation{"ARRAY [1:3] OF base", "ARRAY [1:3] OF OPTIONAL base", false},
+                    Specialisation{"ARRAY [1:3] OF base", "ARRAY [1:3] OF derived", true},
+                    Specialisation{"ARRAY [1:3] OF base", "ARRAY [1:2] OF base", false},
                     Specialisation{"LIST OF base", "base", false},
                     Specialisation{"AGGREGATE OF base", "LIST OF derived", true},
                     Specialisation{"AGGREGATE OF base", "base", false},
@@ -113,9 +123,11 @@ TEST(Resolver, UseCarriesOnWhatIsUsedAndReferenceDoesNot) {
 TEST(Resolver, ReferenceWithoutListTakesAllDeclarationsAndUseTypesAndEntities) {
   const SchemaText text(
       "SCHEMA s; REFERENCE FROM u; END_SCHEMA; SCHEMA t; USE FROM u; END_SCHEMA; "
-      "SCHEMA u; ENTITY e; END_ENTITY; FUNCTION f : REAL; END_FUNCTION; END_SCHEMA;");
+      "SCHEMA u; ENTITY e; END_ENTITY; FUNCTION f : REAL; RETURN (1.0); END_FUNCTION; RULE r FOR (e); "
+      "WHERE SIZEOF (e) = 1; END_RULE; END_SCHEMA;");
   EXPECT_THAT(text.Findings(), IsEmpty());
   EXPECT_EQ(text.model.schemas[0]->scope.count("f"), 1u);
+  EXPECT_EQ(text.model.schemas[0]->scope.count("r"), 0u);
   EXPECT_EQ(text.model.schemas[1]->scope.count("f"), 0u);
   EXPECT_EQ(text.model.schemas[1]->scope.count("e"), 1u);
 }
@@ -130,7 +142,7 @@ TEST(Resolver, SchemasMayUseEachOther) {
 TEST(Resolver, AttributeOfOneNameMayBeInheritedTwice) {
   const SchemaText text = InSchema(
       "ENTITY a; name : STRING; END_ENTITY; ENTITY b; name : STRING; END_ENTITY; "
-      "ENTITY c SUBTYPE OF (a, b); SELF\\a.name : STRING; SELF\\b.name : STRING; END_ENTITY;");
+      "ENTITY c SUBTYPE OF (a, b); SELF\\a.name : STRING (5); SELF\\b.name : STRING (6); END_ENTITY;");
   EXPECT_THAT(text.Findings(), IsEmpty());
 }
 

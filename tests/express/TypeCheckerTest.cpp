@@ -62,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(
     Arithmetic, EveryRule,
     testing::Values(RuleRow{"i + r * n - h / q > 2 ** i", ""}, RuleRow{"i DIV 2 + i MOD 2 = -q", ""},
                     RuleRow{"v + 1 > v * v", ""}, RuleRow{"s + name = 'a'", ""}, RuleRow{"b + %1 = b", ""},
-                    RuleRow{"? + 1 > ?", ""},
+                    RuleRow{"? + 1 > i", ""},
                     RuleRow{"i + s > 0", "E046 '+' does not take integer and string"},
                     RuleRow{"s - s = s", "E046 '-' does not take string and string"},
                     RuleRow{"l * i > 0", "E046 '*' does not take logical and integer"},
@@ -329,8 +329,8 @@ TEST_P(EveryStatement, IsJudgedByTheTypesInIt) {
 INSTANTIATE_TEST_SUITE_P(
     Statements, EveryStatement,
     testing::Values(
-        StatementRow{"IF i > 1 THEN SKIP; END_IF", ""}, StatementRow{"IF g THEN SKIP; END_IF", ""},
-        StatementRow{"IF i THEN SKIP; END_IF", "E048 condition is integer, expected a logical value"},
+        StatementRow{"IF i > 1 THEN v := 1; END_IF", ""}, StatementRow{"IF g THEN v := 1; END_IF", ""},
+        StatementRow{"IF i THEN v := 1; END_IF", "E048 condition is integer, expected a logical value"},
         StatementRow{"REPEAT WHILE s; SKIP; END_REPEAT",
                      "E048 condition is string, expected a logical value"},
         StatementRow{"REPEAT UNTIL r; SKIP; END_REPEAT", "E048 condition is real, expected a logical value"},
@@ -360,10 +360,17 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(TypeChecker, ProcedureAndRuleReturnNoValue) {
   const SchemaText text = InSchema(
-      "ENTITY a; END_ENTITY; PROCEDURE p; RETURN (1); END_PROCEDURE; RULE r FOR (a); RETURN (a); WHERE TRUE; "
-      "END_RULE;");
+      "ENTITY a; END_ENTITY; PROCEDURE p; RETURN (1); END_PROCEDURE; RULE r FOR (a); RETURN (a); WHERE "
+      "SIZEOF (a) = 1; END_RULE;");
   EXPECT_THAT(text.Findings(), ElementsAre("1:46: error: procedure 'p' returns no value [E053]",
                                            "1:89: error: rule 'r' returns no value [E053]"));
+}
+
+TEST(TypeChecker, EndlessRepeatIsNoConstantCondition) {
+  const SchemaText text = InSchema(
+      "FUNCTION f (i : INTEGER) : INTEGER; REPEAT WHILE TRUE UNTIL FALSE; i := i + 1; ESCAPE; END_REPEAT; "
+      "REPEAT UNTIL TRUE; i := 2; END_REPEAT; RETURN (i); END_FUNCTION;");
+  EXPECT_THAT(text.Findings(), ElementsAre("1:123: warning: condition is always the same [W013]"));
 }
 
 TEST(TypeChecker, BoundsAndWidthsAreWholeNumbers) {
