@@ -29,12 +29,14 @@ function(velmar_add_schema)
     message(FATAL_ERROR "velmar_add_schema(${arg_NAME}): there is no file ${arg_EXPRESS}")
   endif()
   set(options "")
+  set(globs "")
   foreach(directory IN LISTS arg_INCLUDE_DIRS)
     cmake_path(ABSOLUTE_PATH directory BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE)
     if(NOT IS_DIRECTORY "${directory}")
       message(FATAL_ERROR "velmar_add_schema(${arg_NAME}): there is no folder ${directory}")
     endif()
     list(APPEND options -I ${directory})
+    list(APPEND globs ${directory}/*.[eE][xX][pP])
   endforeach()
 
   if(NOT DEFINED arg_SCHEMA AND NOT DEFINED arg_REGISTRY_NAME)
@@ -70,7 +72,18 @@ function(velmar_add_schema)
   endforeach()
   # Files that would not change are left alone; the stamp says when they were last looked at.
   set(stamp ${directory}.stamp)
-  cmake_path(GET arg_EXPRESS FILENAME text)
+  # Which texts were read, velmar-express says. In a folder with a blank in its name, seen from the top, CMake writes a makefile
+  # that cannot use this: there, all texts count that might have been read.
+  set(texts DEPFILE ${stamp}.d)
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_BINARY_DIR BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE folder)
+  if(CMAKE_GENERATOR MATCHES "Makefiles" AND folder MATCHES " ")
+    set(texts "")
+    if(globs)
+      file(GLOB texts CONFIGURE_DEPENDS ${globs})
+      list(PREPEND texts DEPENDS)
+    endif()
+  endif()
+  cmake_path(GET arg_EXPRESS FILENAME name)
   add_custom_command(
     OUTPUT ${stamp}
     BYPRODUCTS ${header} ${sources}
@@ -78,8 +91,8 @@ function(velmar_add_schema)
             --registry-name ${arg_REGISTRY_NAME} --parts ${arg_PARTS} --depfile ${stamp}.d --depfile-target ${stamp}
     COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
     DEPENDS ${arg_EXPRESS} Velmar::velmar-express
-    DEPFILE ${stamp}.d
-    COMMENT "Generating the classes of ${text}"
+    ${texts}
+    COMMENT "Generating the classes of ${name}"
     VERBATIM
   )
   add_custom_target(${arg_NAME}_generate DEPENDS ${stamp})

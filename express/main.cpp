@@ -231,8 +231,8 @@ int Run(int argc, char** argv) {
       ->capture_default_str();
   CLI::Option* depfile = generate->add_option(
       "--depfile", options.depfile, "Writes a makefile rule there that says which EXPRESS files were read");
-  depfile->needs(
-      generate->add_option("--depfile-target", options.depfileTarget, "The target of that rule")->needs(depfile));
+  depfile->needs(generate->add_option("--depfile-target", options.depfileTarget, "The target of that rule")
+                     ->needs(depfile));
   AddSearchPath(*generate, options);
   generate->footer(kExitStatus);
 

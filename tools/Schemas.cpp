@@ -41,7 +41,8 @@ std::string RegistryName(Schema schema) {
   return ExpRuntimeRegistry::GetInstance()->EvalRegisteredSchema(schema);
 }
 
-// The schemas that there are libraries of: "first (second), ...", in columns of the table; "none" in a build without.
+// The schemas that there are libraries of: "first (second), ...", in columns of the table; "none" in a build
+// without.
 std::string Listed(const char* Row::*first, const char* Row::*second) {
   std::vector<std::string> names;
   for (const Row& row : Rows()) {

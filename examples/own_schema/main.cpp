@@ -1,4 +1,5 @@
-// Reads a file of a schema of our own and lists its tools: ToolStore.h is made from tool_store.exp while building.
+// Reads a file of a schema of our own and lists its tools: ToolStore.h is made from tool_store.exp while
+// building.
 #include <iostream>
 #include <list>
 
@@ -23,7 +24,8 @@ int main(int argc, char** argv) {
       std::cout << ", coating " << drill->Coated().GetExpEnumerationString();
     }
     auto* drawer = dynamic_cast<ToolStore::Drawer*>(file.GetEntity(tool->KeptIn()));
-    std::cout << ", " << (drawer == nullptr ? "not put away" : "in " + drawer->Label().GetExpString()) << "\n";
+    std::cout << ", " << (drawer == nullptr ? "not put away" : "in " + drawer->Label().GetExpString())
+              << "\n";
   }
   return tools.empty() ? 1 : 0;
 }

@@ -168,8 +168,9 @@ TEST_F(Program, DepfileNamesTheTextsThatWereRead) {
   Write("more # texts/two.exp", "SCHEMA two; ENTITY e; END_ENTITY; END_SCHEMA;");
   Write("more # texts/three.exp", "SCHEMA three; END_SCHEMA;");
   ASSERT_EQ(Run("generate main.exp -I 'more # texts' --depfile d --depfile-target 'a $ stamp'"), 0);
-  EXPECT_EQ(Content("d"),
-            "a\\ $$\\ stamp: \\\n  main.exp \\\n  more\\ \\#\\ texts/one.exp \\\n  more\\ \\#\\ texts/two.exp\n");
+  EXPECT_EQ(
+      Content("d"),
+      "a\\ $$\\ stamp: \\\n  main.exp \\\n  more\\ \\#\\ texts/one.exp \\\n  more\\ \\#\\ texts/two.exp\n");
 }
 
 TEST_F(Program, DepfileAndItsTargetComeTogether) {

@@ -98,8 +98,33 @@ endforeach()
 run(${build}/not_linked FIRST THE_SECOND)
 expect_equal("${output}" "FIRST is not registered\nTHE_SECOND is not registered\n")
 
+# A folder with a blank in its name within a project.
+foreach(generator IN LISTS generators)
+  set(project_of_two ${work}/${generator}/two)
+  set(text "SCHEMA alone;\nUSE FROM other;\nEND_SCHEMA;\n")
+  file(WRITE "${project_of_two}/a folder/alone.exp" "${text}")
+  file(WRITE "${project_of_two}/a folder/texts/other.EXP" "SCHEMA other;\nENTITY a;\nEND_ENTITY;\nEND_SCHEMA;\n")
+  file(WRITE "${project_of_two}/a folder/CMakeLists.txt"
+       "velmar_add_schema(NAME alone EXPRESS alone.exp INCLUDE_DIRS texts)\n"
+       "velmar_add_schema(NAME other EXPRESS texts/other.EXP)\n")
+  file(WRITE "${project_of_two}/CMakeLists.txt"
+       "cmake_minimum_required(VERSION 3.25)\nproject(Two LANGUAGES CXX)\nfind_package(Velmar 3.1 REQUIRED)\n"
+       "add_subdirectory(\"a folder\")\n")
+  set(build ${project_of_two}/build)
+  run(${CMAKE_COMMAND} -S ${project_of_two} -B ${build} -G ${generator} ${settings} -DCMAKE_CXX_FLAGS=${CXX_FLAGS})
+  run(${CMAKE_COMMAND} --build ${build} --target alone_generate other_generate)
+  run(${CMAKE_COMMAND} --build ${build} --target alone_generate other_generate)
+  expect_no_substring("${output}" "Generating the classes")
+  change("${project_of_two}/a folder/texts/other.EXP" "SCHEMA other;\nENTITY b;\nEND_ENTITY;\nEND_SCHEMA;\n")
+  run(${CMAKE_COMMAND} --build ${build} --target alone_generate other_generate)
+  expect_substring("${output}" "Generating the classes of alone.exp")
+  expect_substring("${output}" "Generating the classes of other.EXP")
+  file(READ "${build}/a folder/alone_classes/Alone.h" header)
+  expect_substring("${header}" "class VELMAR_API B :")
+endforeach()
+
 # Installed and exported by the project, moved, and used by another.
-run(${CMAKE_COMMAND} --install ${build} --prefix ${work}/first)
+run(${CMAKE_COMMAND} --install ${work}/project --prefix ${work}/first)
 file(RENAME ${work}/first ${work}/moved)
 set(build ${work}/user)
 run(${CMAKE_COMMAND} -S ${project}/user -B ${build} -G ${generator} ${settings} -DCMAKE_CXX_FLAGS=${strict}
