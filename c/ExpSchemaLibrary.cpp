@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <string_view>
+#include <typeindex>
+#include <unordered_map>
 
 #include "ExpRuntimeRegistry.h"
 #include "ValueText.h"
@@ -48,6 +51,19 @@ void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow*
   }
 }
 
+class ExpVisitIndex {
+ public:
+  ExpVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count);
+  bool Visit(ExpEntityVisitor* visitor, ExpEntity* entity);
+
+ private:
+  const ExpEntityTypeRow* BaseRow(ExpEntity* entity);
+
+  std::unordered_map<std::type_index, const ExpEntityTypeRow*> rows_;
+  std::mutex mutex_;
+  std::unordered_map<std::type_index, const ExpEntityTypeRow*> baseRows_;  // of classes that were met; guarded
+};
+
 ExpVisitIndex::ExpVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count) {
   for (auto table = tables; table != tables + count; ++table) {
     for (const ExpEntityTypeRow* row = (*table)->rows; row != (*table)->rows + (*table)->count; ++row) {
@@ -78,6 +94,14 @@ const ExpEntityTypeRow* ExpVisitIndex::BaseRow(ExpEntity* entity) {
     place->second = row;
   }
   return place->second;
+}
+
+ExpVisitIndex* ExpMakeVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count) {
+  return new ExpVisitIndex(tables, count);
+}
+
+bool ExpVisit(ExpVisitIndex& index, ExpEntityVisitor* visitor, ExpEntity* entity) {
+  return index.Visit(visitor, entity);
 }
 
 }  // namespace VELMAR

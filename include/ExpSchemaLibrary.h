@@ -11,12 +11,9 @@
 #include <cstring>
 #include <list>
 #include <map>
-#include <mutex>
 #include <string>
 #include <type_traits>
-#include <typeindex>
 #include <typeinfo>
-#include <unordered_map>
 #include <vector>
 
 #include "VelmarApi.h"
@@ -193,24 +190,14 @@ struct ExpEntityTypeTable {
 VELMAR_API void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow* rows, std::size_t count);
 
 /// Finds the operation of a schema library's visitor for an entity. Threads may share it.
-class VELMAR_API ExpVisitIndex {
- public:
-  /// Of `count` tables, each of which has its `type` and `visit` in every row.
-  ExpVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count);
-  ExpVisitIndex(const ExpVisitIndex&) = delete;
-  ExpVisitIndex& operator=(const ExpVisitIndex&) = delete;
+class ExpVisitIndex;
 
-  /// Calls the operation for the entity's class or, where the tables lack that, for the class it is derived
-  /// from: if there are several the one with the most supertypes, and of these that with the lowest type number.
-  /// Returns false where there is none. The visitor is one of the schema library's own.
-  bool Visit(ExpEntityVisitor* visitor, ExpEntity* entity);
+/// Made of `count` tables, each of which has its `type` and `visit` in every row. Never deleted.
+VELMAR_API ExpVisitIndex* ExpMakeVisitIndex(const ExpEntityTypeTable* const* tables, std::size_t count);
 
- private:
-  const ExpEntityTypeRow* BaseRow(ExpEntity* entity);
-
-  std::unordered_map<std::type_index, const ExpEntityTypeRow*> rows_;
-  std::mutex mutex_;
-  std::unordered_map<std::type_index, const ExpEntityTypeRow*> baseRows_;  // of classes that were met; guarded
-};
+/// Calls the operation for the entity's class or, where the tables lack that, for the class it is derived from: if
+/// there are several the one with the most supertypes, and of these that with the lowest type number. Returns
+/// false where there is none. The visitor is one of the schema library's own.
+VELMAR_API bool ExpVisit(ExpVisitIndex& index, ExpEntityVisitor* visitor, ExpEntity* entity);
 
 }  // namespace VELMAR

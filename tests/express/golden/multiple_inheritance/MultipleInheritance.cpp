@@ -29,9 +29,9 @@ void EntityBase::SetEntityNumber(int number) { ExpEntity::SetEntityNumber(number
 int EntityBase::GetEntityNumber() { return ExpEntity::GetEntityNumber(); }
 std::string EntityBase::ToString() { return ExpEntity::ToString(); }
 void EntityBase::Accept(ExpEntityVisitor* visitor) {
-  static ExpVisitIndex* const index = new ExpVisitIndex(kParts, std::size(kParts));
+  static ExpVisitIndex* const index = ExpMakeVisitIndex(kParts, std::size(kParts));
   auto* own = dynamic_cast<Visitor*>(visitor);
-  if (own == nullptr || !index->Visit(own, this)) ExpEntity::Accept(visitor);
+  if (own == nullptr || !ExpVisit(*index, own, this)) ExpEntity::Accept(visitor);
 }
 
 Visitor::~Visitor() = default;
