@@ -45,7 +45,8 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E032", Severity::Error, "An entity is not its own supertype (9.2.3)."},
     {"E033", Severity::Error, "A defined type does not stand for itself (8.3.2)."},
     {"E034", Severity::Error, "A select does not select itself (8.4.2)."},
-    {"E035", Severity::Error, "A qualifier of an attribute names a supertype; only what is inherited is redeclared (9.2.3.4)."},
+    {"E035", Severity::Error,
+     "A qualifier of an attribute names a supertype; only what is inherited is redeclared (9.2.3.4)."},
     {"E036", Severity::Error,
      "A redeclared attribute has the inherited type or a specialisation of it (9.2.3.4)."},
     {"E037", Severity::Error,
@@ -231,6 +232,11 @@ std::string Nearest(const std::string& name, const std::vector<std::string>& can
     }
   }
   return nearest;
+}
+
+std::string DidYouMean(const std::string& name, const std::vector<std::string>& candidates) {
+  const std::string nearest = Nearest(name, candidates);
+  return nearest.empty() ? "" : "did you mean '" + nearest + "'?";
 }
 
 }  // namespace VELMAR::Express

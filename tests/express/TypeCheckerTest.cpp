@@ -80,9 +80,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         RuleRow{"i = r", ""}, RuleRow{"c < green", ""}, RuleRow{"l = TRUE", ""}, RuleRow{"d = m", ""},
         RuleRow{"w = s", ""}, RuleRow{"w = p", ""}, RuleRow{"v = c", ""}, RuleRow{"li = [1, 2]", ""},
-        RuleRow{"lp <= [p]", ""}, RuleRow{"p :=: SELF", ""}, RuleRow{"lp :=: [SELF]", ""},
-        RuleRow{"q > i", ""}, RuleRow{"name LIKE '@#'", ""},
-        RuleRow{"i = s", "E047 integer and string have no values in common"},
+        RuleRow{"lp <= [p]", ""},
+        RuleRow{"li <= li", "E046 values of list of integer and list of integer have no order"},
+        RuleRow{"p :=: SELF", ""}, RuleRow{"lp :=: [SELF]", ""}, RuleRow{"q > i", ""},
+        RuleRow{"name LIKE '@#'", ""}, RuleRow{"i = s", "E047 integer and string have no values in common"},
         RuleRow{"c <> z", "E047 colour and size have no values in common"},
         RuleRow{"p = s", "E047 part and string have no values in common"},
         RuleRow{"a :=: p", "E047 alone and part have no values in common"},
