@@ -58,7 +58,7 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E041", Severity::Error, "A name in an expression or statement is declared where it is visible (10)."},
     {"E042", Severity::Error, "A type, procedure, rule or constraint has no value (12.7)."},
     {"E043", Severity::Error, "Only a procedure is called as a statement (13.8)."},
-    {"E044", Severity::Error, "Only variables and parameters are assigned to (13.3)."},
+    {"E044", Severity::Error, "Only variables and parameters are assigned to and have an ALIAS (13.2, 13.3)."},
     {"E045", Severity::Error, "Only an instance of an entity has attributes (12.7.3)."},
     {"E046", Severity::Error, "An operator has operands of the types that it is defined for (12)."},
     {"E047", Severity::Error, "Only values of compatible types are compared (12.2)."},

@@ -951,6 +951,7 @@ class ExpressionResolver {
       case StatementKind::Alias: {
         auto& alias = static_cast<AliasStatement&>(statement);
         Resolve(alias.source);
+        if (!IsPopulation(*alias.source)) CheckTarget(*alias.source, "have an ALIAS");
         alias.variable->valueType = alias.source->type;
         WithVariable(*alias.variable, [&] { Statements(alias.body); });
         break;
@@ -960,7 +961,8 @@ class ExpressionResolver {
         isTarget_ = assignment.target->kind == ExpressionKind::Name;
         Resolve(assignment.target);
         isTarget_ = false;
-        CheckTarget(*assignment.target);
+        CheckTarget(*assignment.target, "are assigned to");
+        CheckCounter(*assignment.target);
         Resolve(assignment.value, assignment.target->type);
         break;
       }
@@ -1016,22 +1018,34 @@ class ExpressionResolver {
     }
   }
 
-  // Only variables are assigned to.
-  void CheckTarget(const Expression& target) {
+  // Only variables are assigned to and have an ALIAS.
+  void CheckTarget(const Expression& target, const char* use) {
     const auto& reference = static_cast<const NameReference&>(RootOf(target));
     const Declaration* found = reference.referent.declaration;
     const bool isItem = reference.referent.enumeration != nullptr;
-    const bool isVariable = found && found->kind == DeclarationKind::Variable;
-    if (isVariable && static_cast<const Variable*>(found)->role == VariableRole::Repeat) {
-      diagnostics_.Report(Code::RepeatVariableChanged, reference.where,
-                          "the REPEAT that counts with " + Quoted(reference.name) + " changes it",
-                          found->name.where, "declared here");
-    }
-    if (!isItem && (!found || isVariable)) return;
+    if (!isItem && (!found || found->kind == DeclarationKind::Variable)) return;
     diagnostics_.Report(Code::NotAssignable, reference.where,
                         Quoted(reference.name) + " is " +
                             (isItem ? "an enumeration item" : KindText(found->kind)) +
-                            ": only variables and parameters are assigned to");
+                            ": only variables and parameters " + use);
+  }
+
+  // What a rule calls by the name of an entity.
+  static bool IsPopulation(const Expression& expression) {
+    const auto& reference = static_cast<const NameReference&>(RootOf(expression));
+    const Declaration* found = reference.referent.declaration;
+    return found && found->kind == DeclarationKind::Entity;
+  }
+
+  void CheckCounter(const Expression& target) {
+    if (target.kind != ExpressionKind::Name) return;
+    const auto& reference = static_cast<const NameReference&>(target);
+    const Declaration* found = reference.referent.declaration;
+    if (!found || found->kind != DeclarationKind::Variable) return;
+    if (static_cast<const Variable*>(found)->role != VariableRole::Repeat) return;
+    diagnostics_.Report(Code::RepeatVariableChanged, reference.where,
+                        "the REPEAT that counts with " + Quoted(reference.name) + " changes it",
+                        found->name.where, "declared here");
   }
 
   void ProcedureCall(ProcedureCallStatement& call) {

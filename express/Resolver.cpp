@@ -676,7 +676,9 @@ class Resolver {
     for (SupertypeExpression& operand : expression.operands) Subtypes(scope, entity, operand);
     if (expression.kind != SupertypeExpression::Kind::Entity) return;
     expression.entity = FindEntity(scope, expression.name);
-    if (!expression.entity || IsKindOf(*expression.entity, entity)) return;
+    const bool isSubtype =
+        expression.entity && expression.entity != &entity && IsKindOf(*expression.entity, entity);
+    if (!expression.entity || isSubtype) return;
     diagnostics_.Report(Code::NotASubtype, expression.name.where,
                         Quoted(expression.name) + " is not a subtype of " + Quoted(entity.name),
                         expression.entity->name.where, Quoted(expression.name) + " is declared here");

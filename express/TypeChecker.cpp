@@ -203,6 +203,15 @@ class TypeChecker {
                               " is redeclared as OPTIONAL, which the inherited one is not",
                           inherited.name.where, "declared here");
     }
+    const Entity* referring = attribute.inverseEntityDeclaration;
+    const Entity* inheritedReferring = inherited.inverseEntityDeclaration;
+    if (referring && inheritedReferring && !rules_.IsKindOf(*referring, *inheritedReferring)) {
+      diagnostics_.Report(Code::NotSpecialised, attribute.inverseEntity.where,
+                          "inverse attribute " + Quoted(attribute.name) + " is redeclared with entity " +
+                              Quoted(referring->name) + ", which is no subtype of " +
+                              Quoted(inheritedReferring->name),
+                          inherited.name.where, "declared here");
+    }
     if (!attribute.type || !inherited.type) return;
     const bool isSame = attribute.kind == AttributeKind::Explicit && !attribute.renamed &&
                         inherited.kind == AttributeKind::Explicit &&
@@ -678,6 +687,23 @@ class TypeChecker {
     }
     IsWholeNumber(*index.first, "index");
     if (index.last) IsWholeNumber(*index.last, "index");
+    OutsideOf(*index.first, rules_.Fundamental(index.operand->type));
+  }
+
+  // An index that no value of the type has, as far as both are written as numbers: all but arrays begin
+  // with 1.
+  void OutsideOf(const Expression& index, const TypeExpression* type) {
+    const std::optional<std::int64_t> at = LiteralValue(index);
+    const bool isOpen = !type || type->kind == TypeKind::Aggregate || type->kind == TypeKind::Generic;
+    if (!at || isOpen) return;
+    const bool isArray = type->kind == TypeKind::Array;
+    if (isArray && !type->hasBounds) return;
+    const std::optional<std::int64_t> lower = isArray ? LiteralValue(*type->lower) : 1;
+    const std::optional<std::int64_t> upper = isArray ? LiteralValue(*type->upper) : std::nullopt;
+    if ((!lower || *at >= *lower) && (!upper || *at <= *upper)) return;
+    diagnostics_.Report(Code::AlwaysIndeterminate, index.where,
+                        "index " + std::to_string(*at) + " is outside of " + TypeText(*type),
+                        "this gives '?' always");
   }
 
   void Operand(const Expression& operand, unsigned classes, const Unary& operation) {
