@@ -681,13 +681,14 @@ class TypeChecker {
   void IndexOperands(const Index& index) {
     const unsigned wanted =
         index.last ? kStringValue | kBinaryValue : kAggregateValue | kStringValue | kBinaryValue;
-    if ((rules_.ClassesOf(index.operand->type) & wanted) == 0) {
+    const bool isIndexed = (rules_.ClassesOf(index.operand->type) & wanted) != 0;
+    if (!isIndexed) {
       diagnostics_.Report(Code::WrongOperand, index.where,
                           Shown(index.operand->type) + " is indexed, expected " + ClassesText(wanted));
     }
     IsWholeNumber(*index.first, "index");
     if (index.last) IsWholeNumber(*index.last, "index");
-    OutsideOf(*index.first, rules_.Fundamental(index.operand->type));
+    if (isIndexed) OutsideOf(*index.first, rules_.Fundamental(index.operand->type));
   }
 
   // An index that no value of the type has, as far as both are written as numbers: all but arrays begin

@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
         RuleRow{"y[-2] = 1", "W010 index -2 is outside of array [-1 : 3] of integer"},
         RuleRow{"y[4] = 1", "W010 index 4 is outside of array [-1 : 3] of integer"},
         RuleRow{"li[1:2] = 1", "E046 list of integer is indexed, expected a string or a binary"},
-        RuleRow{"i[1] = 1", "E046 integer is indexed, expected a string or a binary or an aggregate"},
+        RuleRow{"i[0] = 1", "E046 integer is indexed, expected a string or a binary or an aggregate"},
         RuleRow{"li[s] = 1", "E049 index is string, expected an integer"},
         RuleRow{"li[1.5] = 1", "E049 index is real, expected an integer"}, RuleRow{"li[n] = 1", ""},
         RuleRow{"SIZEOF ([s : i, s : 2]) = 0", ""},
