@@ -217,8 +217,9 @@ TEST(ExpressParser, GoesOnBehindAnError) {
 
 TEST(ExpressParser, MissingUpperBoundIsExplained) {
   const SchemaText text = InSchema("ENTITY a; x : LIST [1:] OF REAL; y : LIST [1:?] OF REAL; END_ENTITY;");
-  EXPECT_THAT(text.Findings(),
-              ElementsAre("1:33: error: expected an upper bound ('?' where there is none), found ']' [E010]"));
+  EXPECT_THAT(
+      text.Findings(),
+      ElementsAre("1:33: error: expected an upper bound ('?' where there is none), found ']' [E010]"));
 }
 
 TEST(ExpressParser, SchemaBehindAnUnfinishedOneIsRead) {
