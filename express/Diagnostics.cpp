@@ -45,7 +45,8 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E032", Severity::Error, "An entity is not its own supertype (9.2.3)."},
     {"E033", Severity::Error, "A defined type does not stand for itself (8.3.2)."},
     {"E034", Severity::Error, "A select does not select itself (8.4.2)."},
-    {"E035", Severity::Error, "A qualifier of an attribute names a supertype; only what is inherited is redeclared (9.2.3.4)."},
+    {"E035", Severity::Error,
+     "A qualifier of an attribute names a supertype; only what is inherited is redeclared (9.2.3.4)."},
     {"E036", Severity::Error,
      "A redeclared attribute has the inherited type or a specialisation of it (9.2.3.4)."},
     {"E037", Severity::Error,
@@ -57,7 +58,8 @@ constexpr CatalogueRow kCatalogue[] = {
     {"E041", Severity::Error, "A name in an expression or statement is declared where it is visible (10)."},
     {"E042", Severity::Error, "A type, procedure, rule or constraint has no value (12.7)."},
     {"E043", Severity::Error, "Only a procedure is called as a statement (13.8)."},
-    {"E044", Severity::Error, "Only variables and parameters are assigned to (13.3)."},
+    {"E044", Severity::Error,
+     "Only variables and parameters are assigned to and have an ALIAS (13.2, 13.3)."},
     {"E045", Severity::Error, "Only an instance of an entity has attributes (12.7.3)."},
     {"E046", Severity::Error, "An operator has operands of the types that it is defined for (12)."},
     {"E047", Severity::Error, "Only values of compatible types are compared (12.2)."},
@@ -231,6 +233,11 @@ std::string Nearest(const std::string& name, const std::vector<std::string>& can
     }
   }
   return nearest;
+}
+
+std::string DidYouMean(const std::string& name, const std::vector<std::string>& candidates) {
+  const std::string nearest = Nearest(name, candidates);
+  return nearest.empty() ? "" : "did you mean '" + nearest + "'?";
 }
 
 }  // namespace VELMAR::Express

@@ -155,4 +155,7 @@ class Diagnostics {
 /// The candidate that `name` may be a misspelling of; empty where none is near enough.
 std::string Nearest(const std::string& name, const std::vector<std::string>& candidates);
 
+/// The hint that names the nearest candidate; empty where none is near enough.
+std::string DidYouMean(const std::string& name, const std::vector<std::string>& candidates);
+
 }  // namespace VELMAR::Express

@@ -523,6 +523,7 @@ class Parser {
     Expect(TokenKind::LeftBracket);
     lower = SimpleExprNested();
     Expect(TokenKind::Colon);
+    if (Kind() == TokenKind::RightBracket) Fail("an upper bound ('?' where there is none)");
     upper = SimpleExprNested();
     Close(TokenKind::RightBracket, open);
   }

@@ -55,6 +55,51 @@ std::optional<std::string> ConstantText(const Expression& expression) {
   return right ? std::optional<std::string>(*left + *right) : std::nullopt;
 }
 
+const char* KindText(DeclarationKind kind) {
+  switch (kind) {
+    case DeclarationKind::Type:
+      return "a type";
+    case DeclarationKind::Entity:
+      return "an entity";
+    case DeclarationKind::Constant:
+      return "a constant";
+    case DeclarationKind::Function:
+      return "a function";
+    case DeclarationKind::Procedure:
+      return "a procedure";
+    case DeclarationKind::Rule:
+      return "a rule";
+    case DeclarationKind::SubtypeConstraint:
+      return "a subtype constraint";
+    case DeclarationKind::Variable:
+      return "a variable";
+  }
+  return "";
+}
+
+const Expression& RootOf(const Expression& expression) {
+  const Expression* at = &expression;
+  for (;;) {
+    switch (at->kind) {
+      case ExpressionKind::Member:
+        at = static_cast<const Member*>(at)->operand.get();
+        break;
+      case ExpressionKind::Group:
+        at = static_cast<const Group*>(at)->operand.get();
+        break;
+      case ExpressionKind::Index:
+        at = static_cast<const Index*>(at)->operand.get();
+        break;
+      default:
+        return *at;
+    }
+  }
+}
+
+bool IsAggregate(TypeKind kind) { return kind >= TypeKind::Array && kind <= TypeKind::Aggregate; }
+
+bool IsNumeric(TypeKind kind) { return kind >= TypeKind::Number && kind <= TypeKind::Integer; }
+
 const BuiltinRow& BuiltinRowOf(Builtin builtin) { return kBuiltins[static_cast<std::size_t>(builtin)]; }
 
 Builtin FindBuiltin(const std::string& name) {

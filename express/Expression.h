@@ -35,6 +35,9 @@ struct Name {
   Location where;
 };
 
+/// The name as messages show it.
+inline std::string Quoted(const Name& name) { return "'" + name.text + "'"; }
+
 enum class ExpressionKind {
   Integer,
   Real,
@@ -75,6 +78,9 @@ using ExpressionPtr = std::unique_ptr<Expression>;
 // ---- declarations -------------------------------------------------------------------------------
 
 enum class DeclarationKind { Type, Entity, Constant, Function, Procedure, Rule, SubtypeConstraint, Variable };
+
+/// The kind as messages show it: "a type", "an entity".
+const char* KindText(DeclarationKind kind);
 
 /// Anything that a schema or an algorithm declares under a name.
 struct Declaration {
@@ -145,6 +151,7 @@ struct TypeExpression {
 };
 
 bool IsAggregate(TypeKind kind);
+bool IsNumeric(TypeKind kind);
 
 enum class VariableRole { Parameter, Local, Repeat, Query, Alias };
 
@@ -402,6 +409,9 @@ struct AggregateInitializer : Expression {
   };
   std::vector<Element> elements;
 };
+
+/// What the qualifiers of an expression are applied to; the expression itself where there are none.
+const Expression& RootOf(const Expression& expression);
 
 /// The text that string literals make, one or several joined with +; none of other expressions.
 std::optional<std::string> ConstantText(const Expression& expression);

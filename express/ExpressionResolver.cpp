@@ -9,36 +9,8 @@
 namespace VELMAR::Express {
 namespace {
 
-std::string Quoted(const Name& name) { return "'" + name.text + "'"; }
-
 bool IsOpen(const TypeExpression* type) {
   return !type || type->kind == TypeKind::Generic || type->kind == TypeKind::GenericEntity;
-}
-
-bool IsNumeric(TypeKind kind) {
-  return kind == TypeKind::Number || kind == TypeKind::Real || kind == TypeKind::Integer;
-}
-
-const char* KindText(DeclarationKind kind) {
-  switch (kind) {
-    case DeclarationKind::Type:
-      return "a type";
-    case DeclarationKind::Entity:
-      return "an entity";
-    case DeclarationKind::Constant:
-      return "a constant";
-    case DeclarationKind::Function:
-      return "a function";
-    case DeclarationKind::Procedure:
-      return "a procedure";
-    case DeclarationKind::Rule:
-      return "a rule";
-    case DeclarationKind::SubtypeConstraint:
-      return "a subtype constraint";
-    case DeclarationKind::Variable:
-      return "a variable";
-  }
-  return "";
 }
 
 class ExpressionResolver {
@@ -157,10 +129,7 @@ class ExpressionResolver {
       } else if (!found) {
         Unknown(Code::UnknownEntity, "entity", name);
       } else {
-        diagnostics_.Report(
-            Code::NotAnEntity, name.where,
-            Quoted(name) + " is " + KindText(found->kind) + ", expected the name of an entity",
-            found->name.where, "declared here");
+        NotAnEntity(name, *found);
       }
     }
     // What a rule declares sees its populations, too.
@@ -334,8 +303,7 @@ class ExpressionResolver {
       std::sort(names.begin(), names.end());
       for (const auto& [visible, declaration] : schema_->scope) names.push_back(visible);
       for (const auto& [visible, types] : items_) names.push_back(visible);
-      const std::string nearest = Nearest(name.text, names);
-      if (!nearest.empty()) hint = "did you mean '" + nearest + "'?";
+      hint = DidYouMean(name.text, names);
     }
     diagnostics_.Report(code, name.where, std::string("unknown ") + what + ' ' + Quoted(name), hint);
   }
@@ -882,10 +850,9 @@ class ExpressionResolver {
     }
     std::vector<std::string> names;
     for (const TypeItem& item : AllItems(*enumeration)) names.push_back(item.name.text);
-    const std::string nearest = Nearest(member.name.text, names);
     diagnostics_.Report(Code::UnknownName, member.name.where,
                         "enumeration " + Quoted(found.name) + " has no item " + Quoted(member.name),
-                        nearest.empty() ? "" : "did you mean '" + nearest + "'?");
+                        DidYouMean(member.name.text, names));
     return nullptr;
   }
 
@@ -919,9 +886,8 @@ class ExpressionResolver {
     std::vector<std::string> names;
     for (const auto& [visible, attribute] : AttributesOf(entity)) names.push_back(visible);
     std::sort(names.begin(), names.end());
-    const std::string nearest = Nearest(name.text, names);
     diagnostics_.Report(Code::UnknownAttribute, name.where, what + " has no attribute " + Quoted(name),
-                        nearest.empty() ? "" : "did you mean '" + nearest + "'?");
+                        DidYouMean(name.text, names));
   }
 
   // The one attribute that the entities of the select have under the name, or the type that they agree on.
@@ -985,6 +951,7 @@ class ExpressionResolver {
       case StatementKind::Alias: {
         auto& alias = static_cast<AliasStatement&>(statement);
         Resolve(alias.source);
+        if (!IsPopulation(*alias.source)) CheckTarget(*alias.source, "have an ALIAS");
         alias.variable->valueType = alias.source->type;
         WithVariable(*alias.variable, [&] { Statements(alias.body); });
         break;
@@ -994,7 +961,8 @@ class ExpressionResolver {
         isTarget_ = assignment.target->kind == ExpressionKind::Name;
         Resolve(assignment.target);
         isTarget_ = false;
-        CheckTarget(*assignment.target);
+        CheckTarget(*assignment.target, "are assigned to");
+        CheckCounter(*assignment.target);
         Resolve(assignment.value, assignment.target->type);
         break;
       }
@@ -1050,34 +1018,34 @@ class ExpressionResolver {
     }
   }
 
-  // Only variables are assigned to.
-  void CheckTarget(const Expression& target) {
-    const Expression* at = &target;
-    for (;;) {
-      if (at->kind == ExpressionKind::Member) {
-        at = static_cast<const Member*>(at)->operand.get();
-      } else if (at->kind == ExpressionKind::Group) {
-        at = static_cast<const Group*>(at)->operand.get();
-      } else if (at->kind == ExpressionKind::Index) {
-        at = static_cast<const Index*>(at)->operand.get();
-      } else {
-        break;
-      }
-    }
-    const auto& reference = static_cast<const NameReference&>(*at);
+  // Only variables are assigned to and have an ALIAS.
+  void CheckTarget(const Expression& target, const char* use) {
+    const auto& reference = static_cast<const NameReference&>(RootOf(target));
     const Declaration* found = reference.referent.declaration;
     const bool isItem = reference.referent.enumeration != nullptr;
-    const bool isVariable = found && found->kind == DeclarationKind::Variable;
-    if (isVariable && static_cast<const Variable*>(found)->role == VariableRole::Repeat) {
-      diagnostics_.Report(Code::RepeatVariableChanged, reference.where,
-                          "the REPEAT that counts with " + Quoted(reference.name) + " changes it",
-                          found->name.where, "declared here");
-    }
-    if (!isItem && (!found || isVariable)) return;
+    if (!isItem && (!found || found->kind == DeclarationKind::Variable)) return;
     diagnostics_.Report(Code::NotAssignable, reference.where,
                         Quoted(reference.name) + " is " +
                             (isItem ? "an enumeration item" : KindText(found->kind)) +
-                            ": only variables and parameters are assigned to");
+                            ": only variables and parameters " + use);
+  }
+
+  // What a rule calls by the name of an entity.
+  static bool IsPopulation(const Expression& expression) {
+    const auto& reference = static_cast<const NameReference&>(RootOf(expression));
+    const Declaration* found = reference.referent.declaration;
+    return found && found->kind == DeclarationKind::Entity;
+  }
+
+  void CheckCounter(const Expression& target) {
+    if (target.kind != ExpressionKind::Name) return;
+    const auto& reference = static_cast<const NameReference&>(target);
+    const Declaration* found = reference.referent.declaration;
+    if (!found || found->kind != DeclarationKind::Variable) return;
+    if (static_cast<const Variable*>(found)->role != VariableRole::Repeat) return;
+    diagnostics_.Report(Code::RepeatVariableChanged, reference.where,
+                        "the REPEAT that counts with " + Quoted(reference.name) + " changes it",
+                        found->name.where, "declared here");
   }
 
   void ProcedureCall(ProcedureCallStatement& call) {

@@ -40,8 +40,6 @@ void VisitAncestors(const Entity& entity, Visit visit) {
 
 }  // namespace
 
-bool IsAggregate(TypeKind kind) { return kind >= TypeKind::Array && kind <= TypeKind::Aggregate; }
-
 SchemaDeclaration* Model::FindSchema(const std::string& name) const {
   const std::string wanted = LowerCase(name);
   for (const auto& schema : schemas) {

@@ -18,28 +18,6 @@ namespace {
 
 constexpr std::size_t kDeepestInheritance = 200;
 
-const char* KindText(DeclarationKind kind) {
-  switch (kind) {
-    case DeclarationKind::Type:
-      return "a type";
-    case DeclarationKind::Entity:
-      return "an entity";
-    case DeclarationKind::Constant:
-      return "a constant";
-    case DeclarationKind::Function:
-      return "a function";
-    case DeclarationKind::Procedure:
-      return "a procedure";
-    case DeclarationKind::Rule:
-      return "a rule";
-    case DeclarationKind::SubtypeConstraint:
-      return "a subtype constraint";
-    case DeclarationKind::Variable:
-      return "a variable";
-  }
-  return "";
-}
-
 Entity* AsEntity(Declaration* declaration) {
   return declaration && declaration->kind == DeclarationKind::Entity ? static_cast<Entity*>(declaration)
                                                                      : nullptr;
@@ -49,8 +27,6 @@ DefinedType* AsType(Declaration* declaration) {
   return declaration && declaration->kind == DeclarationKind::Type ? static_cast<DefinedType*>(declaration)
                                                                    : nullptr;
 }
-
-std::string Quoted(const Name& name) { return "'" + name.text + "'"; }
 
 // Walks a graph depth first without recursion. `edges(node)` gives the nodes that a node leads to, `cut(node,
 // i)` is called for the i-th edge of a node where it closes a cycle.
@@ -268,10 +244,9 @@ class Resolver {
   void UnknownSchema(const Name& name) {
     std::vector<std::string> names;
     for (const auto& schema : model_.schemas) names.push_back(schema->name.text);
-    const std::string nearest = Nearest(name.text, names);
+    const std::string hint = Express::DidYouMean(name.text, names);
     diagnostics_.Report(Code::UnknownSchema, name.where, "unknown schema " + Quoted(name),
-                        nearest.empty() ? "give the file that declares it, too, or its folder with -I"
-                                        : "did you mean '" + nearest + "'?");
+                        hint.empty() ? "give the file that declares it, too, or its folder with -I" : hint);
   }
 
   std::string DidYouMean(const Scope& scope, const std::string& name, const Kinds& kinds) {
@@ -285,8 +260,7 @@ class Resolver {
     };
     for (const Scope* at = &scope; at; at = at->outer) add(at->names);
     add(scope.schema->scope);
-    const std::string nearest = Nearest(name, names);
-    return nearest.empty() ? "" : "did you mean '" + nearest + "'?";
+    return Express::DidYouMean(name, names);
   }
 
   // A declaration that a name may refer to; reports and gives null where there is none of the kinds.
@@ -622,10 +596,9 @@ class Resolver {
     for (const Entity* ancestor : AncestorsOf(entity)) {
       for (const Attribute& attribute : ancestor->attributes) names.push_back(attribute.name.text);
     }
-    const std::string nearest = Nearest(name.text, names);
     diagnostics_.Report(Code::UnknownAttribute, name.where,
                         "entity " + Quoted(entity.name) + " has no attribute " + Quoted(name),
-                        nearest.empty() ? "" : "did you mean '" + nearest + "'?");
+                        Express::DidYouMean(name.text, names));
   }
 
   void Inverse(const Entity& entity, Attribute& attribute) {
@@ -703,7 +676,9 @@ class Resolver {
     for (SupertypeExpression& operand : expression.operands) Subtypes(scope, entity, operand);
     if (expression.kind != SupertypeExpression::Kind::Entity) return;
     expression.entity = FindEntity(scope, expression.name);
-    if (!expression.entity || IsKindOf(*expression.entity, entity)) return;
+    const bool isSubtype =
+        expression.entity && expression.entity != &entity && IsKindOf(*expression.entity, entity);
+    if (!expression.entity || isSubtype) return;
     diagnostics_.Report(Code::NotASubtype, expression.name.where,
                         Quoted(expression.name) + " is not a subtype of " + Quoted(entity.name),
                         expression.entity->name.where, Quoted(expression.name) + " is declared here");

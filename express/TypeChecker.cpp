@@ -11,8 +11,6 @@
 namespace VELMAR::Express {
 namespace {
 
-std::string Quoted(const Name& name) { return "'" + name.text + "'"; }
-
 // "integer", "length_measure (real)".
 std::string Shown(const TypeExpression* type) {
   if (!type) return "open";
@@ -203,6 +201,15 @@ class TypeChecker {
       diagnostics_.Report(Code::WiderRedeclaration, attribute.name.where,
                           "attribute " + Quoted(attribute.redeclaredAttribute) +
                               " is redeclared as OPTIONAL, which the inherited one is not",
+                          inherited.name.where, "declared here");
+    }
+    const Entity* referring = attribute.inverseEntityDeclaration;
+    const Entity* inheritedReferring = inherited.inverseEntityDeclaration;
+    if (referring && inheritedReferring && !rules_.IsKindOf(*referring, *inheritedReferring)) {
+      diagnostics_.Report(Code::NotSpecialised, attribute.inverseEntity.where,
+                          "inverse attribute " + Quoted(attribute.name) + " is redeclared with entity " +
+                              Quoted(referring->name) + ", which is no subtype of " +
+                              Quoted(inheritedReferring->name),
                           inherited.name.where, "declared here");
     }
     if (!attribute.type || !inherited.type) return;
@@ -535,20 +542,9 @@ class TypeChecker {
 
   // A variable, or a part of what one holds; an unknown name passes.
   static bool IsVariable(const Expression& expression) {
-    const Expression* at = &expression;
-    for (;;) {
-      if (at->kind == ExpressionKind::Member) {
-        at = static_cast<const Member*>(at)->operand.get();
-      } else if (at->kind == ExpressionKind::Group) {
-        at = static_cast<const Group*>(at)->operand.get();
-      } else if (at->kind == ExpressionKind::Index) {
-        at = static_cast<const Index*>(at)->operand.get();
-      } else {
-        break;
-      }
-    }
-    if (at->kind != ExpressionKind::Name) return false;
-    const Referent& referent = static_cast<const NameReference*>(at)->referent;
+    const Expression& root = RootOf(expression);
+    if (root.kind != ExpressionKind::Name) return false;
+    const Referent& referent = static_cast<const NameReference&>(root).referent;
     const bool isUnknown = !referent.declaration && !referent.attribute && !referent.enumeration;
     return isUnknown || (referent.declaration && referent.declaration->kind == DeclarationKind::Variable);
   }
@@ -559,6 +555,7 @@ class TypeChecker {
                         what + " changes its argument, which is no variable");
   }
 
+  // `usual` is the constant that may stand there.
   void Condition(const Expression& condition, const char* what,
                  std::optional<LogicalValue> usual = std::nullopt) {
     Check(condition);
@@ -568,6 +565,10 @@ class TypeChecker {
       diagnostics_.Report(Code::ConstantCondition, condition.where,
                           std::string(what) + " is always the same");
     }
+    IsLogical(condition, what);
+  }
+
+  void IsLogical(const Expression& condition, const char* what) {
     if ((rules_.ClassesOf(condition.type) & kLogicalValue) != 0) return;
     diagnostics_.Report(Code::NotLogical, condition.where,
                         std::string(what) + " is " + Shown(condition.type) + ", expected a logical value");
@@ -616,11 +617,7 @@ class TypeChecker {
           diagnostics_.Report(Code::WrongOperand, query.source->where,
                               "QUERY goes through an aggregate, not through " + Shown(query.source->type));
         }
-        if ((rules_.ClassesOf(query.condition->type) & kLogicalValue) == 0) {
-          diagnostics_.Report(Code::NotLogical, query.condition->where,
-                              "condition is " + Shown(query.condition->type) + ", expected a logical value");
-        }
-        return;
+        return IsLogical(*query.condition, "condition");
       }
       case ExpressionKind::Aggregate:
         for (const auto& element : static_cast<const AggregateInitializer&>(expression).elements) {
@@ -684,12 +681,30 @@ class TypeChecker {
   void IndexOperands(const Index& index) {
     const unsigned wanted =
         index.last ? kStringValue | kBinaryValue : kAggregateValue | kStringValue | kBinaryValue;
-    if ((rules_.ClassesOf(index.operand->type) & wanted) == 0) {
+    const bool isIndexed = (rules_.ClassesOf(index.operand->type) & wanted) != 0;
+    if (!isIndexed) {
       diagnostics_.Report(Code::WrongOperand, index.where,
                           Shown(index.operand->type) + " is indexed, expected " + ClassesText(wanted));
     }
     IsWholeNumber(*index.first, "index");
     if (index.last) IsWholeNumber(*index.last, "index");
+    if (isIndexed) OutsideOf(*index.first, rules_.Fundamental(index.operand->type));
+  }
+
+  // An index that no value of the type has, as far as both are written as numbers: all but arrays begin
+  // with 1.
+  void OutsideOf(const Expression& index, const TypeExpression* type) {
+    const std::optional<std::int64_t> at = LiteralValue(index);
+    const bool isOpen = !type || type->kind == TypeKind::Aggregate || type->kind == TypeKind::Generic;
+    if (!at || isOpen) return;
+    const bool isArray = type->kind == TypeKind::Array;
+    if (isArray && !type->hasBounds) return;
+    const std::optional<std::int64_t> lower = isArray ? LiteralValue(*type->lower) : 1;
+    const std::optional<std::int64_t> upper = isArray ? LiteralValue(*type->upper) : std::nullopt;
+    if ((!lower || *at >= *lower) && (!upper || *at <= *upper)) return;
+    diagnostics_.Report(Code::AlwaysIndeterminate, index.where,
+                        "index " + std::to_string(*at) + " is outside of " + TypeText(*type),
+                        "this gives '?' always");
   }
 
   void Operand(const Expression& operand, unsigned classes, const Unary& operation) {
@@ -763,7 +778,11 @@ class TypeChecker {
   void Union(const Operation& operation, unsigned left, unsigned right) {
     const TypeExpression* l = rules_.Fundamental(operation.left->type);
     const TypeExpression* r = rules_.Fundamental(operation.right->type);
-    if (IsOrdered(l, operation.op) || IsOrdered(r, operation.op)) return Wrong(operation);
+    // Lists have a union, arrays have none, and neither has an intersection or difference (12.6).
+    const auto isUndefined = [&](const TypeExpression* type) {
+      return IsOrdered(type) && (type->kind == TypeKind::Array || operation.op != Operator::Add);
+    };
+    if (isUndefined(l) || isUndefined(r)) return Wrong(operation);
     if (left == kAggregateValue && right == kAggregateValue) {
       if (!l || !r || rules_.MayEqual(l->element.get(), r->element.get())) return;
       // What USEDIN gives is formally of one type.
@@ -781,9 +800,8 @@ class TypeChecker {
     }
   }
 
-  // Arrays have no union, lists have it, and neither has an intersection or difference (12.6).
-  static bool IsOrdered(const TypeExpression* type, Operator op) {
-    return type && (type->kind == TypeKind::Array || (type->kind == TypeKind::List && op != Operator::Add));
+  static bool IsOrdered(const TypeExpression* type) {
+    return type && (type->kind == TypeKind::Array || type->kind == TypeKind::List);
   }
 
   // Names that are looked for among those that TYPEOF gives.
@@ -837,14 +855,16 @@ class TypeChecker {
     return false;
   }
 
-  // Subsets, too, are asked for with <= and >=.
+  // Subsets of bags and sets, too, are asked for with <= and >=.
   bool Ordered(const Expression& left, const Expression& right, const Expression& at) {
     if (!Comparable(left, right, at)) return false;
     const bool isSubset = at.kind == ExpressionKind::Operation &&
                           (static_cast<const Operation&>(at).op == Operator::LessEqual ||
                            static_cast<const Operation&>(at).op == Operator::GreaterEqual);
     unsigned ordered = kNumericValue | kStringValue | kLogicalValue | kBinaryValue | kEnumerationValue;
-    if (isSubset) ordered |= kAggregateValue;
+    const bool hasSubsets =
+        isSubset && !IsOrdered(rules_.Fundamental(left.type)) && !IsOrdered(rules_.Fundamental(right.type));
+    if (hasSubsets) ordered |= kAggregateValue;
     if ((rules_.ClassesOf(left.type) & rules_.ClassesOf(right.type) & ordered) != 0) return true;
     diagnostics_.Report(Code::WrongOperand, at.where,
                         "values of " + Shown(left.type) + " and " + Shown(right.type) + " have no order");

@@ -12,10 +12,6 @@ constexpr int kDeepestComparison = 40;
 // Selects of more pairs of members than these are taken to fit.
 constexpr std::size_t kMostPairs = 100000;
 
-bool IsNumeric(TypeKind kind) {
-  return kind == TypeKind::Number || kind == TypeKind::Real || kind == TypeKind::Integer;
-}
-
 // The classes of a type that is no select.
 unsigned ClassOf(TypeKind kind) {
   switch (kind) {

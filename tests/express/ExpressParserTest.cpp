@@ -215,6 +215,13 @@ TEST(ExpressParser, GoesOnBehindAnError) {
   EXPECT_EQ(text.GetEntity("c").attributes.size(), 1u);
 }
 
+TEST(ExpressParser, MissingUpperBoundIsExplained) {
+  const SchemaText text = InSchema("ENTITY a; x : LIST [1:] OF REAL; y : LIST [1:?] OF REAL; END_ENTITY;");
+  EXPECT_THAT(
+      text.Findings(),
+      ElementsAre("1:33: error: expected an upper bound ('?' where there is none), found ']' [E010]"));
+}
+
 TEST(ExpressParser, SchemaBehindAnUnfinishedOneIsRead) {
   const SchemaText text("SCHEMA a; ENTITY x; SCHEMA b; ENTITY y; END_ENTITY; END_SCHEMA;");
   EXPECT_FALSE(text.Findings().empty());

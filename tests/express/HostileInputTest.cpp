@@ -7,6 +7,8 @@
 #include <random>
 
 #include "CppWriter.h"
+#include "ModelDump.h"
+#include "Printer.h"
 #include "SchemaText.h"
 
 namespace VELMAR::Express {
@@ -111,6 +113,37 @@ TEST(HostileInput, MillionNestedBlocksInAFunctionAreReported) {
                    "END_FUNCTION; END_SCHEMA;"),
             1u);
   EXPECT_GT(Errors("SCHEMA s; FUNCTION f : REAL; " + begin), 0u);
+}
+
+// All limits at once: algorithms, statements, brackets and operators, each as deep as it may be.
+TEST(HostileInput, DeepestOfEverythingIsReadPrintedAndReadAgain) {
+  struct Form {
+    const char* open;
+    const char* close;
+    int brackets;
+  };
+  for (const Form& form : {Form{"(1 + ", ")", 1}, Form{"ABS (", ")", 1}, Form{"SIZEOF ([", "])", 2},
+                           Form{"l[", "]", 1}, Form{"SIZEOF (QUERY (q <* [", "] | q = q))", 3}}) {
+    const auto text = [&](int algorithms, int statements, int brackets, int operators) {
+      const int forms = brackets / form.brackets;
+      return "SCHEMA s; " + Repeated("FUNCTION f : INTEGER; ", algorithms - 1) +
+             "FUNCTION g (l : LIST OF INTEGER) : INTEGER; " + Repeated("IF l[1] = 1 THEN ", statements - 1) +
+             "RETURN (1 + " + Repeated(form.open, forms) + "1" + Repeated(" + 1", operators) +
+             Repeated(form.close, forms) + "); " + Repeated("END_IF; ", statements - 1) + "RETURN (0); " +
+             "END_FUNCTION; " + Repeated("RETURN (0); END_FUNCTION; ", algorithms - 1) + "END_SCHEMA;";
+    };
+    const SchemaText deepest(text(200, 200, 199, 80));
+    ASSERT_EQ(deepest.diagnostics.ErrorCount(), 0u) << form.open;
+    std::ostringstream printed;
+    Print(deepest.model, printed);
+    const SchemaText again(printed.str());
+    EXPECT_EQ(again.diagnostics.ErrorCount(), 0u) << form.open;
+    EXPECT_EQ(ModelDump(again.model).Text(), ModelDump(deepest.model).Text()) << form.open;
+    EXPECT_GT(Errors(text(201, 1, 1, 1)), 0u) << form.open;
+    EXPECT_GT(Errors(text(1, 201, 1, 1)), 0u) << form.open;
+    EXPECT_GT(Errors(text(1, 1, 201 * form.brackets, 1)), 0u) << form.open;
+    EXPECT_GT(Errors(text(1, 1, 1, 500)), 0u) << form.open;
+  }
 }
 
 TEST(HostileInput, LongChainOfSupertypesIsReported) {

@@ -120,6 +120,16 @@ TEST(Resolver, UseCarriesOnWhatIsUsedAndReferenceDoesNot) {
   EXPECT_EQ(text.model.schemas[0]->scope.count("used"), 1u);
 }
 
+TEST(Resolver, EntityIsNotItsOwnSubtype) {
+  const SchemaText text = InSchema(
+      "ENTITY a SUPERTYPE OF (ONEOF (b, a)); END_ENTITY; ENTITY b SUBTYPE OF (a); END_ENTITY; "
+      "SUBTYPE_CONSTRAINT c FOR a; TOTAL_OVER (a); END_SUBTYPE_CONSTRAINT;");
+  EXPECT_THAT(
+      text.Findings(),
+      ElementsAre("1:44: error: 'a' is not a subtype of 'a' [E039]", "1:18: note: 'a' is declared here",
+                  "1:138: error: 'a' is not a subtype of 'a' [E039]", "1:18: note: 'a' is declared here"));
+}
+
 TEST(Resolver, ReferenceWithoutListTakesAllDeclarationsAndUseTypesAndEntities) {
   const SchemaText text(
       "SCHEMA s; REFERENCE FROM u; END_SCHEMA; SCHEMA t; USE FROM u; END_SCHEMA; "

@@ -32,7 +32,7 @@ SchemaText WithRule(const std::string& rule) {
       "text_or_part; "
       "p : part; a : alone; li : LIST OF INTEGER; ls : SET OF STRING; lp : SET [0 : ?] OF part; la : SET OF "
       "alone; "
-      "u : lists; g : BAG OF BAG OF INTEGER; WHERE " +
+      "u : lists; g : BAG OF BAG OF INTEGER; y : ARRAY [-1 : 3] OF INTEGER; WHERE " +
       rule + "; END_ENTITY;");
 }
 
@@ -80,9 +80,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         RuleRow{"i = r", ""}, RuleRow{"c < green", ""}, RuleRow{"l = TRUE", ""}, RuleRow{"d = m", ""},
         RuleRow{"w = s", ""}, RuleRow{"w = p", ""}, RuleRow{"v = c", ""}, RuleRow{"li = [1, 2]", ""},
-        RuleRow{"lp <= [p]", ""}, RuleRow{"p :=: SELF", ""}, RuleRow{"lp :=: [SELF]", ""},
-        RuleRow{"q > i", ""}, RuleRow{"name LIKE '@#'", ""},
-        RuleRow{"i = s", "E047 integer and string have no values in common"},
+        RuleRow{"lp <= [p]", ""},
+        RuleRow{"li <= li", "E046 values of list of integer and list of integer have no order"},
+        RuleRow{"p :=: SELF", ""}, RuleRow{"lp :=: [SELF]", ""}, RuleRow{"q > i", ""},
+        RuleRow{"name LIKE '@#'", ""}, RuleRow{"i = s", "E047 integer and string have no values in common"},
         RuleRow{"c <> z", "E047 colour and size have no values in common"},
         RuleRow{"p = s", "E047 part and string have no values in common"},
         RuleRow{"a :=: p", "E047 alone and part have no values in common"},
@@ -124,9 +125,12 @@ INSTANTIATE_TEST_SUITE_P(
         RuleRow{"SIZEOF (li * ls) = 0", "E046 '*' does not take list of integer and set of string"},
         RuleRow{"SIZEOF (ls - p) = 0", "E046 '-' does not take set of string and part"},
         RuleRow{"li[1] = 1", ""}, RuleRow{"s[1] = s[1:2]", ""}, RuleRow{"v[1] = 1", ""},
-        RuleRow{"u[1] = 1", ""},
+        RuleRow{"u[1] = 1", ""}, RuleRow{"li[0] = 1", "W010 index 0 is outside of list of integer"},
+        RuleRow{"s[0] = 'a'", "W010 index 0 is outside of string"}, RuleRow{"y[-1] = y[3]", ""},
+        RuleRow{"y[-2] = 1", "W010 index -2 is outside of array [-1 : 3] of integer"},
+        RuleRow{"y[4] = 1", "W010 index 4 is outside of array [-1 : 3] of integer"},
         RuleRow{"li[1:2] = 1", "E046 list of integer is indexed, expected a string or a binary"},
-        RuleRow{"i[1] = 1", "E046 integer is indexed, expected a string or a binary or an aggregate"},
+        RuleRow{"i[0] = 1", "E046 integer is indexed, expected a string or a binary or an aggregate"},
         RuleRow{"li[s] = 1", "E049 index is string, expected an integer"},
         RuleRow{"li[1.5] = 1", "E049 index is real, expected an integer"}, RuleRow{"li[n] = 1", ""},
         RuleRow{"SIZEOF ([s : i, s : 2]) = 0", ""},
@@ -354,6 +358,9 @@ INSTANTIATE_TEST_SUITE_P(
         StatementRow{"s[1] := 'a'", ""}, StatementRow{"a := [s, 1]", ""},
         StatementRow{"a := s", "W011 'a' is array [1 : 2] of generic, the value is string"},
         StatementRow{"ALIAS x FOR v; x := 'a'; END_ALIAS", "E050 'x' is integer, the value is string"},
+        StatementRow{"ALIAS x FOR l[1]; x := 1; END_ALIAS", ""},
+        StatementRow{"ALIAS x FOR red; v := 1; END_ALIAS",
+                     "E044 'red' is an enumeration item: only variables and parameters have an ALIAS"},
         StatementRow{"red := 1",
                      "E044 'red' is an enumeration item: only variables and parameters are assigned to"},
         StatementRow{"IF i > 1 THEN RETURN; END_IF", "E053 function 'f' returns a value: RETURN (...)"}));
@@ -431,6 +438,19 @@ TEST(TypeChecker, DerivedOrInverseAttributeIsNotExplicitAgain) {
                           "1:28: note: declared here",
                           "1:134: error: inverse attribute 'y' is redeclared as explicit [E056]",
                           "1:53: note: declared here"));
+}
+
+TEST(TypeChecker, InverseAttributeIsRedeclaredWithASubtype) {
+  const SchemaText text = InSchema(
+      "ENTITY a; INVERSE y : SET OF c FOR r; END_ENTITY; ENTITY c; r : a; END_ENTITY; ENTITY cc SUBTYPE OF "
+      "(c); "
+      "END_ENTITY; ENTITY d; r : a; END_ENTITY; ENTITY b SUBTYPE OF (a); INVERSE SELF\\a.y : cc FOR r; "
+      "END_ENTITY; "
+      "ENTITY e SUBTYPE OF (a); INVERSE SELF\\a.y : SET OF d FOR r; END_ENTITY;");
+  EXPECT_THAT(text.Findings(),
+              ElementsAre("1:274: error: inverse attribute 'y' is redeclared with entity 'd', which is no "
+                          "subtype of 'c' [E036]",
+                          "1:29: note: declared here"));
 }
 
 // ---- recovery and limits ------------------------------------------------------------------------
