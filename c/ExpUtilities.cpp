@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ExpAttributeVisitor.h"
+#include "SmallObjectPool.h"
 #include "StepStrings.h"
 #include "VelmarClasses.h"
 
@@ -669,6 +670,8 @@ int MarkUnsetValues(ExpEntity& entity) {
   }
   return marked;
 }
+
+void ReleaseUnusedMemory() { SmallObjectPool::Release(); }
 
 // ------------------------------------------------------------------------------------- ExpFullEntityWriter
 

@@ -17,6 +17,7 @@
 #include "ExpRuntimeRegistry.h"
 #include "ExpSchemaLibrary.h"
 #include "ExpUtilities.h"
+#include "SmallObjectPool.h"
 #include "StepStrings.h"
 #include "ValueText.h"
 
@@ -41,6 +42,9 @@ bool Is(const std::type_info& type) {
 
 ExpAttribute::ExpAttribute() noexcept : notProvided_(false), omitted_(false) {}
 ExpAttribute::~ExpAttribute() = default;
+
+void* ExpAttribute::operator new(std::size_t size) { return SmallObjectPool::Allocate(size); }
+void ExpAttribute::operator delete(void* memory, std::size_t size) noexcept { SmallObjectPool::Free(memory, size); }
 
 void ExpAttribute::SetNotProvided(bool notProvided) { notProvided_ = notProvided; }
 void ExpAttribute::SetOmitted(bool omitted) { omitted_ = omitted; }
@@ -524,6 +528,9 @@ ExpEntity::ExpEntity(const ExpEntity& other)
   ++instanceCount;
 }
 ExpEntity::~ExpEntity() { --instanceCount; }
+
+void* ExpEntity::operator new(std::size_t size) { return SmallObjectPool::Allocate(size); }
+void ExpEntity::operator delete(void* memory, std::size_t size) noexcept { SmallObjectPool::Free(memory, size); }
 
 ExpAttribute* ExpEntity::GetMember(int) { return nullptr; }
 

@@ -160,6 +160,13 @@ extern VELMAR_API const unsigned int page16[256];
 /// such values; without a mark `#-1` and `..` would be written, which nothing can read, and a select would throw.
 VELMAR_API int MarkUnsetValues(ExpEntity& entity);
 
+/// Gives the memory of deleted values and entities back, so that it can be used for anything.
+///
+/// Values and entities are so many and so small that the library has memory of its own for them, which it otherwise keeps
+/// for those to come. A chunk goes back once nothing in chunks of its kind is in use; a population that is still
+/// there may hold back what others have left.
+VELMAR_API void ReleaseUnusedMemory();
+
 // -----------------------------------------------------------------------------------------------------------
 // Writing one instance with all that it needs
 

@@ -35,8 +35,8 @@ class VELMAR_API Part21Importer {
   virtual void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset);
   /// Reads a seekable stream of at most 2^31 - 1 bytes from its start and leaves it at its end; throws std::length_error
   /// for a longer one. The text is read 64 KB at a time; whole, where it begins with the byte order mark or the stream
-  /// throws its errors. Does nothing for null, a failed or an empty stream. With `skipHeader` no header entities are created and the schema of
-  /// the provider stays.
+  /// throws its errors. Does nothing for null, a failed or an empty stream. With `skipHeader` no header entities are
+  /// created and the schema of the provider stays.
   virtual void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset, bool skipHeader);
   /// A new ExpFile, owned by the caller, that has read the file.
   virtual ExpFile* ImportFromFile(std::string fileName);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <list>
 #include <map>
+#include <new>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -35,6 +36,14 @@ class VELMAR_API ExpAttribute {
   /// makes schema libraries smaller.
   ExpAttribute() noexcept;
   virtual ~ExpAttribute();
+
+  // Memory for single objects is that of a pool, see ReleaseUnusedMemory.
+  static void* operator new(std::size_t size);
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
+  static void operator delete(void* memory, std::size_t size) noexcept;
+  static void operator delete(void*, void*) noexcept {}
+  static void operator delete(void* memory, std::align_val_t alignment) noexcept { ::operator delete(memory, alignment); }
 
   virtual void SetNotProvided(bool notProvided);
   virtual void SetOmitted(bool omitted);
@@ -333,6 +342,14 @@ class VELMAR_API ExpEntity {
 
   ExpEntity() noexcept;
   virtual ~ExpEntity();
+
+  // Memory for single objects is that of a pool, see ReleaseUnusedMemory.
+  static void* operator new(std::size_t size);
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
+  static void operator delete(void* memory, std::size_t size) noexcept;
+  static void operator delete(void*, void*) noexcept {}
+  static void operator delete(void* memory, std::align_val_t alignment) noexcept { ::operator delete(memory, alignment); }
 
   /// The value at a position of the type's member names, from 0; null where there is none. The base has no members.
   virtual ExpAttribute* GetMember(int index);

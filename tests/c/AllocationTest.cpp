@@ -1,9 +1,11 @@
-// Reading, editing and writing where memory runs out at each of its allocations in turn: nothing leaks, nothing ends the
-// process, and the next reading works.
+// Memory. Where it runs out, at any of the allocations of reading, editing and writing, nothing leaks, nothing ends the
+// process, and the next reading works. What values and entities leave is used again, and given back when that is asked for.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +15,9 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "ExpFile.h"
 #include "ExpUtilities.h"
@@ -20,7 +25,7 @@
 
 namespace {
 
-// The allocations of this process, which is single-threaded.
+// The allocations of this process, by one thread at a time.
 long live = 0;        // those that have not been freed
 long until = -1;      // how many succeed before one fails; none fails while this is negative
 bool fails = false;   // whether one has failed
@@ -117,6 +122,7 @@ TEST_P(AllocationFailure, AtEveryStepLeaksNothingAndTheNextReadingWorks) {
 
   int failures = 0;
   for (long steps = 0;; ++steps) {
+    ReleaseUnusedMemory();
     const long before = live;
     const std::size_t entities = ExpEntity::instanceCount;
     fails = false;
@@ -130,6 +136,7 @@ TEST_P(AllocationFailure, AtEveryStepLeaksNothingAndTheNextReadingWorks) {
     }
     ++failures;
     std::string().swap(written);
+    ReleaseUnusedMemory();
     ASSERT_EQ(live, before) << "after " << steps << " allocations";
     ASSERT_EQ(ExpEntity::instanceCount, entities) << "after " << steps << " allocations";
     ASSERT_EQ(ReadEditAndWrite(), expected) << "after " << steps << " allocations";
@@ -162,6 +169,7 @@ TEST_P(AllocationFailure, WhileAFileIsWrittenLeavesTheOldOneOrTheNewOne) {
 
   bool written = false;
   for (long steps = 0; !written; ++steps) {
+    ReleaseUnusedMemory();
     const long before = live;
     fails = false;
     forGood = GetParam();
@@ -171,6 +179,7 @@ TEST_P(AllocationFailure, WhileAFileIsWrittenLeavesTheOldOneOrTheNewOne) {
     } catch (const std::bad_alloc&) {  // even the message is too much
     }
     until = -1;
+    ReleaseUnusedMemory();
     ASSERT_EQ(live, before) << "after " << steps << " allocations";
     const std::string contents = ContentsOf(folder);
     written = contents == complete;
@@ -182,5 +191,120 @@ TEST_P(AllocationFailure, WhileAFileIsWrittenLeavesTheOldOneOrTheNewOne) {
 
 INSTANTIATE_TEST_SUITE_P(, AllocationFailure, testing::Bool(),
                          [](const auto& info) { return info.param ? "OfAllThatFollow" : "OfOne"; });
+
+// ------------------------------------------------------------------------------------------- memory of small objects
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kHasPools = false;
+#else
+constexpr bool kHasPools = true;
+#endif
+
+template <class Value>
+void ExpectRoomOfItsOwn(const std::vector<std::unique_ptr<Value>>& values) {
+  std::set<std::uintptr_t> places;
+  for (const auto& value : values) {
+    const auto place = reinterpret_cast<std::uintptr_t>(value.get());
+    EXPECT_EQ(place % alignof(Value), 0u);
+    places.insert(place);
+  }
+  ASSERT_EQ(places.size(), values.size());
+  std::uintptr_t end = 0;
+  for (const std::uintptr_t place : places) {
+    EXPECT_GE(place, end);
+    end = place + sizeof(Value);
+  }
+}
+
+template <class Value>
+std::vector<std::unique_ptr<Value>> Make(int count) {
+  std::vector<std::unique_ptr<Value>> values;
+  for (int i = 0; i < count; ++i) values.emplace_back(new Value);
+  return values;
+}
+
+// Needs more alignment than new gives.
+struct alignas(64) OverAligned : ExpReal {
+  double more[3] = {};
+};
+struct alignas(16) Aligned : ExpReal {
+  double more[4] = {};
+};
+struct Large : ExpEntity {
+  char more[100000] = {};
+};
+
+TEST(SmallObjects, EachHasRoomOfItsOwnAndItsAlignment) {
+  ExpectRoomOfItsOwn(Make<ExpReal>(10000));
+  ExpectRoomOfItsOwn(Make<ExpString>(10000));
+  ExpectRoomOfItsOwn(Make<ExpEntity>(10000));
+  ExpectRoomOfItsOwn(Make<TestData::AllKinds>(1000));
+  ExpectRoomOfItsOwn(Make<Aligned>(1000));
+  ExpectRoomOfItsOwn(Make<OverAligned>(1000));
+  ExpectRoomOfItsOwn(Make<Large>(10));
+}
+
+TEST(SmallObjects, MayBeMadeInPlaceAndInArrays) {
+  alignas(ExpReal) unsigned char place[sizeof(ExpReal)];
+  auto* value = new (place) ExpReal(2.5);
+  EXPECT_EQ(value->ToString(), "2.5");
+  value->~ExpReal();
+  const std::unique_ptr<ExpReal[]> values(new ExpReal[100]);
+  EXPECT_EQ(values[99].ToString(), "0.");
+  EXPECT_EQ(std::make_shared<ExpReal>(2.5)->ToString(), "2.5");
+  const std::vector<ExpReal> copies(100, ExpReal(2.5));
+  EXPECT_EQ(copies.size(), 100u);
+}
+
+TEST(SmallObjects, TakeFewerAllocationsThanThereAre) {
+  if (!kHasPools) GTEST_SKIP() << "the address sanitizer watches each object by itself";
+  ReleaseUnusedMemory();
+  const long before = live;
+  const auto values = Make<ExpReal>(100000);
+  EXPECT_LT(live - before, 100);
+}
+
+TEST(SmallObjects, AreMadeInTheMemoryOfThoseThatAreGone) {
+  Make<ExpReal>(100000);
+  const long before = live;
+  for (int i = 0; i < 10; ++i) Make<ExpReal>(100000);
+  EXPECT_EQ(live, before);
+}
+
+TEST(SmallObjects, LeaveNothingBehindWhenTheirMemoryIsReleased) {
+  ReleaseUnusedMemory();
+  const long before = live;
+  Make<ExpReal>(100000);
+  Make<TestData::AllKinds>(1000);
+  ReleaseUnusedMemory();
+  EXPECT_EQ(live, before);
+  EXPECT_EQ(Make<ExpReal>(100).back()->ToString(), "0.");
+}
+
+TEST(SmallObjects, StayWhereMemoryIsReleasedAroundThem) {
+  auto values = Make<ExpReal>(10000);
+  for (std::size_t i = 0; i < values.size(); i += 2) values[i].reset();
+  ReleaseUnusedMemory();
+  for (std::size_t i = 1; i < values.size(); i += 2) values[i]->SetExpReal(static_cast<double>(i));
+  auto others = Make<ExpReal>(10000);
+  for (const auto& other : others) other->SetExpReal(-1.0);
+  for (std::size_t i = 1; i < values.size(); i += 2) ASSERT_EQ(values[i]->GetExpReal(), static_cast<double>(i));
+}
+
+TEST(SmallObjects, MayBeFreedByAnotherThreadWhichLeavesNothingBehind) {
+  ReleaseUnusedMemory();
+  const long before = live;
+  for (int round = 0; round < 20; ++round) {
+    auto values = Make<ExpReal>(1000);
+    std::thread other([&values] {
+      values.resize(500);                       // frees what this thread has made
+      for (auto& value : Make<ExpReal>(700)) values.push_back(std::move(value));
+    });
+    other.join();
+    ExpectRoomOfItsOwn(values);
+  }
+  ReleaseUnusedMemory();
+  EXPECT_EQ(live, before);
+}
 
 }  // namespace
