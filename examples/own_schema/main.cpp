@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     if (auto* drill = dynamic_cast<ToolStore::Drill*>(tool)) {
       std::cout << ", coating " << drill->Coated().GetExpEnumerationString();
     }
-    auto* drawer = dynamic_cast<ToolStore::Drawer*>(file.GetEntity(tool->KeptIn()));
+    ToolStore::Drawer* drawer = tool->KeptIn(file);  // follows the reference
     std::cout << ", " << (drawer == nullptr ? "not put away" : "in " + drawer->Label().GetExpString())
               << "\n";
   }
