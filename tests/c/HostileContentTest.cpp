@@ -463,9 +463,16 @@ TEST_P(EveryPlace, IsTheSameFromAPipeAndInUtf8) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(HostileBytes, EveryPlace,
-                         testing::Values(0, 1, 7, 8, 0x0B, 0x0C, 0x0E, 0x1A, 0x1B, 0x1F, 0x7F, 0x80, 0xA0,
-                                         0xC3, 0xE9, 0xEF, 0xF0, 0xFE, 0xFF));
+// All control characters but those that are white space, and some bytes beyond ASCII.
+std::vector<int> BytesThatNoTextShouldHave() {
+  std::vector<int> bytes = {0x7F, 0x80, 0xA0, 0xC3, 0xE9, 0xEF, 0xF0, 0xFE, 0xFF};
+  for (int byte = 0; byte < ' '; ++byte) {
+    if (byte != '\t' && byte != '\n' && byte != '\r') bytes.push_back(byte);
+  }
+  return bytes;
+}
+
+INSTANTIATE_TEST_SUITE_P(HostileBytes, EveryPlace, testing::ValuesIn(BytesThatNoTextShouldHave()));
 
 TEST(HostileBytes, ThousandsOfNulBytes) {
   const std::string nul(100000, '\0');
@@ -540,7 +547,7 @@ TEST(HostileUtf8, RandomBytesInStringsSettle) {
 }
 
 TEST(HostileUtf8, AMillionBytesThatFollowNothing) {
-  const std::string stray(50 * kMillion, '\x80');
+  const std::string stray(2 * kMillion, '\x80');
   const Outcome outcome =
       ReadMemory(kByteOrderMark + stray + FileOf("#1=POINT('a" + stray + "b'" + stray + ",());"));
   EXPECT_EQ(outcome.log, "");
