@@ -444,8 +444,7 @@ class RandomValues {
         auto select = std::make_unique<ExpSelect>();
         for (const std::string& name : choice.typeNames) select->AddExpSelectTypeName(name);
         Set(*select, choice, lastNumber, depth + 1);
-        const bool isEmptyList = select->GetExpSelectValue() == nullptr;
-        return isEmptyList ? nullptr : select.release();
+        return select->GetExpSelectValue() == nullptr ? nullptr : select.release();
       }
     }
     if (keepable_ && !IsKeptInLists(*wanted)) return nullptr;

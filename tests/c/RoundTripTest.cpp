@@ -190,7 +190,7 @@ TEST(RandomPopulations, HaveWhateverThereIs) {
 // ---------------------------------------------------------------------------------------------- every value
 // once
 
-// A population of one POINT with this list, written and read.
+// The text that the population gives which is read from this one.
 std::string WrittenAndRead(const std::string& text, ExpFile& read) {
   ReadWhole(read, text);
   return TextOf(read);
