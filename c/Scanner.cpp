@@ -708,12 +708,11 @@ inline int Scanner::Position() const { return buffer_->start_ + static_cast<int>
 
 // The current character; in UTF-8 the first byte of a sequence.
 inline int Scanner::Ch() {
-  if (cur_ == end_ && !Refill()) return Buffer::EoF;
-  if (utf8_ && IsContinuation(*cur_)) {
+  for (;;) {
+    if (cur_ == end_ && !Refill()) return Buffer::EoF;
+    if (!utf8_ || !IsContinuation(*cur_)) return *cur_;
     SkipStrayByte();
-    return Ch();
   }
-  return *cur_;
 }
 
 // Loads what follows the window. False at the end of the input.
