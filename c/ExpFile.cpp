@@ -126,6 +126,7 @@ ExpFile::ExpFile(Schema schema, const std::string& factoryName) : importer_(null
 ExpFile::~ExpFile() {
   try {
     ClearEntityVector();
+    EmptyStore();
   } catch (...) {  // an entity's destructor; the rest goes all the same
   }
   delete GetAdaptedAdmin();
@@ -167,7 +168,8 @@ void ExpFile::ResetEntityVector() {
   if (ExpAbstractObjectAdmin* store = GetAdaptedAdmin()) store->ResetEntityVector();
 }
 
-// DeleteEntities, after which no slot leads to an entity that is gone and no header of before is left.
+// DeleteEntities, after which no slot leads to an entity that is gone and none is left that has no number, such as those
+// of the header.
 void ExpFile::EmptyStore() {
   DeleteEntities();
   if (auto* store = dynamic_cast<ExpFlyweightAdministration*>(GetAdaptedAdmin())) store->ForgetEntities();

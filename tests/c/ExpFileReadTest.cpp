@@ -127,6 +127,18 @@ TEST(ExpFile, ItsEndDeletesEveryInstance) {
   EXPECT_EQ(ExpEntity::instanceCount, before);
 }
 
+TEST(ExpFile, ItsEndDeletesAlsoEntitiesThatWereNeverNumbered) {
+  const std::size_t before = ExpEntity::instanceCount;
+  {
+    CapturedLog log;
+    ExpFile file;
+    Read(file, FileOf(""));  // its header
+    file.CreateEntity("NODE");
+    EXPECT_EQ(ExpEntity::instanceCount, before + 4);
+  }
+  EXPECT_EQ(ExpEntity::instanceCount, before);
+}
+
 // --------------------------------------------------------------------------------------- the store
 
 TEST(ExpFile, StoreOperationsGoToTheStore) {
