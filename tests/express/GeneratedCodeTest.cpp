@@ -517,9 +517,10 @@ TEST(SchemaVisitor, ComplexInstanceArrivesWholeAndItsPartsByTheirClasses) {
     void VisitSpecialNode(References::SpecialNode*) override { seen.push_back("special node"); }
     void VisitTagged(References::Tagged*) override { seen.push_back("tagged"); }
   } visitor;
+  const auto node = Create<ExpEntity>("SPECIAL_NODE", "REFERENCES");
+  const auto tagged = Create<ExpEntity>("TAGGED", "REFERENCES");
   ExpExternalMappingEntity complex;
-  complex.AddEntity(Create<ExpEntity>("SPECIAL_NODE", "REFERENCES").release());
-  complex.AddEntity(Create<ExpEntity>("TAGGED", "REFERENCES").release());
+  for (ExpEntity* part : {node.get(), tagged.get()}) complex.AddEntity(part);
   complex.Accept(&visitor);
   EXPECT_THAT(visitor.seen, ElementsAre("complex", "special node", "tagged"));
 }
