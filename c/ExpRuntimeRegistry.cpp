@@ -11,6 +11,7 @@
 #include "ExpLogging.h"
 #include "ExpUtilities.h"
 #include "SchemaNames.h"
+#include "SmallObjectPool.h"
 #include "VelmarClasses.h"
 
 namespace VELMAR {
@@ -206,6 +207,7 @@ void ExpRuntimeRegistry::DeleteAllInstances(unsigned int adminId) {
       if (auto* entityType = dynamic_cast<ExpEntityRuntimeType*>(type)) entityType->DeleteInstanceList(adminId);
     }
   }
+  SmallObjectPool::Restart();
 }
 
 // ------------------------------------------------------------------------------------------------ schema resolution

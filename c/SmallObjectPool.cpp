@@ -66,16 +66,23 @@ class Depot {
     taken_ -= count;
   }
 
-  void Release() noexcept {
+  // The pieces are forgotten, the chunks wait for new ones to be made of them.
+  void Restart() noexcept {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (taken_ != 0) return;
-    while (chunks_ != nullptr) {
-      Chunk* chunk = chunks_;
-      chunks_ = chunk->next;
-      ::operator delete(chunk);
-    }
+    while (chunks_ != nullptr) Move(chunks_, waiting_);
     free_ = nullptr;
     next_ = end_ = nullptr;
+  }
+
+  void Release() noexcept {
+    Restart();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    while (waiting_ != nullptr) {
+      Chunk* chunk = waiting_;
+      waiting_ = chunk->next;
+      ::operator delete(chunk);
+    }
   }
 
  private:
@@ -89,19 +96,32 @@ class Depot {
     next_ += std::min<std::size_t>(room, kBatch) * pieceSize;
   }
 
-  // Each twice as large as the one before.
+  // One that waits, or a new one, twice as large as the one before.
   void AddChunk() {
-    const std::size_t size = chunks_ == nullptr ? kSmallestChunk : std::min(2 * chunks_->size, kLargestChunk);
-    chunks_ = new (::operator new(size)) Chunk{chunks_, size};
+    if (waiting_ != nullptr) {
+      Move(waiting_, chunks_);
+    } else {
+      const std::size_t size = chunks_ == nullptr ? kSmallestChunk : std::min(2 * chunks_->size, kLargestChunk);
+      chunks_ = new (::operator new(size)) Chunk{chunks_, size};
+    }
     next_ = reinterpret_cast<char*>(chunks_ + 1);
-    end_ = reinterpret_cast<char*>(chunks_) + size;
+    end_ = reinterpret_cast<char*>(chunks_) + chunks_->size;
+  }
+
+  // The first chunk of one list becomes the first of another.
+  static void Move(Chunk*& from, Chunk*& to) {
+    Chunk* chunk = from;
+    from = chunk->next;
+    chunk->next = to;
+    to = chunk;
   }
 
   std::mutex mutex_;
   Piece* free_ = nullptr;
   char* next_ = nullptr;  // the newest chunk from here on has not been used yet
   char* end_ = nullptr;
-  Chunk* chunks_ = nullptr;
+  Chunk* chunks_ = nullptr;   // in use, the newest first
+  Chunk* waiting_ = nullptr;  // all of them unused
   long taken_ = 0;  // pieces that objects use or threads keep
 };
 
@@ -167,6 +187,11 @@ void SmallObjectPool::Free(void* memory, std::size_t size) noexcept {
   if (mine.first == nullptr) endOfThread.isAwaited = true;
   mine.first = new (memory) Piece{mine.first};
   if (++mine.count == 2 * kBatch) GiveBack(index, kBatch);
+}
+
+void SmallObjectPool::Restart() noexcept {
+  GiveAllBack();
+  for (std::size_t index = 0; index < kSizes; ++index) Depots()[index].Restart();
 }
 
 void SmallObjectPool::Release() noexcept {

@@ -17,7 +17,10 @@ class SmallObjectPool {
   static void* Allocate(std::size_t size);
   /// `size` is that of the allocation. Null is ignored.
   static void Free(void* memory, std::size_t size) noexcept;
-  /// Gives back the chunks of each size of which no object is left, unless another thread keeps pieces of that size.
+  /// Of sizes of which no object is left, and of which no other thread keeps pieces, the chunks are used from their
+  /// beginning again: objects that are made one behind the other lie so.
+  static void Restart() noexcept;
+  /// Gives these chunks back.
   static void Release() noexcept;
 };
 

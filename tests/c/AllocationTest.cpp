@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <list>
 #include <memory>
 #include <new>
@@ -269,6 +270,25 @@ TEST(SmallObjects, AreMadeInTheMemoryOfThoseThatAreGone) {
   const long before = live;
   for (int i = 0; i < 10; ++i) Make<ExpReal>(100000);
   EXPECT_EQ(live, before);
+}
+
+TEST(SmallObjects, LieOneBehindTheOtherAgainOnceAPopulationIsGone) {
+  if (!kHasPools) GTEST_SKIP() << "the address sanitizer watches each object by itself";
+  {
+    ExpFile file;
+    std::istringstream in(kText);
+    file.Read(in);
+    auto values = Make<ExpReal>(10000);
+    for (std::size_t step = 7; step > 0; --step) {  // in an order of no use
+      for (std::size_t i = 0; i < values.size(); i += step) values[i].reset();
+    }
+  }
+  const auto values = Make<ExpReal>(10000);
+  int backward = 0;
+  for (std::size_t i = 1; i < values.size(); ++i) {
+    backward += std::less<ExpReal*>()(values[i].get(), values[i - 1].get()) ? 1 : 0;
+  }
+  EXPECT_LT(backward, 50);  // from chunk to chunk at most
 }
 
 TEST(SmallObjects, LeaveNothingBehindWhenTheirMemoryIsReleased) {
