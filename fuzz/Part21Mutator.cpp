@@ -16,7 +16,7 @@ using VELMAR::Token;
 
 constexpr const char* kValues[] = {
     "$", "*", "0", "-1", "2147483647", "2147483648", "0.", "1.E400", "''", "'a''b'", "'\\X2\\00E4\\X0\\'", ".T.", ".U.", ".ITEM.",
-    "()", "(())", "(1.,$,.T.)", "#1", "#0", "#999999", "\"0F\"", "LENGTH_MEASURE(1.)", "A(B(C(#1)))", "(#1,#2,#1)", "/* */1",
+    "()", "(())", "(1.,$,.T.)", "#1", "#0", "#99999", "\"0F\"", "LENGTH_MEASURE(1.)", "A(B(C(#1)))", "(#1,#2,#1)", "/* */1",
 };
 
 // The tokens of a file, each with what stands between it and the next one.
