@@ -124,10 +124,16 @@ constexpr unsigned int kStartSets[] = {
 
 // As strtol, base 10: numbers out of range become the nearest that there is.
 long LongOf(const char* begin, const char* end) {
-  const char* digits = *begin == '+' ? begin + 1 : begin;
+  const bool isNegative = *begin == '-';
+  const char* digits = isNegative || *begin == '+' ? begin + 1 : begin;
+  if (end - digits <= std::numeric_limits<long>::digits10) {
+    long value = 0;
+    for (; digits != end; ++digits) value = 10 * value + (*digits - '0');
+    return isNegative ? -value : value;
+  }
   long value = 0;
-  if (std::from_chars(digits, end, value).ec == std::errc::result_out_of_range) {
-    value = *begin == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
+  if (std::from_chars(isNegative ? begin : digits, end, value).ec == std::errc::result_out_of_range) {
+    value = isNegative ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
   }
   return value;
 }

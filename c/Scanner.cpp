@@ -610,8 +610,10 @@ Token* Scanner::Peek() {
 void Scanner::ResetPeek() { peeked_ = tokens_; }
 
 // The parser's Scan: no wide text, and nothing kept but this token and the one before it.
-const Scanner::Lexeme* Scanner::ScanLexeme() {
-  if (tokens_->next == nullptr) return &NextToken();
+const Scanner::Lexeme* Scanner::ScanLexeme() { return tokens_->next == nullptr ? &NextToken() : &PeekedLexeme(); }
+
+// The token that was peeked is the next one.
+const Scanner::Lexeme& Scanner::PeekedLexeme() {
   tokens_ = peeked_ = tokens_->next;
   lexeme_ = 1 - lexeme_;
   Lexeme& lexeme = lexemes_[lexeme_];
@@ -629,7 +631,7 @@ const Scanner::Lexeme* Scanner::ScanLexeme() {
   }
   lexeme.text = lexeme.kept.data();
   lexeme.length = lexeme.kept.size();
-  return &lexeme;
+  return lexeme;
 }
 
 void Scanner::CreateHeapBlock() {
@@ -821,35 +823,62 @@ inline void Scanner::EndText(Lexeme& lexeme) {
 
 // --------------------------------------------------------------------------------------------- Scanner: the automaton
 
+// The token begins with the current character, which is in the window.
+inline void Scanner::BeginToken(Lexeme& lexeme) {
+  lexeme.pos = Position();
+  lexeme.col = lexeme.pos - lineStart_ + 1;
+  lexeme.line = line_;
+  textBegin_ = cur_;
+}
+
+inline void Scanner::TakeOneCharacter(Lexeme& lexeme, int state) {
+  Take();
+  lexeme.kind = state - kOneCharacter;
+  lexeme.text = reinterpret_cast<const char*>(textBegin_);
+  lexeme.length = 1;
+}
+
+// Most tokens are one character right behind the token before. The rest is not in here, so that these stay quick.
 const Scanner::Lexeme& Scanner::NextToken() {
+  const int state = firstState_[*cur_];  // at the end of the window there is a zero, with which no token begins
+  if (state < kOneCharacter || state == kOneCharacter + Token::Slash || ended_) return AnyToken();
+  lexeme_ = 1 - lexeme_;
+  Lexeme& lexeme = lexemes_[lexeme_];
+  BeginToken(lexeme);
+  TakeOneCharacter(lexeme, state);
+  return lexeme;
+}
+
+const Scanner::Lexeme& Scanner::AnyToken() {
   Lexeme& lexeme = lexemes_[1 - lexeme_];
   for (;;) {
-    SkipBlanks();
-    lexeme.pos = Position();
-    lexeme.col = lexeme.pos - lineStart_ + 1;
-    lexeme.line = line_;
-    lexeme.kept.clear();
-    textBegin_ = cur_;
-    inText_ = true;
-    const int first = ended_ ? Buffer::EoF : Ch();
+    const int blank = SkipBlanks();
+    const int first = ended_ ? Buffer::EoF : blank;
     const int state = first < 256 ? firstState_[first] : start_.state(first);
+    BeginToken(lexeme);
+    lexeme.kept.clear();
     if (state >= kOneCharacter) {
-      Take();
-      lexeme.kind = state - kOneCharacter;
-      if (lexeme.kind == Token::Slash && SkipComment()) continue;
-    } else {
-      lexeme.kind = ScanFrom(state);
+      TakeOneCharacter(lexeme, state);
+      if (lexeme.kind != Token::Slash) break;
     }
+    inText_ = true;
+    if (state < kOneCharacter) {
+      lexeme.kind = ScanFrom(state);
+    } else if (SkipComment()) {
+      continue;
+    }
+    EndText(lexeme);
     break;
   }
-  EndText(lexeme);
   lexeme_ = 1 - lexeme_;
   return lexeme;
 }
 
-inline void Scanner::SkipBlanks() {
+// Tells which character follows.
+inline int Scanner::SkipBlanks() {
   for (;;) {
-    switch (Ch()) {
+    const int c = Ch();
+    switch (c) {
       case ' ':
       case '\t':
         Take();
@@ -859,7 +888,7 @@ inline void Scanner::SkipBlanks() {
         EndsLine();
         break;
       default:
-        return;
+        return c;
     }
   }
 }

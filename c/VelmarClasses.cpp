@@ -8,6 +8,7 @@
 #include <memory>
 #include <sstream>
 #include <stdexcept>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 
@@ -34,6 +35,23 @@ namespace {
 template <class Class>
 bool Is(const std::type_info& type) {
   return &type == &typeid(Class);
+}
+
+// As dynamic_cast, and quicker for the classes that most values are of.
+template <class Class>
+Class* As(ExpAttribute* value) {
+  if (value == nullptr) return nullptr;
+  const std::type_info& type = typeid(*value);
+  if (Is<Class>(type)) return static_cast<Class*>(value);
+  if constexpr (std::is_same_v<Class, ExpReal>) {
+    if (Is<ExpSchemaReal>(type)) return static_cast<ExpReal*>(value);
+  }
+  // None of these is derived from another.
+  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type) || Is<ExpSelect>(type) ||
+      Is<ExpAggregation>(type) || Is<ExpSchemaReal>(type)) {
+    return nullptr;
+  }
+  return dynamic_cast<Class*>(value);
 }
 
 }  // namespace
@@ -141,10 +159,8 @@ std::string ExpLink::ToString() {
 // -------------------------------------------------------------------------------------------------- ExpAggregation
 
 std::list<ExpAttribute*>* ExpElementsOf(ExpAttribute* value) {
-  const std::type_info& type = typeid(*value);
-  if (Is<ExpReal>(type) || Is<ExpLink>(type) || Is<ExpString>(type) || Is<ExpInteger>(type)) return nullptr;
-  if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
-  auto* aggregation = dynamic_cast<ExpAggregation*>(value);
+  if (auto* select = As<ExpSelect>(value)) value = select->GetExpSelectValue();
+  auto* aggregation = As<ExpAggregation>(value);
   return aggregation ? aggregation->GetExpAggregation() : nullptr;
 }
 
@@ -600,8 +616,8 @@ ExpEntity* ExpAbstractObjectAdmin::GetEntity(ExpLink link) {
 }
 
 ExpEntity* ExpAbstractObjectAdmin::GetEntity(ExpAttribute* value) {
-  if (auto* select = dynamic_cast<ExpSelect*>(value)) value = select->GetExpSelectValue();
-  auto* link = dynamic_cast<ExpLink*>(value);
+  if (auto* select = As<ExpSelect>(value)) value = select->GetExpSelectValue();
+  auto* link = As<ExpLink>(value);
   return link == nullptr ? nullptr : GetEntity(ExpLink(*link));
 }
 
@@ -668,19 +684,19 @@ namespace {
 
 // A copy of a value that is no aggregate, as an element; null for the kinds that are not copied.
 std::unique_ptr<ExpAttribute> CopyOfElement(ExpAttribute* source) {
-  if (auto* real = dynamic_cast<ExpReal*>(source)) return std::make_unique<ExpReal>(real->GetExpReal());
-  if (auto* link = dynamic_cast<ExpLink*>(source)) return std::make_unique<ExpLink>(link->GetExpLink());
-  if (auto* integer = dynamic_cast<ExpInteger*>(source)) return std::make_unique<ExpInteger>(integer->GetExpInteger());
-  if (auto* string = dynamic_cast<ExpString*>(source)) return std::make_unique<ExpString>(string->GetExpString());
+  if (auto* real = As<ExpReal>(source)) return std::make_unique<ExpReal>(real->GetExpReal());
+  if (auto* link = As<ExpLink>(source)) return std::make_unique<ExpLink>(link->GetExpLink());
+  if (auto* integer = As<ExpInteger>(source)) return std::make_unique<ExpInteger>(integer->GetExpInteger());
+  if (auto* string = As<ExpString>(source)) return std::make_unique<ExpString>(string->GetExpString());
   return nullptr;
 }
 
 // Copies through the setters where both are of one kind.
 template <class Value, class Copy>
 bool CopyIfBothAre(ExpAttribute* target, ExpAttribute* source, Copy copy) {
-  auto* from = dynamic_cast<Value*>(source);
+  auto* from = As<Value>(source);
   if (from == nullptr) return false;
-  if (auto* to = dynamic_cast<Value*>(target)) copy(to, from);
+  if (auto* to = As<Value>(target)) copy(to, from);
   return true;
 }
 
@@ -688,29 +704,30 @@ bool CopyIfBothAre(ExpAttribute* target, ExpAttribute* source, Copy copy) {
 
 void ExpExternalMappingEntity::HandleParams(ExpAttribute* target, ExpAttribute* source) {
   if (target == nullptr) return;
-  auto* targetList = dynamic_cast<ExpAggregation*>(target);
-  auto* sourceList = dynamic_cast<ExpAggregation*>(source);
+  auto* targetList = As<ExpAggregation>(target);
+  auto* sourceList = As<ExpAggregation>(source);
 
   if (targetList == nullptr) {
     if (sourceList != nullptr || source == nullptr) return;
     try {
-      CopyIfBothAre<ExpInteger>(target, source,
-                                [](auto* to, auto* from) { to->SetExpInteger(from->GetExpInteger()); }) ||
+      CopyIfBothAre<ExpEnumeration>(target, source,
+                                    [](ExpAttribute* to, auto* from) {
+                                      const std::string name = from->GetExpEnumerationString();
+                                      if (!name.empty()) to->SetExpEnumeration(name);
+                                    }) ||
+          CopyIfBothAre<ExpInteger>(target, source,
+                                    [](auto* to, auto* from) { to->SetExpInteger(from->GetExpInteger()); }) ||
           CopyIfBothAre<ExpLink>(target, source, [](auto* to, auto* from) { to->SetExpLink(from->GetExpLink()); }) ||
           CopyIfBothAre<ExpReal>(target, source, [](auto* to, auto* from) { to->SetExpReal(from->GetExpReal()); }) ||
           CopyIfBothAre<ExpString>(target, source,
-                                   [](auto* to, auto* from) { to->SetExpString(from->GetExpString()); }) ||
-          CopyIfBothAre<ExpEnumeration>(target, source, [](ExpAttribute* to, auto* from) {
-            const std::string name = from->GetExpEnumerationString();
-            if (!name.empty()) to->SetExpEnumeration(name);
-          });
+                                   [](auto* to, auto* from) { to->SetExpString(from->GetExpString()); });
     } catch (...) {  // the target rejects the value, for instance an item that its type does not have
     }
     return;
   }
 
   const auto append = [](ExpAggregation* list, ExpAttribute* value) {
-    if (auto* item = dynamic_cast<ExpEnumeration*>(value)) {
+    if (auto* item = As<ExpEnumeration>(value)) {
       auto copy = std::make_unique<ExpEnumeration>();
       copy->name_ = item->GetExpEnumerationString();
       copy->value_ = item->GetExpEnumeration();
@@ -743,7 +760,7 @@ void ExpExternalMappingEntity::HandleParams(ExpAttribute* target, ExpAttribute* 
       continue;
     }
     ExpAttribute* element = *level.next++;
-    if (auto* nested = dynamic_cast<ExpAggregation*>(element)) {
+    if (auto* nested = As<ExpAggregation>(element)) {
       begin(nested, AddOwned(*level.to, std::make_unique<ExpAggregation>()));
     } else {
       append(level.to, element);

@@ -255,6 +255,7 @@ class VELMAR_API Scanner {
   void Init();
   void SkipByteOrderMark();
   const Lexeme* ScanLexeme();
+  const Lexeme& PeekedLexeme();
   /// Strings may hold code points of 65536 and above; for Scan they make a token invalid.
   void KeepSupplementaryCharacters() { keepSupplementary_ = true; }
   wchar_t* GetString(int beg, int end);
@@ -279,7 +280,10 @@ class VELMAR_API Scanner {
 
   // The automaton.
   const Lexeme& NextToken();
-  void SkipBlanks();
+  const Lexeme& AnyToken();
+  void BeginToken(Lexeme& lexeme);
+  void TakeOneCharacter(Lexeme& lexeme, int state);
+  int SkipBlanks();
   bool SkipComment();
   bool Comment0();
   bool Comment1();
