@@ -120,6 +120,20 @@ void DeletePopulation(benchmark::State& state, std::unique_ptr<ExpFile> (*newFil
 BENCHMARK_CAPTURE(DeletePopulation, Generated, Generated)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(DeletePopulation, LateBound, LateBound)->Unit(benchmark::kMillisecond);
 
+std::string smallText;  // about 10 KB
+
+// A small file as a whole: an ExpFile is made, reads it and goes.
+void ReadSmallFile(benchmark::State& state) {
+  for (auto _ : state) {
+    ExpFile file;
+    std::istringstream stream(smallText);
+    file.Read(stream);
+    benchmark::DoNotOptimize(file.GetMaxEntityNumber());
+  }
+  state.counters["bytes"] = static_cast<double>(smallText.size());
+}
+BENCHMARK(ReadSmallFile)->Unit(benchmark::kMicrosecond);
+
 // Counts what is written to it.
 class CountingBuffer : public std::streambuf {
  public:
@@ -259,7 +273,7 @@ std::string Renumbered(const std::string& data, long offset) {
   return result;
 }
 
-std::string MadeOfTheSample(std::size_t megabytes) {
+std::string MadeOfTheSample(std::size_t bytes) {
   const std::string sample = ReadFile(SAMPLE_FILE);
   const std::string begin = "DATA;\n";
   const std::size_t first = sample.find(begin) + begin.size();
@@ -267,7 +281,7 @@ std::string MadeOfTheSample(std::size_t megabytes) {
   const std::string data = sample.substr(first, last - first);
   constexpr long kNumbers = 1000;  // more than the sample has
   std::string made = sample.substr(0, first);
-  for (long offset = 0; made.size() < megabytes * 1000000; offset += kNumbers)
+  for (long offset = 0; made.size() < bytes; offset += kNumbers)
     made += Renumbered(data, offset);
   return made + sample.substr(last);
 }
@@ -300,7 +314,8 @@ int main(int argc, char** argv) {
   }
 
   VELMAR::LoadBundledSchema("AUTOMOTIVE_DESIGN");
-  text = path != nullptr ? ReadFile(path) : MadeOfTheSample(megabytes);
+  text = path != nullptr ? ReadFile(path) : MadeOfTheSample(megabytes * 1000000);
+  smallText = MadeOfTheSample(8000);
   if (text.empty()) {
     std::cerr << "nothing to measure\n";
     return 2;
