@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "ExpRuntimeRegistry.h"
+#include "OrdinaryEntityType.h"
 
 namespace VELMAR {
 
@@ -149,9 +150,9 @@ void ExpCustomEntitiesFactory::Init() {
     constexpr int kNoInverseMembers = 0;
     constexpr int kStartIndex = 0;
     constexpr bool kInsertInObjTree = false;
-    auto* type = new ExpEntityRuntimeType(row.name, "VELMAR", row.create, static_cast<int>(row.members.size()),
-                                          kNoInverseMembers, kStartIndex, kInsertInObjTree, ListOf(row.superClasses),
-                                          ListOf(row.subClasses), ListOf(row.members), row.typeNumber);
+    auto* type = new OrdinaryEntityType(row.name, "VELMAR", row.create, static_cast<int>(row.members.size()),
+                                        kNoInverseMembers, kStartIndex, kInsertInObjTree, ListOf(row.superClasses),
+                                        ListOf(row.subClasses), ListOf(row.members), row.typeNumber);
     for (const char* name : row.registeredAs) registry->RegisterEntityRuntimeType(type, name);
   }
 }

@@ -1,8 +1,11 @@
 #include "ExpRuntimeRegistry.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iomanip>
+#include <limits>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <typeinfo>
 #include <utility>
@@ -10,6 +13,7 @@
 #include "ExpFile.h"
 #include "ExpLogging.h"
 #include "ExpUtilities.h"
+#include "OrdinaryEntityType.h"
 #include "SchemaNames.h"
 #include "SmallObjectPool.h"
 #include "VelmarClasses.h"
@@ -94,17 +98,57 @@ std::list<ExpEntity*>* ExpEntityRuntimeType::GetInstanceList(unsigned int adminI
   return instances == instanceLists_->end() ? nullptr : instances->second;
 }
 
+// The node goes with its entity: both lie far from the next ones, so that a walk of its own over the nodes would cost as
+// much again.
+void ExpEntityRuntimeType::DeleteFirst(std::list<ExpEntity*>& instances) {
+  ExpEntity* entity = instances.front();
+  instances.pop_front();
+  delete entity;
+}
+
 void ExpEntityRuntimeType::DeleteInstanceList(unsigned int adminId) {
   const auto found = instanceLists_->find(adminId);
   if (found == instanceLists_->end()) return;
-  const std::unique_ptr<std::list<ExpEntity*>> instances(found->second);
+  const InstanceList instances(found->second);
   instanceLists_->erase(found);
-  // The node goes with its entity: both lie far from the next ones, so that a walk of its own over the nodes would cost
-  // as much again.
-  while (!instances->empty()) {
-    ExpEntity* entity = instances->front();
-    instances->pop_front();
-    delete entity;
+  while (!instances->empty()) DeleteFirst(*instances);
+}
+
+// Leaves the list where there is no memory for another one.
+void ExpEntityRuntimeType::MoveInstanceList(unsigned int adminId, std::vector<InstanceList>& lists) {
+  const auto found = instanceLists_->find(adminId);
+  if (found == instanceLists_->end()) return;
+  try {
+    lists.emplace_back();
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+  lists.back().reset(found->second);
+  instanceLists_->erase(found);
+}
+
+// What was made together lies together, and mostly has neighbouring numbers: the lists are emptied side by side, a range of
+// numbers at a time. Ranges that hold little become wider, so that sparse numbers cost no more.
+void ExpEntityRuntimeType::DeleteInstances(std::vector<InstanceList>& lists) {
+  std::int64_t range = 1024;
+  std::int64_t limit = 0;
+  while (!lists.empty()) {
+    std::size_t deleted = 0;
+    std::int64_t lowest = std::numeric_limits<int>::max();
+    for (InstanceList& instances : lists) {
+      for (; !instances->empty(); ++deleted) {
+        const ExpEntity* next = instances->front();
+        if (next != nullptr && next->number_ >= limit) {
+          lowest = std::min<std::int64_t>(lowest, next->number_);
+          break;
+        }
+        DeleteFirst(*instances);
+      }
+    }
+    const auto isEmpty = [](const InstanceList& instances) { return instances->empty(); };
+    lists.erase(std::remove_if(lists.begin(), lists.end(), isEmpty), lists.end());
+    if (deleted < lists.size()) range *= 2;
+    limit = std::max(limit, lowest) + range;
   }
 }
 
@@ -201,12 +245,17 @@ ExpEntityRuntimeType* ExpRuntimeRegistry::GetEntityRuntimeType(const std::string
 }
 
 void ExpRuntimeRegistry::DeleteAllInstances(unsigned int adminId) {
+  std::vector<ExpEntityRuntimeType::InstanceList> lists;
   for (const auto& [name, definitions] : *typesByName_) {
     // Not through a list of them: this is how memory is given back when there is none left.
     for (const auto& [schema, type] : *definitions->types_) {
-      if (auto* entityType = dynamic_cast<ExpEntityRuntimeType*>(type)) entityType->DeleteInstanceList(adminId);
+      auto* entityType = dynamic_cast<ExpEntityRuntimeType*>(type);
+      if (entityType == nullptr) continue;
+      if (typeid(*type) == typeid(OrdinaryEntityType)) entityType->MoveInstanceList(adminId, lists);
+      entityType->DeleteInstanceList(adminId);
     }
   }
+  ExpEntityRuntimeType::DeleteInstances(lists);
   SmallObjectPool::Restart();
 }
 

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "ExpRuntimeRegistry.h"
+#include "OrdinaryEntityType.h"
 #include "ValueText.h"
 
 namespace VELMAR {
@@ -43,10 +44,9 @@ void RegisterEntityTypes(const char* registrySchemaName, const ExpEntityTypeRow*
     std::vector<std::string>* superClasses = Split(row->superClasses, qualifier);
     superClasses->insert(superClasses->begin(), "VELMAR::ExpEntity");
     registry->RegisterEntityRuntimeType(
-        new ExpEntityRuntimeType(row->name, registrySchemaName, row->create, row->explicitMembers,
-                                 row->inverseMembers, row->startIndex, kInsertInObjTree, superClasses,
-                                 Split(row->subClasses, qualifier), Split(row->memberNames, ""),
-                                 row->typeNumber),
+        new OrdinaryEntityType(row->name, registrySchemaName, row->create, row->explicitMembers, row->inverseMembers,
+                             row->startIndex, kInsertInObjTree, superClasses, Split(row->subClasses, qualifier),
+                             Split(row->memberNames, ""), row->typeNumber),
         "");
   }
 }

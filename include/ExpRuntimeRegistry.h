@@ -4,6 +4,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <unordered_map>
@@ -76,6 +77,12 @@ class VELMAR_API ExpEntityRuntimeType : public ExpRuntimeType {
   int GetMemberIndex(const std::string& name) const;
 
  private:
+  friend class ExpRuntimeRegistry;
+  using InstanceList = std::unique_ptr<std::list<ExpEntity*>>;
+  static void DeleteFirst(std::list<ExpEntity*>& instances);
+  static void DeleteInstances(std::vector<InstanceList>& lists);
+  void MoveInstanceList(unsigned int adminId, std::vector<InstanceList>& lists);
+
   ExpEntity* (*factory_)();
   int nofExplicitMembers_;
   int nofInverseMembers_;

@@ -14,6 +14,7 @@
 
 #include "CapturedLog.h"
 #include "ExpRuntimeRegistry.h"
+#include "OrdinaryEntityType.h"
 #include "TestEntities.h"
 #include "VelmarClasses.h"
 
@@ -594,6 +595,93 @@ TEST(DeleteAllInstances, GoesByName) {
   order.clear();
   registry.DeleteAllInstances(1);
   EXPECT_THAT(order, ElementsAre("A in S", "A in T", "B", "C"));
+}
+
+// An entity that notes its name and number when it is deleted.
+class NotedAtItsEnd : public ExpEntity {
+ public:
+  explicit NotedAtItsEnd(const char* name) : name_(name) {}
+  ~NotedAtItsEnd() override { Notes().push_back(name_ + std::to_string(GetEntityNumber())); }
+
+  static std::vector<std::string>& Notes() {
+    static std::vector<std::string> notes;
+    return notes;
+  }
+
+ private:
+  std::string name_;
+};
+
+// A registry with two types, A and B, as schema libraries have them.
+class TypesOfASchemaLibrary : public ::testing::Test {
+ protected:
+  TypesOfASchemaLibrary() {
+    a_ = Add("A", [] { return static_cast<ExpEntity*>(new NotedAtItsEnd("A")); });
+    b_ = Add("B", [] { return static_cast<ExpEntity*>(new NotedAtItsEnd("B")); });
+    NotedAtItsEnd::Notes().clear();
+  }
+
+  ExpEntityRuntimeType* Add(const std::string& name, ExpEntity* (*create)()) {
+    auto* type = new OrdinaryEntityType(name, "S", create, 0, 0, 0, false, new Names, new Names, new Names, 0);
+    registry_.RegisterEntityRuntimeType(type, "");
+    return type;
+  }
+
+  static void Make(ExpEntityRuntimeType* type, std::initializer_list<int> numbers, unsigned int adminId = 1) {
+    for (const int number : numbers) type->CreateInstance(static_cast<int>(adminId))->SetEntityNumber(number);
+  }
+
+  ExpRuntimeRegistry registry_;
+  ExpEntityRuntimeType* a_;
+  ExpEntityRuntimeType* b_;
+};
+
+TEST_F(TypesOfASchemaLibrary, LoseInstancesOfNeighbouringNumbersTogether) {
+  Make(a_, {1, 3, 100000, 200000});
+  Make(b_, {2, 100001});
+  registry_.DeleteAllInstances(1);
+  EXPECT_THAT(NotedAtItsEnd::Notes(), ElementsAre("A1", "A3", "B2", "A100000", "B100001", "A200000"));
+}
+
+TEST_F(TypesOfASchemaLibrary, LoseInstancesOfAllNumbers) {
+  Make(a_, {-1, 0, 1, 5000, 2147483647, 4999, 1, 1073741823, -2147483647 - 1});
+  Make(b_, {2147483647, 7});
+  Make(b_, {8}, 2);
+  registry_.DeleteAllInstances(1);
+  EXPECT_EQ(NotedAtItsEnd::Notes().size(), 11u);
+  EXPECT_EQ(a_->GetInstanceList(1), nullptr);
+  EXPECT_EQ(b_->GetInstanceList(1), nullptr);
+  ASSERT_NE(b_->GetInstanceList(2), nullptr);
+  EXPECT_EQ(b_->GetInstanceList(2)->size(), 1u);
+  registry_.DeleteAllInstances(2);
+  EXPECT_EQ(NotedAtItsEnd::Notes().back(), "B8");
+}
+
+TEST_F(TypesOfASchemaLibrary, LoseInstancesBesideNulls) {
+  Make(a_, {5});
+  Make(b_, {5000});
+  for (ExpEntityRuntimeType* type : {a_, b_}) {
+    type->GetInstanceList(1)->push_front(nullptr);
+    type->GetInstanceList(1)->push_back(nullptr);
+  }
+  registry_.DeleteAllInstances(1);
+  EXPECT_THAT(NotedAtItsEnd::Notes(), ElementsAre("A5", "B5000"));
+}
+
+// Each step of the deletion looks at all types: there must not be one for each instance.
+TEST_F(TypesOfASchemaLibrary, LoseSparseInstancesInFewSteps) {
+  for (int i = 0; i < 20; ++i) Make(Add("T" + std::to_string(i), [] { return new ExpEntity; }), {2000000000});
+  constexpr int kInstances = 1000;
+  for (int i = 0; i < kInstances; ++i) {
+    Make(a_, {i * 20000});
+    Make(b_, {i * 20000 + 1});
+  }
+  registry_.DeleteAllInstances(1);
+  const std::vector<std::string>& notes = NotedAtItsEnd::Notes();
+  ASSERT_EQ(notes.size(), 2u * kInstances);
+  int changes = 0;  // from A to B, and from B to A
+  for (std::size_t i = 1; i < notes.size(); ++i) changes += notes[i][0] != notes[i - 1][0];
+  EXPECT_LT(changes, kInstances / 4);
 }
 
 // --------------------------------------------------------------------------------- the process-wide registry
