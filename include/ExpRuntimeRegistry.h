@@ -149,7 +149,8 @@ class VELMAR_API ExpRuntimeRegistry {
   /// a line in the log where the name is known in other schemas.
   ExpEntityRuntimeType* GetEntityRuntimeType(const std::string& name, const std::string& schema);
 
-  /// Deletes all instances that were created for one entity store.
+  /// Deletes all instances that were created for one entity store: those of types that applications registered type by
+  /// type in the order of the names, those of schema libraries in no particular order.
   void DeleteAllInstances(unsigned int adminId);
 
   /// Whether a type of exactly this schema name has been registered.
