@@ -17,6 +17,7 @@ import shutil
 import subprocess
 import sys
 
+sys.dont_write_bytecode = True  # nothing is written beside the sources
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import declarations
 
