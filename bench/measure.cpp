@@ -348,6 +348,7 @@ Recipe RecipeOf(const std::string& path) {
 
 double Median(const std::vector<Figures>& rounds, double Figures::*figure) {
   std::vector<double> values;
+  values.reserve(rounds.size());
   for (const Figures& round : rounds) values.push_back(round.*figure);
   std::sort(values.begin(), values.end());
   return values[values.size() / 2];

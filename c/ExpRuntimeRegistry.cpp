@@ -86,7 +86,7 @@ ExpEntity* ExpEntityRuntimeType::CreateInstance(int adminId) {
     if (found == instanceLists_->end()) {
       auto instances = std::make_unique<std::list<ExpEntity*>>();
       found = instanceLists_->emplace(static_cast<unsigned int>(adminId), instances.get()).first;
-      instances.release();
+      (void)instances.release();
     }
     found->second->push_back(entity.get());
   }
@@ -274,7 +274,7 @@ std::string ExpRuntimeRegistry::EvalRegisteredSchema(Schema schema) {
 }
 
 std::string ExpRuntimeRegistry::EvalRegisteredSchema(const std::string& requested) {
-  const std::string used = FindSchemaNames(SchemaLike(requested))->registryName;
+  std::string used = FindSchemaNames(SchemaLike(requested))->registryName;
   ExpLogger::WriteLine("requested schema: " + requested + "  --  used schema: " + used, ExpLogMessage);
   return used;
 }

@@ -560,6 +560,7 @@ void Parser::untypedParameter(Family family, ExpAttribute* target) {
     }
     case Token::String: {
       std::string body(begin + 1, end - 1);
+      // cppcheck-suppress accessMoved ; one of the two is done
       isElement ? (void)AddElement<ExpString>(target, std::move(body)) : target->SetExpString(std::move(body));
       break;
     }

@@ -563,7 +563,7 @@ Scanner::Scanner(const wchar_t* fileName) {
   std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(name.get(), "rb"), std::fclose);
   if (file == nullptr) EndProcess(std::string("--- Cannot open file ") + name.get() + "\n");
   buffer_.reset(new Buffer(file.get(), false));
-  file.release();
+  (void)file.release();
   Init();
 }
 

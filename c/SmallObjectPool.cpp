@@ -49,11 +49,9 @@ class Depot {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (free_ == nullptr) MakePieces(pieceSize);
     Piece* const first = free_;
-    Piece* last = nullptr;
-    for (count = 0; count < kBatch && free_ != nullptr; ++count) {
-      last = free_;
-      free_ = free_->next;
-    }
+    Piece* last = first;
+    for (count = 1; count < kBatch && last->next != nullptr; ++count) last = last->next;
+    free_ = last->next;
     last->next = nullptr;
     taken_ += count;
     return first;

@@ -457,7 +457,6 @@ class ExpressionResolver {
       case ExpressionKind::Integer:
         return SimpleType(TypeKind::Integer);
       case ExpressionKind::Real:
-        return SimpleType(TypeKind::Real);
       case ExpressionKind::BuiltinConstant:
         return SimpleType(TypeKind::Real);
       case ExpressionKind::String:
@@ -546,7 +545,7 @@ class ExpressionResolver {
     const TypeExpression& type = FundamentalOf(operand);
     if (!MayBe(operand, kNumericValue)) return nullptr;
     if (!IsNumeric(type.kind)) return SimpleType(TypeKind::Number);
-    return rules_.IsSelect(operand.type) ? &type : operand.type;
+    return TypeRules::IsSelect(operand.type) ? &type : operand.type;
   }
 
   // The type of the elements where there are none.

@@ -128,7 +128,8 @@ class Resolver {
         constraints_.push_back(static_cast<SubtypeConstraint*>(declaration.get()));
       } else if (IsAlgorithm(declaration->kind) && !declaration->damaged) {
         auto& algorithm = static_cast<Algorithm&>(*declaration);
-        Scope& inner = scopes_.emplace_back(Scope{scope.schema, &scope, {}});
+        scopes_.push_back({scope.schema, &scope, {}});
+        Scope& inner = scopes_.back();
         for (const auto& local : algorithm.declarations) inner.names.emplace(local->name.text, local.get());
         for (const auto& parameter : algorithm.parameters)
           inner.names.emplace(parameter->name.text, parameter.get());

@@ -22,7 +22,7 @@ class ExpZeroedAllocator {
   ExpZeroedAllocator(const ExpZeroedAllocator<U>&) {}
 
   T* allocate(std::size_t n) {
-    void* memory = std::calloc(n, sizeof(T));
+    void* memory = std::calloc(n, sizeof(T));  // NOLINT(bugprone-sizeof-expression): T may be a pointer
     if (memory == nullptr) throw std::bad_alloc();
     return static_cast<T*>(memory);
   }

@@ -190,7 +190,7 @@ class VELMAR_API KeywordMap {
   int get(const wchar_t* key, int defaultKind) const;
 
   struct Elem {
-    Elem(const wchar_t* key, int kind);
+    Elem(const wchar_t* text, int tokenKind);
     ~Elem();
     Elem(const Elem&) = delete;
     Elem& operator=(const Elem&) = delete;

@@ -27,6 +27,7 @@ File Open(const std::string& path) { return File(std::fopen(path.c_str(), "rb"))
 // Hands out the bytes of a file, of which the line ends CR and CR LF come out as LF.
 class LineReader {
  public:
+  // cppcheck-suppress uninitMemberVar ; the block holds what fread has put there
   explicit LineReader(FILE* file) : file_(file) {}
 
   int Get() {

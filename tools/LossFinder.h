@@ -31,7 +31,7 @@ class LossFinder {
   // What stands before a record: "#12", or nothing in the header.
   struct Instance {
     std::string name;
-    Place place;
+    Place place = {0, 0};
   };
   struct Type {
     bool known;

@@ -77,24 +77,26 @@ void Messages::Print() {
 
   for (std::size_t i = 0; i < printed; ++i) {
     const Message& message = placed_[i];
-    fmt::print(stderr, "{}:{}:{}: {}: {}\n", file_, message.place.line, message.place.column,
-               Name(message.severity), message.text);
+    Say(fmt::format("{}:{}:{}: {}: {}\n", file_, message.place.line, message.place.column, Name(message.severity),
+                    message.text));
     if (i >= excerpts.size()) continue;  // the file is gone
     const auto [shown, caret] = Shown(excerpts[i]);
-    if (!shown.empty()) fmt::print(stderr, "  {}\n  {:>{}}\n", shown, '^', caret + 1);
+    if (!shown.empty()) Say(fmt::format("  {}\n  {:>{}}\n", shown, '^', caret + 1));
   }
   const std::size_t hidden = placed_.size() - printed + unsorted_;
-  if (hidden > 0) fmt::print(stderr, "{}: {} not shown\n", file_, Counted(hidden, "more message"));
+  if (hidden > 0) Say(fmt::format("{}: {} not shown\n", file_, Counted(hidden, "more message")));
   for (const Message& message : general_) {
-    fmt::print(stderr, "{}: {}: {}\n", file_, Name(message.severity), message.text);
+    Say(fmt::format("{}: {}: {}\n", file_, Name(message.severity), message.text));
   }
   placed_.clear();
   general_.clear();
   unsorted_ = 0;
 }
 
+void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }
+
 int CannotRun(const std::string& text) {
-  fmt::print(stderr, "velmar: error: {}\n", text);
+  Say("velmar: error: " + text + '\n');
   return kCannotRun;
 }
 

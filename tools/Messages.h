@@ -56,6 +56,9 @@ class Messages {
   std::size_t errors_ = 0;
 };
 
+/// Writes the text to standard error. Never throws: there is nobody left to be told that it cannot be written.
+void Say(const std::string& text) noexcept;
+
 /// Prints `velmar: error: text` to standard error and returns kCannotRun.
 int CannotRun(const std::string& text);
 

@@ -12,6 +12,7 @@
 
 #include "Input.h"
 #include "LossFinder.h"
+#include "Messages.h"
 #include "Schemas.h"
 
 namespace velmar {
@@ -24,8 +25,8 @@ const char* fileBeingRead = nullptr;
 
 void SayWhereReadingEnded() {
   if (fileBeingRead == nullptr) return;
-  fmt::print(stderr, "{}: error: the file holds a token of more than 32,767 characters and cannot be read\n",
-             fileBeingRead);
+  Say(std::string(fileBeingRead) +
+      ": error: the file holds a token of more than 32,767 characters and cannot be read\n");
 }
 
 // Seconds since some point of time.
@@ -116,7 +117,7 @@ void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
 
 void Population::SetSchemaName(std::string name) {
   schemaOfFile_ = name;
-  if (!keepsSchema_) ExpFile::SetSchemaName(name);
+  if (!keepsSchema_) ExpFixedSchemaFile::SetSchemaName(name);
   schemaSupported_ = keepsSchema_ || FindSchema(name) == GetSchema();
   usesFallback_ = schemaSupported_ && !isLateBound_;
   LoadTypes();

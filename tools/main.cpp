@@ -22,9 +22,7 @@ constexpr const char* kExitStatus =
 
 std::string Footer(const char* example) { return fmt::format("Example: {}\n\n{}", example, kExitStatus); }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   CLI::App app("Looks at Part 21 (STEP) files and converts them.", "velmar");
   app.set_version_flag("--version", "velmar " VELMAR_VERSION);
   app.require_subcommand(1);
@@ -71,26 +69,33 @@ int main(int argc, char** argv) {
   addReadingOptions(convert);
   convert->footer(Footer("velmar convert examples/bracket.stp -o copy.stp"));
 
-  int status = velmar::kDone;
   try {
     app.parse(argc, argv);
-    velmar::ReadingOptions options;
-    if (schema) {
-      options.schema = velmar::FindSchema(*schema);
-      if (!options.schema) {
-        throw std::runtime_error(
-            fmt::format("there is no schema '{}'; there are: {}", *schema, velmar::SchemaNames()));
-      }
-    }
-    if (!express.empty()) {
-      options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
-    }
-    status = info->parsed() ? velmar::Info(in, options) : velmar::Convert(in, out, options);
   } catch (const CLI::ParseError& error) {
-    status = app.exit(error) == 0 ? velmar::kDone : velmar::kCannotRun;
+    return app.exit(error) == 0 ? velmar::kDone : velmar::kCannotRun;
+  }
+  velmar::ReadingOptions options;
+  if (schema) {
+    options.schema = velmar::FindSchema(*schema);
+    if (!options.schema) {
+      throw std::runtime_error(fmt::format("there is no schema '{}'; there are: {}", *schema, velmar::SchemaNames()));
+    }
+  }
+  if (!express.empty()) {
+    options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
+  }
+  return info->parsed() ? velmar::Info(in, options) : velmar::Convert(in, out, options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int status = velmar::kDone;
+  try {
+    status = Run(argc, argv);
   } catch (const VELMAR::LateBoundError& error) {
     if (error.GetMessages().empty()) return velmar::CannotRun(error.what());
-    fmt::print(stderr, "{}\n", error.what());  // each message begins with its place
+    velmar::Say(std::string(error.what()) + '\n');  // each message begins with its place
     return velmar::kCannotRun;
   } catch (const std::string& error) {
     status = velmar::CannotRun(error);

@@ -190,11 +190,12 @@ TEST(AutomotiveDesign, ClassesFollowTheirSupertypes) {
 }
 
 TEST(AutomotiveDesign, TypesAreTheSameInTheLibraryAndItsUsers) {
-  const std::unique_ptr<ExpEntity> fromLibrary(Type("ADVANCED_FACE")->CreateInstance(-1));
+  const std::unique_ptr<ExpEntity> face(Type("ADVANCED_FACE")->CreateInstance(-1));
+  const ExpEntity& fromLibrary = *face;
   const AdvancedFace fromHere;
-  EXPECT_TRUE(typeid(*fromLibrary) == typeid(AdvancedFace));
-  EXPECT_TRUE(typeid(fromHere) == typeid(*fromLibrary));
-  EXPECT_FALSE(typeid(*fromLibrary) == typeid(FaceSurface));
+  EXPECT_TRUE(typeid(fromLibrary) == typeid(AdvancedFace));
+  EXPECT_TRUE(typeid(fromHere) == typeid(fromLibrary));
+  EXPECT_FALSE(typeid(fromLibrary) == typeid(FaceSurface));
   const auto unit = Create<SiUnit>("SI_UNIT");
   EXPECT_NE(dynamic_cast<SiUnitName*>(unit->GetMember(2)), nullptr);
   EXPECT_EQ(dynamic_cast<SiPrefix*>(unit->GetMember(2)), nullptr);

@@ -120,6 +120,21 @@ TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written\n");
 }
 
+// Messages are lost then, and nothing else: the exit status says what there is to say.
+TEST(VelmarProgram, StandardErrorThatCannotBeWrittenChangesNoExitStatus) {
+  TemporaryDirectory directory;
+  const std::string damaged = WriteFile(directory.Path("in.stp"), FileWith("#1=CARTESIAN_POINT('',(1.,2.);\n"));
+  Setting full;
+  full.before = [] { dup2(open("/dev/full", O_WRONLY), 2); };
+  Setting closed;
+  closed.before = [] { close(2); };
+  for (const Setting& setting : {full, closed}) {
+    EXPECT_EQ(RunProgram({kVelmar, "info", damaged}, setting).status, 1);
+    EXPECT_EQ(RunProgram({kVelmar, "info", directory.Path("missing.stp")}, setting).status, 2);
+    EXPECT_EQ(RunProgram({kVelmar, "info", damaged, "--express", damaged}, setting).status, 2);
+  }
+}
+
 // What a file may hold, and must not harm.
 TEST(VelmarProgram, SurvivesAMillionParentheses) {
   TemporaryDirectory directory;
