@@ -101,6 +101,7 @@ class VELMAR_API Parser {
   void untypedParameter(Family family, ExpAttribute* target);
   void enumeration(Family family, ExpAttribute* target);
 
+  void ReportFailure();
   bool StartsRecord() const;
   void SelectSchema();
   ExpEntity* Create(const std::string& typeName);
@@ -112,6 +113,7 @@ class VELMAR_API Parser {
   Lexeme dummy_;
   const Lexeme* t_;   // the token just consumed
   const Lexeme* la_;  // the look-ahead token
+  bool hasReportedFailure_ = false;
   std::string notes_;
   ExpAbstractObjectProvider* provider_;
   bool skipHeader_;
