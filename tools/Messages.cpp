@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "Input.h"
@@ -55,6 +57,25 @@ std::string Reason(const std::string& logged) {
   return reason;
 }
 
+// Prints to standard error. Where that fails, there is nowhere to say so.
+template <class... Values>
+void PrintError(fmt::format_string<Values...> format, Values&&... values) {
+  std::fputs(fmt::format(format, std::forward<Values>(values)...).c_str(), stderr);
+}
+
+// What of a message the library has logged says that the file cannot be read, with the reason; empty where it
+// says something else.
+std::string ReasonUnreadable(const std::string& logged, int error) {
+  if (logged.compare(0, 25, "Error while opening file ") == 0) return std::strerror(error);
+  for (const char* text : {"the input cannot be read any further: ", "the length of the input cannot be found"}) {
+    const std::size_t at = logged.find(text);
+    if (at == std::string::npos) continue;
+    const std::string reason = logged.substr(at + std::strlen(text));
+    return reason.empty() ? std::strerror(error) : reason;
+  }
+  return "";
+}
+
 }  // namespace
 
 void Messages::Add(Severity severity, int line, int column, std::string text) {
@@ -77,16 +98,16 @@ void Messages::Print() {
 
   for (std::size_t i = 0; i < printed; ++i) {
     const Message& message = placed_[i];
-    fmt::print(stderr, "{}:{}:{}: {}: {}\n", file_, message.place.line, message.place.column,
+    PrintError("{}:{}:{}: {}: {}\n", file_, message.place.line, message.place.column,
                Name(message.severity), message.text);
     if (i >= excerpts.size()) continue;  // the file is gone
     const auto [shown, caret] = Shown(excerpts[i]);
-    if (!shown.empty()) fmt::print(stderr, "  {}\n  {:>{}}\n", shown, '^', caret + 1);
+    if (!shown.empty()) PrintError("  {}\n  {:>{}}\n", shown, '^', caret + 1);
   }
   const std::size_t hidden = placed_.size() - printed + unsorted_;
-  if (hidden > 0) fmt::print(stderr, "{}: {} not shown\n", file_, Counted(hidden, "more message"));
+  if (hidden > 0) PrintError("{}: {} not shown\n", file_, Counted(hidden, "more message"));
   for (const Message& message : general_) {
-    fmt::print(stderr, "{}: {}: {}\n", file_, Name(message.severity), message.text);
+    PrintError("{}: {}: {}\n", file_, Name(message.severity), message.text);
   }
   placed_.clear();
   general_.clear();
@@ -94,7 +115,7 @@ void Messages::Print() {
 }
 
 int CannotRun(const std::string& text) {
-  fmt::print(stderr, "velmar: error: {}\n", text);
+  PrintError("velmar: error: {}\n", text);
   return kCannotRun;
 }
 
@@ -103,8 +124,11 @@ LogListener::LogListener(Messages& messages) : messages_(messages) { VELMAR::Exp
 LogListener::~LogListener() { VELMAR::ExpLogger::RemoveLogger(this); }
 
 void LogListener::Write(const std::string& message, const VELMAR::ExpLogLevel& level) {
+  const int error = errno == 0 ? EIO : errno;
   std::string text = message;
   while (!text.empty() && text.back() == '\n') text.pop_back();
+  const std::string reason = ReasonUnreadable(text, error);
+  if (!reason.empty()) messages_.SetUnreadable(reason);
   int line = 0;
   int column = 0;
   int length = 0;

@@ -2,11 +2,14 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Commands.h"
@@ -21,6 +24,10 @@ constexpr const char* kExitStatus =
     "Messages go to standard error as file:line:col: severity: text.";
 
 std::string Footer(const char* example) { return fmt::format("Example: {}\n\n{}", example, kExitStatus); }
+
+int CannotPrint(const std::string& reason) {
+  return velmar::CannotRun("standard output cannot be written" + (reason.empty() ? "" : ": " + reason));
+}
 
 }  // namespace
 
@@ -90,14 +97,17 @@ int main(int argc, char** argv) {
     status = app.exit(error) == 0 ? velmar::kDone : velmar::kCannotRun;
   } catch (const VELMAR::LateBoundError& error) {
     if (error.GetMessages().empty()) return velmar::CannotRun(error.what());
-    fmt::print(stderr, "{}\n", error.what());  // each message begins with its place
+    std::fputs(fmt::format("{}\n", error.what()).c_str(), stderr);  // each message begins with its place
     return velmar::kCannotRun;
+  } catch (const std::system_error& error) {
+    if (std::ferror(stdout) == 0) return velmar::CannotRun(error.what());
+    return CannotPrint(error.code().message());
   } catch (const std::string& error) {
     status = velmar::CannotRun(error);
   } catch (const std::exception& error) {
     status = velmar::CannotRun(error.what());
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout))
-    return velmar::CannotRun("standard output cannot be written");
-  return status;
+  errno = 0;
+  if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
+  return CannotPrint(errno == 0 ? "" : std::strerror(errno));
 }
