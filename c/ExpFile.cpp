@@ -1,6 +1,7 @@
 #include "ExpFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <exception>
 #include <filesystem>
@@ -218,7 +219,12 @@ Outcome Attempt(Action action, std::string& text) {
 // Opens a file for input; logs where that fails.
 bool Open(std::ifstream& file, const std::string& filename) {
   std::error_code error;
-  if (!std::filesystem::is_directory(filename, error)) file.open(filename, std::ios::binary);
+  if (!std::filesystem::is_directory(filename, error)) {
+    do {
+      errno = 0;
+      file.open(filename, std::ios::binary);
+    } while (!file.is_open() && errno == EINTR);
+  }
   if (file.is_open()) return true;
   ExpLogger::WriteLine("Error while opening file " + filename, ExpLogMessage);
   return false;

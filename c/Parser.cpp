@@ -191,13 +191,12 @@ void Parser::Get() {
   t_ = la_;
   la_ = scanner_->ScanLexeme();
   ++errDist_;
-  if (la_->kind == Token::EoF && !hasReportedFailure_) ReportFailure();
+  if (!scanner_->Failure().empty() && !hasReportedFailure_) ReportFailure();
 }
 
-// The end of an input that could not be read to its end is an error, whatever is there; that something is missing then is
-// none of its own.
+// Reports that the input breaks off within the look-ahead token or before it. That something is missing then is no error of
+// its own.
 void Parser::ReportFailure() {
-  if (scanner_->Failure().empty()) return;
   hasReportedFailure_ = true;
   const std::string text = "the input cannot be read any further: " + scanner_->Failure();
   errors_->Error(la_->line, la_->col, std::wstring(text.begin(), text.end()).c_str());

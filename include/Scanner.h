@@ -259,7 +259,7 @@ class VELMAR_API Scanner {
   void Init();
   void SkipByteOrderMark();
   const Lexeme* ScanLexeme();
-  /// Why the input could not be read to its end, behind a token of the kind EoF; empty where it could.
+  /// Why the input cannot be read behind the token last scanned, which may be a part of one; empty where it can be.
   const std::string& Failure() const { return failure_; }
   /// Strings may hold code points of 65536 and above; for Scan they make a token invalid.
   void KeepSupplementaryCharacters() { keepSupplementary_ = true; }
