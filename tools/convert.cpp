@@ -19,6 +19,7 @@
 #include "Messages.h"
 #include "Population.h"
 #include "ReplaceFile.h"
+#include "UnreadableValues.h"
 
 namespace velmar {
 
@@ -95,6 +96,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
   Population file(options);
   file.ReadAndReport(in, messages);
   const std::string size = Grouped(FileSize(in));  // before it is written, for IN may be OUT
+  ReportUnreadableValues(file, messages);
   const bool hasErrors = messages.Errors() != 0;
   why = WhyNotWritten(file, messages, in, out);
   if (why.empty()) {
