@@ -67,13 +67,15 @@ void MarkMissingValues(Population& file, Messages& messages) {
                fmt::format("{} written as $", Counted(static_cast<std::uint64_t>(marked), "missing value")));
 }
 
-// Writes the population. Adds an error where that fails.
-void WriteAndReport(Population& file, const std::string& out, Messages& messages) {
+// Writes the population and returns the number of bytes. Adds an error where that fails.
+std::uint64_t WriteAndReport(Population& file, const std::string& out, Messages& messages) {
+  std::uint64_t size = 0;
   try {
     VelmarFiles::TextBuffer buffer;
     std::ostream stream(&buffer);
     stream.exceptions(std::ios::badbit | std::ios::failbit);
     file.Write(stream);
+    for (const std::string& block : buffer.Blocks()) size += block.size();
     VelmarFiles::ReplaceFile(out, buffer.Blocks());
   } catch (const std::string& error) {
     messages.AddError(error);
@@ -82,6 +84,7 @@ void WriteAndReport(Population& file, const std::string& out, Messages& messages
   } catch (const std::exception& error) {
     messages.AddError(error.what());
   }
+  return size;
 }
 
 }  // namespace
@@ -109,7 +112,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
 
   Messages outMessages(out);
   const auto start = std::chrono::steady_clock::now();
-  WriteAndReport(file, out, outMessages);
+  const std::uint64_t outSize = WriteAndReport(file, out, outMessages);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (outMessages.Errors() != 0) {
     outMessages.AddError("not written");
@@ -120,7 +123,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
   if (fs::is_regular_file(out, error)) {
     const std::string instances = Counted(file.Count(), "instance");
     fmt::print("{}: {}, {} bytes, read in {:.1f} ms\n", in, instances, size, file.ReadingTime() * 1e3);
-    fmt::print("{}: {}, {} bytes, written in {:.1f} ms\n", out, instances, Grouped(FileSize(out)),
+    fmt::print("{}: {}, {} bytes, written in {:.1f} ms\n", out, instances, Grouped(outSize),
                seconds * 1e3);
   }
   return hasErrors ? kFileHasErrors : kDone;

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -32,6 +33,7 @@ int CannotPrint(const std::string& reason) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows beyond its limit is an error of writing, as a full disk is
   CLI::App app("Looks at Part 21 (STEP) files and converts them.", "velmar");
   app.set_version_flag("--version", "velmar " VELMAR_VERSION);
   app.require_subcommand(1);

@@ -140,6 +140,18 @@ TEST_F(Express, StandardOutputThatCannotBeWrittenIsAnError) {
   }
 }
 
+TEST_F(Express, AFileThatGrowsBeyondItsLimitIsAnError) {
+  Setting setting;
+  setting.before = [] {
+    const struct rlimit limit = {100, 100};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  };
+  const Outcome outcome = RunProgram(Generate(), setting);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar-express: " + directory_.Path("out/A.h") + ": File too large\n");
+  EXPECT_TRUE(FilesIn(directory_.Path("out")).empty());
+}
+
 TEST_F(Express, WritesIntoADeviceWithoutReadingIt) {
   const Outcome outcome = RunProgram(Command({"generate", "--output-dir", directory_.Path("out"), "--depfile", "/dev/full",
                                               "--depfile-target", "t"}));

@@ -79,6 +79,7 @@ TEST_F(Velmar, InfoDoesNotTakeAFileThatEndsEarlyForAWholeOne) {
       [&](const Outcome& outcome, const std::string&) {
         if (outcome.status == 0) {
           EXPECT_EQ(Lasting(outcome.out), Lasting(good.out));
+          EXPECT_THAT(outcome.err, HasSubstr(kWarning));
         } else {
           EXPECT_THAT(outcome.err, HasSubstr("error: "));
         }
