@@ -48,7 +48,7 @@ int main(int, char** argv) {
     VELMAR::Part21Importer().ImportFromStream(stream, &file, 0);
     std::fclose(stream);
   } else {
-    std::istringstream in(FileOf(50000));
+    std::istringstream in(FileOf(35000));
     file.Read(in);
     file.Write(std::string(argv[2]));
   }
