@@ -2,21 +2,19 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <streambuf>
 #include <system_error>
 
 #include "AddOwned.h"
 #include "ExpLogging.h"
 #include "ExpRuntimeRegistry.h"
 #include "ExpUtilities.h"
+#include "ReplaceFile.h"
 #include "SchemaNames.h"
 
 namespace VELMAR {
@@ -221,7 +219,12 @@ Outcome Attempt(Action action, std::string& text) {
 // Opens a file for input; logs where that fails.
 bool Open(std::ifstream& file, const std::string& filename) {
   std::error_code error;
-  if (!std::filesystem::is_directory(filename, error)) file.open(filename, std::ios::binary);
+  if (!std::filesystem::is_directory(filename, error)) {
+    do {
+      errno = 0;
+      file.open(filename, std::ios::binary);
+    } while (!file.is_open() && errno == EINTR);
+  }
   if (file.is_open()) return true;
   ExpLogger::WriteLine("Error while opening file " + filename, ExpLogMessage);
   return false;
@@ -300,93 +303,6 @@ void FillIfEmpty(ExpEntity& entity, const std::string& attribute, const std::str
   }
 }
 
-// A growing text, in blocks that are never moved.
-class TextBuffer : public std::streambuf {
- public:
-  const std::vector<std::string>& Blocks() const { return blocks_; }
-
- private:
-  static constexpr std::size_t kBlockSize = 1 << 20;
-
-  int_type overflow(int_type character) override {
-    if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
-    const char text = traits_type::to_char_type(character);
-    xsputn(&text, 1);
-    return character;
-  }
-  std::streamsize xsputn(const char* text, std::streamsize length) override {
-    const auto size = static_cast<std::size_t>(length);
-    if (blocks_.empty() || blocks_.back().capacity() - blocks_.back().size() < size) {
-      blocks_.emplace_back().reserve(std::max(size, kBlockSize));
-    }
-    blocks_.back().append(text, size);
-    return length;
-  }
-
-  std::vector<std::string> blocks_;
-};
-
-// Writes and closes `file`. Throws the system's description of what fails.
-void WriteAndClose(std::FILE* file, const std::vector<std::string>& text) {
-  bool failed = false;
-  for (const std::string& block : text) {
-    failed = failed || std::fwrite(block.data(), 1, block.size(), file) != block.size();
-  }
-  int error = errno;
-  if (std::fclose(file) != 0 && !failed) {
-    failed = true;
-    error = errno;
-  }
-  if (failed) throw std::string(std::strerror(error));
-}
-
-// A new file beside `target`, open for output; null with errno where there can be none.
-std::FILE* CreateBeside(const std::filesystem::path& target, std::filesystem::path& part) {
-  constexpr int kTries = 100;
-  std::FILE* file = nullptr;
-  for (int number = 0; file == nullptr && number < kTries; ++number) {
-    part = target.string() + "." + std::to_string(number) + ".part";
-    file = std::fopen(part.c_str(), "wbx");
-    if (file == nullptr && errno != EEXIST) break;
-  }
-  return file;
-}
-
-// Makes `text` the contents of a file. An ordinary file that stands there is replaced only once the new one is complete;
-// where its directory takes no new file, it is written over. Nothing happens where the file cannot be opened for output.
-void WriteFile(const std::string& filename, const std::vector<std::string>& text) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  const bool isThere = fs::exists(filename, error);
-  if (fs::is_regular_file(filename, error)) {
-    std::FILE* existing = std::fopen(filename.c_str(), "ab");
-    if (existing == nullptr) return;
-    std::fclose(existing);
-    const fs::path target = fs::canonical(filename);
-    fs::path part;
-    if (std::FILE* file = CreateBeside(target, part)) {
-      try {
-        WriteAndClose(file, text);
-        fs::permissions(part, fs::status(target).permissions());
-        fs::rename(part, target);
-      } catch (...) {
-        fs::remove(part, error);
-        throw;
-      }
-      return;
-    }
-    if (errno != EACCES && errno != EPERM && errno != EROFS) throw std::string(std::strerror(errno));
-  }
-  std::FILE* file = std::fopen(filename.c_str(), "wb");
-  if (file == nullptr) return;
-  try {
-    WriteAndClose(file, text);
-  } catch (...) {
-    if (!isThere) fs::remove(filename, error);
-    throw;
-  }
-}
-
 }  // namespace
 
 void ExpFile::WriteEncodingStart(std::ostream& os) { os << "ISO-10303-21;\n"; }
@@ -439,14 +355,17 @@ void ExpFile::Write(const std::string& filename) {
   const Outcome outcome = Attempt(
       [this, &filename] {
         ExpLogger::WriteLine("Write file: " + filename, ExpLogMessage);
-        TextBuffer buffer;
+        VelmarFiles::TextBuffer buffer;
         std::ostream stream(&buffer);
         stream.exceptions(std::ios::badbit | std::ios::failbit);
         WriteEncodingStart(stream);
         WriteHeaderSection(stream);
         WriteDataSection(stream);
         WriteEncodingEnd(stream);
-        WriteFile(filename, buffer.Blocks());
+        try {
+          VelmarFiles::ReplaceFile(filename, buffer.Blocks());
+        } catch (const VelmarFiles::CannotOpen&) {  // nothing has happened, and nothing is said
+        }
       },
       text);
   if (outcome == Outcome::Done) return;

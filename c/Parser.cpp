@@ -197,6 +197,16 @@ void Parser::Get() {
   t_ = la_;
   la_ = scanner_->ScanLexeme();
   ++errDist_;
+  if (!scanner_->Failure().empty() && !hasReportedFailure_) ReportFailure();
+}
+
+// Reports that the input breaks off within the look-ahead token or before it. That something is missing then is no error of
+// its own.
+void Parser::ReportFailure() {
+  hasReportedFailure_ = true;
+  const std::string text = "the input cannot be read any further: " + scanner_->Failure();
+  errors_->Error(la_->line, la_->col, std::wstring(text.begin(), text.end()).c_str());
+  errDist_ = 0;
 }
 
 void Parser::Expect(int n) {

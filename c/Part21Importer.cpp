@@ -51,7 +51,8 @@ void Part21Importer::ImportFromStream(std::istream* stream, ExpAbstractObjectPro
   stream->seekg(0, std::ios::end);
   const std::streamoff length = stream->tellg();
   stream->seekg(0, std::ios::beg);
-  if (length <= 0) return;
+  if (length == 0) return;
+  if (length < 0 || stream->fail()) throw std::runtime_error("the length of the input cannot be found");
   constexpr std::streamoff kMaxLength = std::numeric_limits<int>::max() - 1;
   if (length > kMaxLength) {
     throw std::length_error("the input is longer than " + std::to_string(kMaxLength) + " bytes");

@@ -1,6 +1,7 @@
 #include "Scanner.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -155,6 +156,21 @@ namespace {
 
 // ---------------------------------------------------------------------------------------------------------- Buffer
 
+namespace {
+
+// As std::fread; goes on where a signal came in between. Where ferror() holds behind it, errno says why.
+int ReadBytes(FILE* stream, unsigned char* bytes, int size) {
+  std::size_t count = 0;
+  const auto wanted = static_cast<std::size_t>(size);
+  do {
+    if (std::ferror(stream) != 0) std::clearerr(stream);
+    count += std::fread(bytes + count, 1, wanted - count, stream);
+  } while (count < wanted && std::ferror(stream) != 0 && errno == EINTR);
+  return static_cast<int>(count);
+}
+
+}  // namespace
+
 Buffer::Buffer(FILE* s, bool isUserStream)
     : data_(nullptr),
       capacity_(0),
@@ -165,10 +181,10 @@ Buffer::Buffer(FILE* s, bool isUserStream)
       stream_(s),
       isUserStream_(isUserStream) {
   if (CanSeek()) {
-    std::fseek(s, 0, SEEK_END);
-    const long length = std::ftell(s);
+    // Where the end cannot be found beforehand, it is where there is nothing more to be read.
+    const long length = std::fseek(s, 0, SEEK_END) == 0 ? std::ftell(s) : -1;
     std::rewind(s);
-    fileLength_ = length < 0 ? 0 : length > INT_MAX ? INT_MAX : static_cast<int>(length);
+    fileLength_ = length < 0 || length > INT_MAX ? INT_MAX : static_cast<int>(length);
     capacity_ = fileLength_ < kMaxCapacity ? fileLength_ : kMaxCapacity;
   }
   if (capacity_ == 0) capacity_ = kMinCapacity;
@@ -266,12 +282,12 @@ void Buffer::SetPos(int value) {
   if (value >= start_ && value - start_ < length_) {
     index_ = value - start_;
   } else if (stream_ != nullptr) {
-    std::fseek(stream_, value, SEEK_SET);
-    length_ = static_cast<int>(std::fread(data_, 1, static_cast<std::size_t>(capacity_), stream_));
+    const bool isThere = std::fseek(stream_, value, SEEK_SET) == 0;
+    length_ = isThere ? ReadBytes(stream_, data_, capacity_) : 0;
     data_[length_] = 0;
     start_ = value;
     index_ = 0;
-    if (length_ == 0) fileLength_ = value;  // shorter than it said
+    if (length_ == 0 && isThere && std::ferror(stream_) == 0) fileLength_ = value;  // shorter than it said
   } else {
     index_ = fileLength_ - start_;
   }
@@ -286,8 +302,7 @@ int Buffer::ReadNextStreamChunk() {
     data_ = larger;
     capacity_ *= 2;
   }
-  const auto count =
-      static_cast<int>(std::fread(data_ + length_, 1, static_cast<std::size_t>(capacity_ - length_), stream_));
+  const int count = ReadBytes(stream_, data_ + length_, capacity_ - length_);
   length_ += count;
   fileLength_ = length_;
   data_[length_] = 0;
@@ -503,11 +518,12 @@ class Scanner::Arena {
 // ------------------------------------------------------------------------------------------- Scanner: std::istream
 
 // The bytes of a seekable stream, of which one block is in memory. Where a stream is shorter than it said, the input ends
-// there.
+// there; where it cannot be read, before its end.
 class Scanner::StreamBuffer : public Buffer {
  public:
   static Buffer* Open(std::istream& stream, int length) {
     // What UTF8Buffer takes over must be all there is; and nothing may be thrown in the middle of a file.
+    errno = 0;
     const bool isWhole = length <= kMaxCapacity || stream.exceptions() != std::ios::goodbit || stream.peek() == 0xEF;
     std::unique_ptr<StreamBuffer> buffer(new StreamBuffer(stream, length, isWhole ? length : kMaxCapacity));
     buffer->Load(0);
@@ -535,6 +551,7 @@ class Scanner::StreamBuffer : public Buffer {
   }
 
   void Load(int position) {
+    if (!input_.bad()) errno = 0;
     if (position != next_) input_.seekg(position);
     input_.read(reinterpret_cast<char*>(data_), std::min(capacity_, fileLength_ - position));
     length_ = static_cast<int>(input_.gcount());
@@ -542,7 +559,7 @@ class Scanner::StreamBuffer : public Buffer {
     start_ = position;
     index_ = 0;
     next_ = position + length_;
-    if (!input_) fileLength_ = next_;
+    if (input_.eof() && !input_.bad()) fileLength_ = next_;
   }
 
   std::istream& input_;
@@ -588,6 +605,7 @@ void Scanner::SkipByteOrderMark() {
   }
   CloseWindow();
   buffer_.reset(new UTF8Buffer(buffer_.get()));
+  if (buffer_->stream_ == nullptr && buffer_->HasFailed()) Fail();  // what could be read is all there is
   OpenWindow();
   utf8_ = true;
   lineStart_ = Position();
@@ -700,7 +718,7 @@ Token* Scanner::NewToken() {
 // ----------------------------------------------------------------------------------------------- Scanner: the window
 
 void Scanner::OpenWindow() {
-  cur_ = buffer_->data_ + buffer_->index_;
+  cur_ = buffer_->data_ + std::min(buffer_->index_, buffer_->length_);  // the index may be at the end of what cannot be read
   end_ = buffer_->data_ + buffer_->length_;
 }
 
@@ -717,18 +735,26 @@ inline int Scanner::Ch() {
   }
 }
 
-// Loads what follows the window. False at the end of the input.
+// Loads what follows the window. False at the end of the input, and where it cannot be read any further.
 bool Scanner::Refill() {
   if (buffer_->stream_ == nullptr && Position() >= buffer_->fileLength_) return false;
+  if (!failure_.empty()) return false;
   Keep(lexemes_[lexeme_]);
   if (inText_) KeepText();
   CloseWindow();
   const bool more = buffer_->Buffer::Read() != Buffer::EoF;
-  if (more) --buffer_->index_;
+  if (more) {
+    --buffer_->index_;
+  } else if (buffer_->HasFailed()) {
+    Fail();
+  }
   OpenWindow();
   textBegin_ = cur_;
   return more;
 }
+
+// The input cannot be read any further, for the reason that errno gives, if it does.
+void Scanner::Fail() { failure_ = std::strerror(errno == 0 ? EIO : errno); }
 
 void Scanner::SkipStrayByte() {
   if (inText_) KeepText();

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include "ExpressParser.h"
@@ -17,11 +18,14 @@ std::map<std::string, std::vector<std::string>> FilesIn(const std::vector<std::s
   std::map<std::string, std::vector<std::string>> files;
   for (const std::string& folder : folders) {
     std::map<std::string, std::vector<std::string>> found;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-      const std::filesystem::path& path = entry.path();
+    std::error_code error;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+      const std::filesystem::path& path = entry->path();
       if (LowerCase(path.extension().string()) != ".exp") continue;
       found[LowerCase(path.stem().string())].push_back(path.string());
     }
+    if (error) throw std::system_error(error, folder);
     for (auto& [name, paths] : found) {
       std::sort(paths.begin(), paths.end());
       files[name].insert(files[name].end(), paths.begin(), paths.end());

@@ -23,13 +23,21 @@ SourceFile::SourceFile(std::string name, std::string text) : name_(std::move(nam
 }
 
 SourceFile SourceFile::Read(const std::string& path) {
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(nullptr, &std::fclose);
+  do {
+    file.reset(std::fopen(path.c_str(), "rb"));
+  } while (!file && errno == EINTR);
   if (!file) throw std::system_error(errno, std::generic_category(), path);
   std::string text;
   char buffer[65536];
-  std::size_t count;
-  while ((count = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text.append(buffer, count);
-  if (std::ferror(file.get())) throw std::system_error(errno, std::generic_category(), path);
+  for (;;) {
+    const std::size_t count = std::fread(buffer, 1, sizeof buffer, file.get());
+    text.append(buffer, count);
+    if (count == sizeof buffer) continue;
+    if (!std::ferror(file.get())) break;
+    if (errno != EINTR) throw std::system_error(errno, std::generic_category(), path);
+    std::clearerr(file.get());
+  }
   return SourceFile(path, std::move(text));
 }
 

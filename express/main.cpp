@@ -3,12 +3,14 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <csignal>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -18,6 +20,7 @@
 #include "Loader.h"
 #include "Model.h"
 #include "Printer.h"
+#include "ReplaceFile.h"
 
 namespace {
 
@@ -68,7 +71,7 @@ int PrintText(const Options& options) {
     if (i > 0) std::cout << '\n';
     Print(*loaded.model.schemas[i], std::cout);
   }
-  return std::cout.flush() ? kGood : kUsage;
+  return kGood;
 }
 
 const char* KindWord(const Declaration& declaration) {
@@ -111,19 +114,29 @@ int List(const Options& options) {
               declaration->name.where);
     }
   }
-  return std::cout.flush() ? kGood : kUsage;
+  return kGood;
+}
+
+// The text of a file; empty where it cannot be read, which then is no reason to leave it as it is.
+std::string TextOf(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return "";
+  try {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  } catch (const std::ios::failure&) {
+    return "";
+  }
 }
 
 // Leaves a file alone that already has the text, so that nothing is built again without a reason.
 void WriteWhereChanged(const std::filesystem::path& path, const std::string& text) {
-  {
-    std::ifstream before(path, std::ios::binary);
-    if (before && std::string(std::istreambuf_iterator<char>(before), {}) == text) return;
+  if (!text.empty() && TextOf(path) == text) return;
+  try {
+    VelmarFiles::ReplaceFile(path.string(), {text});
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(path.string() + ": " + error.what());
   }
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << text;
-  out.close();
-  if (!out) throw std::system_error(errno, std::generic_category(), path.string());
 }
 
 // A file name as a rule of a makefile has it.
@@ -250,8 +263,17 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifdef SIGXFSZ
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows beyond its limit is an error of writing, as a full disk is
+#endif
   try {
-    return Run(argc, argv);
+    const int status = Run(argc, argv);
+    errno = 0;
+    if (!std::cout.flush()) {
+      throw std::runtime_error(std::string("standard output cannot be written") +
+                               (errno == 0 ? "" : std::string(": ") + std::strerror(errno)));
+    }
+    return status;
   } catch (const std::exception& error) {
     std::cerr << "velmar-express: " << error.what() << '\n';
     return kUsage;

@@ -101,6 +101,7 @@ class VELMAR_API Parser {
   void untypedParameter(Family family, ExpAttribute* target);
   void enumeration(Family family, ExpAttribute* target);
 
+  void ReportFailure();
   bool StartsRecord() const;
   void SelectSchema();
   ExpEntity* Create(const std::string& typeName);
@@ -123,6 +124,7 @@ class VELMAR_API Parser {
   std::string recordName_;
   std::string partName_;
   std::string text_;
+  bool hasReportedFailure_ = false;
 };
 
 }  // namespace VELMAR

@@ -18,8 +18,9 @@ class Scanner;
 /// Reads one exchange structure per call into a provider, which creates and keeps the entities.
 ///
 /// `offset` is added to every instance number and every reference of the input, so that a second file can be put behind
-/// the instances of a first. Syntax errors are logged and do not stop the import. An importer may be used again and
-/// again, by one thread at a time.
+/// the instances of a first. Syntax errors are logged and do not stop the import. An input that cannot be read to its end
+/// is an error at the place where it breaks off, with the system's reason; what came before it is kept. An importer may be
+/// used again and again, by one thread at a time.
 class VELMAR_API Part21Importer {
  public:
   Part21Importer();
@@ -34,7 +35,7 @@ class VELMAR_API Part21Importer {
   /// As below, with the header.
   virtual void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset);
   /// Reads a seekable stream of at most 2^31 - 1 bytes from its start and leaves it at its end; throws std::length_error
-  /// for a longer one. The text is read 64 KB at a time; whole, where it begins with the byte order mark or the stream
+  /// for a longer one, and std::runtime_error for one whose length cannot be found. The text is read 64 KB at a time; whole, where it begins with the byte order mark or the stream
   /// throws its errors. Does nothing for null, a failed or an empty stream. With `skipHeader` no header entities are
   /// created and the schema of the provider stays.
   virtual void ImportFromStream(std::istream* stream, ExpAbstractObjectProvider* provider, int offset, bool skipHeader);

@@ -86,6 +86,10 @@ class VELMAR_API Buffer {
   Buffer(std::unique_ptr<unsigned char[]> block, int len);
   int ReadNextStreamChunk();
   bool CanSeek();
+  /// Whether the input cannot be read behind the end of the array.
+  bool HasFailed() const {
+    return start_ + length_ < fileLength_ || (stream_ != nullptr && std::ferror(stream_) != 0);
+  }
   /// Whether the array holds the whole input and stays as it is.
   bool HoldsAll() const { return stream_ == nullptr && start_ == 0 && length_ == fileLength_; }
 
@@ -256,6 +260,8 @@ class VELMAR_API Scanner {
   void SkipByteOrderMark();
   const Lexeme* ScanLexeme();
   const Lexeme& PeekedLexeme();
+  /// Why the input cannot be read behind the token last scanned, which may be a part of one; empty where it can be.
+  const std::string& Failure() const { return failure_; }
   /// Strings may hold code points of 65536 and above; for Scan they make a token invalid.
   void KeepSupplementaryCharacters() { keepSupplementary_ = true; }
   wchar_t* GetString(int beg, int end);
@@ -264,6 +270,7 @@ class VELMAR_API Scanner {
   void OpenWindow();
   void CloseWindow();
   bool Refill();
+  void Fail();
   void SkipStrayByte();
   int Ch();
   void Take() { ++cur_; }
@@ -310,6 +317,7 @@ class VELMAR_API Scanner {
   bool utf8_ = false;
   bool keepSupplementary_ = false;
   bool ended_ = false;  // before the end of the input
+  std::string failure_;
   int line_ = 1;
   int lineStart_ = 0;  // the position of column 1, moved by the bytes that are no columns of their own
   Lexeme lexemes_[2];

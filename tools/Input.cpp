@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
+#include <stdexcept>
 
 namespace velmar {
 
@@ -17,12 +17,15 @@ namespace {
 constexpr std::size_t kWidth = 100;
 constexpr std::size_t kBefore = 60;
 
-struct Closer {
-  void operator()(FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, Closer>;
-
-File Open(const std::string& path) { return File(std::fopen(path.c_str(), "rb")); }
+// As std::fread; goes on where a signal came in between. Where ferror() holds behind it, errno says why.
+std::size_t ReadBytes(FILE* file, char* bytes, std::size_t wanted) {
+  std::size_t count = 0;
+  do {
+    if (std::ferror(file) != 0) std::clearerr(file);
+    count += std::fread(bytes + count, 1, wanted - count, file);
+  } while (count < wanted && std::ferror(file) != 0 && errno == EINTR);
+  return count;
+}
 
 // Hands out the bytes of a file, of which the line ends CR and CR LF come out as LF.
 class LineReader {
@@ -40,7 +43,7 @@ class LineReader {
  private:
   int Raw() {
     if (at_ == end_) {
-      end_ = std::fread(block_, 1, sizeof block_, file_);
+      end_ = ReadBytes(file_, block_, sizeof block_);
       at_ = 0;
       if (end_ == 0) return EOF;
     }
@@ -109,12 +112,20 @@ class LineCutter {
 
 bool HasByteOrderMark(FILE* file) {
   char start[3];
-  if (std::fread(start, 1, 3, file) == 3 && std::memcmp(start, "\xEF\xBB\xBF", 3) == 0) return true;
+  if (ReadBytes(file, start, 3) == 3 && std::memcmp(start, "\xEF\xBB\xBF", 3) == 0) return true;
   std::rewind(file);
   return false;
 }
 
 }  // namespace
+
+File Open(const std::string& path) {
+  FILE* file;
+  do {
+    file = std::fopen(path.c_str(), "rb");
+  } while (file == nullptr && errno == EINTR);
+  return File(file);
+}
 
 std::string WhyUnreadable(const std::string& path) {
   struct stat status;
@@ -132,14 +143,23 @@ std::string WhyUnreadable(const std::string& path) {
   return "";
 }
 
+void ThrowUnreadable(const std::string& path, int error) {
+  throw std::runtime_error(fmt::format("{} cannot be read: {}", path, std::strerror(error == 0 ? EIO : error)));
+}
+
 bool HasDamagedByteOrderMark(const std::string& path) {
   const File file = Open(path);
-  return file != nullptr && !HasByteOrderMark(file.get()) && std::fgetc(file.get()) == 0xEF;
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  char start[3] = {};
+  ReadBytes(file.get(), start, 3);
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+  return start[0] == '\xEF' && std::memcmp(start, "\xEF\xBB\xBF", 3) != 0;
 }
 
 std::uint64_t FileSize(const std::string& path) {
   struct stat status;
-  return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  if (stat(path.c_str(), &status) != 0) ThrowUnreadable(path, errno);
+  return static_cast<std::uint64_t>(status.st_size);
 }
 
 std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Place>& places) {

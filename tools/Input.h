@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,13 +14,25 @@ namespace velmar {
 /// The longest file that the library reads: 2^31 - 1 bytes.
 constexpr std::uint64_t kLongestFile = 2147483647;
 
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Opens a file for reading; null with errno where that fails.
+File Open(const std::string& path);
+
 /// Why the file cannot be read, as the end of a sentence that begins with its name; empty where it can be.
 std::string WhyUnreadable(const std::string& path);
 
-/// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark.
+/// Throws std::runtime_error: the file cannot be read, for the reason that `error`, a value of errno, gives.
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error);
+
+/// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark. Throws
+/// std::runtime_error where it cannot be read.
 bool HasDamagedByteOrderMark(const std::string& path);
 
-/// The size in bytes; 0 where the file cannot be asked.
+/// The size in bytes. Throws std::runtime_error where the file cannot be asked.
 std::uint64_t FileSize(const std::string& path);
 
 /// A place in a file; line and column count from 1. Columns are bytes, or characters in a file with a byte

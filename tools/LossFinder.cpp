@@ -403,6 +403,9 @@ void LossFinder::ReportValues() {
 // Every instance that the file defines is kept, of an unknown type, or replaced by a later one; what is
 // missing then was passed over with a syntax error.
 void LossFinder::ReportUnread() {
+  if (defined_ < population_.Count() && !hadErrors_) {
+    messages_.AddError("the file has become shorter while it was read");
+  }
   const std::size_t accounted = population_.Count() + population_.WithoutParts() + unknownInstances_ + replaced_;
   if (defined_ <= accounted) return;
   messages_.AddError(fmt::format("{} of the {} instances were not read because of the errors",

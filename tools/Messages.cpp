@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "Input.h"
@@ -53,6 +55,19 @@ std::string Reason(const std::string& logged) {
   if (reason == "std::bad_array_new_length") return "cannot be read: the header section holds no record";
   if (reason == "std::bad_alloc") return "not enough memory";
   return reason;
+}
+
+// What of a message the library has logged says that the file cannot be read, with the reason; empty where it
+// says something else.
+std::string ReasonUnreadable(const std::string& logged, int error) {
+  if (logged.compare(0, 25, "Error while opening file ") == 0) return std::strerror(error);
+  for (const char* text : {"the input cannot be read any further: ", "the length of the input cannot be found"}) {
+    const std::size_t at = logged.find(text);
+    if (at == std::string::npos) continue;
+    const std::string reason = logged.substr(at + std::strlen(text));
+    return reason.empty() ? std::strerror(error) : reason;
+  }
+  return "";
 }
 
 }  // namespace
@@ -105,8 +120,11 @@ LogListener::LogListener(Messages& messages) : messages_(messages) { VELMAR::Exp
 LogListener::~LogListener() { VELMAR::ExpLogger::RemoveLogger(this); }
 
 void LogListener::Write(const std::string& message, const VELMAR::ExpLogLevel& level) {
+  const int error = errno == 0 ? EIO : errno;
   std::string text = message;
   while (!text.empty() && text.back() == '\n') text.pop_back();
+  const std::string reason = ReasonUnreadable(text, error);
+  if (!reason.empty()) messages_.SetUnreadable(reason);
   int line = 0;
   int column = 0;
   int length = 0;

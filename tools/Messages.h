@@ -36,6 +36,11 @@ class Messages {
   void Add(Severity severity, int line, int column, std::string text);
   void AddError(std::string text) { Add(Severity::kError, 0, 0, std::move(text)); }
 
+  /// Notes that the file could not be read, or not to its end.
+  void SetUnreadable(std::string reason) { unreadable_ = std::move(reason); }
+  /// Why it could not; empty where it could.
+  const std::string& Unreadable() const { return unreadable_; }
+
   std::size_t Errors() const { return errors_; }
   bool IsEmpty() const { return placed_.empty() && general_.empty(); }
 
@@ -54,6 +59,7 @@ class Messages {
   std::vector<Message> general_;
   std::size_t unsorted_ = 0;
   std::size_t errors_ = 0;
+  std::string unreadable_;
 };
 
 /// Writes the text to standard error. Never throws: there is nobody left to be told that it cannot be written.
@@ -63,7 +69,7 @@ void Say(const std::string& text) noexcept;
 int CannotRun(const std::string& text);
 
 /// While it lives, turns what the library logs into messages: syntax errors get their place, errors met in
-/// reading and writing none, and progress is passed over.
+/// reading none, and progress is passed over. Notes where the file itself cannot be read.
 class LogListener : public VELMAR::ExpAbstractLogger {
  public:
   explicit LogListener(Messages& messages);

@@ -2,10 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -64,6 +64,7 @@ void Population::ReadAndReport(const std::string& path, Messages& messages) {
   libraryFailure_.clear();
   fallbackFailure_.clear();
   loadingTime_ = 0;
+  wasGivenSchema_ = false;
   if (HasDamagedByteOrderMark(path)) {
     messages.Add(Severity::kError, 1, 1, "damaged byte order mark: EF is not followed by BB BF");
     return;
@@ -76,11 +77,20 @@ void Population::ReadAndReport(const std::string& path, Messages& messages) {
     Read(path);
     readingTime_ = Now() - start - loadingTime_;
   }
+  if (!messages.Unreadable().empty()) {
+    throw std::runtime_error(path + " cannot be read: " + messages.Unreadable());
+  }
+  if (messages.Errors() == 0 && !wasGivenSchema_) {  // the library takes it for no file
+    throw std::runtime_error(path + " cannot be read: it is empty");
+  }
   LoadTypes();  // where the file was given up before its schema was known
   if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
   if (!fallbackFailure_.empty()) messages.Add(Severity::kWarning, 0, 0, fallbackFailure_);
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-  if (file != nullptr) LossFinder(file.get(), *this, messages).Find();
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  errno = 0;
+  LossFinder(file.get(), *this, messages).Find();
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
@@ -116,6 +126,7 @@ void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
 }
 
 void Population::SetSchemaName(std::string name) {
+  wasGivenSchema_ = true;
   schemaOfFile_ = name;
   if (!keepsSchema_) ExpFixedSchemaFile::SetSchemaName(name);
   schemaSupported_ = keepsSchema_ || FindSchema(name) == GetSchema();

@@ -35,7 +35,8 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   ///   cannot be stored; integers beyond 32 bits;
   /// - warnings: records with too few parameters; binary values; values that lists do not keep; a fallback
   ///   schema that cannot be loaded.
-  /// Throws std::runtime_error where the library of the file's schema cannot be loaded.
+  /// Throws std::runtime_error where the file cannot be read to its end, or the library of its schema cannot be
+  /// loaded.
   void ReadAndReport(const std::string& path, Messages& messages);
 
   /// The time that reading took, in seconds, without that for loading schema libraries.
@@ -69,6 +70,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   std::map<std::string, std::size_t> unknownTypes_;  // how often an instance of a type could not be made
   std::set<int> repeated_;                           // the numbers that were used more than once
   std::string schemaOfFile_;
+  bool wasGivenSchema_ = false;  // by the header of the file, be it empty
   bool schemaSupported_ = true;
   std::size_t count_ = 0;
   std::size_t withoutParts_ = 0;

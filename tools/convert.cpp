@@ -1,12 +1,15 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <list>
+#include <new>
+#include <ostream>
 #include <string>
 #include <system_error>
 
@@ -15,6 +18,8 @@
 #include "Input.h"
 #include "Messages.h"
 #include "Population.h"
+#include "ReplaceFile.h"
+#include "UnreadableValues.h"
 
 namespace velmar {
 
@@ -23,16 +28,15 @@ namespace {
 namespace fs = std::filesystem;
 
 // Why no file can be written under this name, as the end of a sentence that begins with it; empty where one
-// can. Leaves everything as it is.
+// can, as far as can be told without touching anything.
 std::string WhyUnwritable(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (fs::is_directory(status)) return "is a directory";
-  if (fs::exists(status) && !fs::is_regular_file(status)) return "";
-  if (std::FILE* file = std::fopen(path.c_str(), "ab")) {
-    std::fclose(file);
-    if (!fs::exists(status)) fs::remove(path, error);
-    return "";
+  if (access(path.c_str(), W_OK) == 0) return "";
+  if (errno == ENOENT) {
+    const fs::path folder = fs::path(path).parent_path();
+    if (access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0) return "";
   }
   return fmt::format("cannot be written: {}", std::strerror(errno));
 }
@@ -63,6 +67,26 @@ void MarkMissingValues(Population& file, Messages& messages) {
                fmt::format("{} written as $", Counted(static_cast<std::uint64_t>(marked), "missing value")));
 }
 
+// Writes the population and returns the number of bytes. Adds an error where that fails.
+std::uint64_t WriteAndReport(Population& file, const std::string& out, Messages& messages) {
+  std::uint64_t size = 0;
+  try {
+    VelmarFiles::TextBuffer buffer;
+    std::ostream stream(&buffer);
+    stream.exceptions(std::ios::badbit | std::ios::failbit);
+    file.Write(stream);
+    for (const std::string& block : buffer.Blocks()) size += block.size();
+    VelmarFiles::ReplaceFile(out, buffer.Blocks());
+  } catch (const std::string& error) {
+    messages.AddError(error);
+  } catch (const std::bad_alloc&) {
+    messages.AddError("not enough memory");
+  } catch (const std::exception& error) {
+    messages.AddError(error.what());
+  }
+  return size;
+}
+
 }  // namespace
 
 int Convert(const std::string& in, const std::string& out, const ReadingOptions& options) {
@@ -75,6 +99,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
   Population file(options);
   file.ReadAndReport(in, messages);
   const std::string size = Grouped(FileSize(in));  // before it is written, for IN may be OUT
+  ReportUnreadableValues(file, messages);
   const bool hasErrors = messages.Errors() != 0;
   why = WhyNotWritten(file, messages, in, out);
   if (why.empty()) {
@@ -87,10 +112,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
 
   Messages outMessages(out);
   const auto start = std::chrono::steady_clock::now();
-  {
-    const LogListener listener(outMessages);
-    file.Write(out);
-  }
+  const std::uint64_t outSize = WriteAndReport(file, out, outMessages);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (outMessages.Errors() != 0) {
     outMessages.AddError("not written");
@@ -101,7 +123,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
   if (fs::is_regular_file(out, error)) {
     const std::string instances = Counted(file.Count(), "instance");
     fmt::print("{}: {}, {} bytes, read in {:.1f} ms\n", in, instances, size, file.ReadingTime() * 1e3);
-    fmt::print("{}: {}, {} bytes, written in {:.1f} ms\n", out, instances, Grouped(FileSize(out)),
+    fmt::print("{}: {}, {} bytes, written in {:.1f} ms\n", out, instances, Grouped(outSize),
                seconds * 1e3);
   }
   return hasErrors ? kFileHasErrors : kDone;

@@ -1,10 +1,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <list>
 #include <map>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -111,6 +114,7 @@ int Info(const std::string& path, const ReadingOptions& options) {
   PrintTypes(file);
   fmt::print("\nread in {:.1f} ms, {:.0f} MB/s\n", file.ReadingTime() * 1e3,
              static_cast<double>(size) / 1e6 / std::max(file.ReadingTime(), 1e-9));
+  if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
   std::fflush(stdout);
 
   const ExitStatus status = messages.Errors() == 0 ? kDone : kFileHasErrors;

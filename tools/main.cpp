@@ -2,11 +2,15 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Commands.h"
@@ -21,6 +25,10 @@ constexpr const char* kExitStatus =
     "Messages go to standard error as file:line:col: severity: text.";
 
 std::string Footer(const char* example) { return fmt::format("Example: {}\n\n{}", example, kExitStatus); }
+
+int CannotPrint(const std::string& reason) {
+  return velmar::CannotRun("standard output cannot be written" + (reason.empty() ? "" : ": " + reason));
+}
 
 int Run(int argc, char** argv) {
   CLI::App app("Looks at Part 21 (STEP) files and converts them.", "velmar");
@@ -90,6 +98,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows beyond its limit is an error of writing, as a full disk is
   int status = velmar::kDone;
   try {
     status = Run(argc, argv);
@@ -97,12 +106,15 @@ int main(int argc, char** argv) {
     if (error.GetMessages().empty()) return velmar::CannotRun(error.what());
     velmar::Say(std::string(error.what()) + '\n');  // each message begins with its place
     return velmar::kCannotRun;
+  } catch (const std::system_error& error) {
+    if (std::ferror(stdout) == 0) return velmar::CannotRun(error.what());
+    return CannotPrint(error.code().message());
   } catch (const std::string& error) {
     status = velmar::CannotRun(error);
   } catch (const std::exception& error) {
     status = velmar::CannotRun(error.what());
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout))
-    return velmar::CannotRun("standard output cannot be written");
-  return status;
+  errno = 0;
+  if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
+  return CannotPrint(errno == 0 ? "" : std::strerror(errno));
 }

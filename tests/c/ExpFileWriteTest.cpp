@@ -22,6 +22,7 @@
 #include "CapturedLog.h"
 #include "ExpFile.h"
 #include "ExpRuntimeRegistry.h"
+#include "ExpUtilities.h"
 #include "ReadingSupport.h"
 #include "TestEntities.h"
 
@@ -419,6 +420,33 @@ TEST(ExpFileWriteToFile, KeepsASymbolicLinkAndTheModeOfTheFile) {
   ASSERT_EQ(stat(target.Path().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777u, 0640u);
   std::remove(link.c_str());
+}
+
+TEST(ExpFileWriteToFile, MakesTheFileThatALinkLeadsTo) {
+  TemporaryFile target;
+  std::remove(target.Path().c_str());
+  const std::string link = target.Path() + ".link";
+  ASSERT_EQ(symlink(target.Path().c_str(), link.c_str()), 0);
+  CapturedLog log;
+  ExpFile file;
+  file.Write(link);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(target.Content(), Written(file));
+  std::remove(link.c_str());
+}
+
+TEST(ExpFileWriteToFile, AFileMayHaveTheLongestName) {
+  const std::string path = testing::TempDir() + std::string(255, 'n');
+  for (int time = 0; time < 2; ++time) {  // as a new file, and over that
+    CapturedLog log;
+    ExpFile file;
+    if (time == 1) MarkUnsetValues(*file.CreateAndAddEntity("NODE"));
+    file.Write(path);
+    EXPECT_THAT(log.lines, ElementsAre("Write file: " + path));
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), Written(file));
+  }
+  std::remove(path.c_str());
 }
 
 TEST(ExpFileWriteToFile, WritesIntoAPipeThatHasAName) {

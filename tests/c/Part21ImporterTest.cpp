@@ -3,10 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <new>
 #include <sstream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 #include <vector>
@@ -386,6 +390,225 @@ TEST(Part21Importer, AStreamThatThrowsDoesSoBeforeAnythingIsCreated) {
   TestProvider provider;
   EXPECT_THROW(Part21Importer().ImportFromStream(&in, &provider, 0), std::ios::failure);
   EXPECT_THAT(provider.askedTypes, IsEmpty());
+}
+
+// ---------------------------------------------------------------------- inputs that cannot be read to their end
+
+// Gives the first `good` bytes of a text; then it fails, by saying so or by throwing.
+class FailingBuffer : public std::streambuf {
+ public:
+  FailingBuffer(std::string text, std::size_t good, bool throws)
+      : text_(std::move(text)), good_(good), throws_(throws) {}
+
+ private:
+  int_type underflow() override {
+    if (gptr() == egptr()) Load(static_cast<std::size_t>(Position()));
+    return traits_type::to_int_type(*gptr());
+  }
+  void Load(std::size_t position) {
+    if (position >= good_) {
+      if (throws_) throw std::runtime_error("no more of it");
+      errno = EIO;
+      throw std::ios::failure("no more of it");
+    }
+    base_ = position;
+    char* begin = &text_[0] + position;
+    setg(begin, begin, begin + std::min<std::size_t>(1000, good_ - position));
+  }
+  pos_type seekoff(off_type offset, std::ios::seekdir direction, std::ios::openmode) override {
+    const off_type from = direction == std::ios::beg ? 0 : direction == std::ios::cur ? Position() : End();
+    return seekpos(from + offset, std::ios::in);
+  }
+  pos_type seekpos(pos_type position, std::ios::openmode) override {
+    base_ = static_cast<std::size_t>(off_type(position));
+    setg(nullptr, nullptr, nullptr);
+    return position;
+  }
+  off_type Position() const { return static_cast<off_type>(base_) + (gptr() - eback()); }
+  off_type End() const { return static_cast<off_type>(text_.size()); }
+
+  std::string text_;
+  std::size_t good_;
+  bool throws_;
+  std::size_t base_ = 0;
+};
+
+const char kBreaksOff[] = ": the input cannot be read any further: Input/output error";
+
+TEST(Part21Importer, AStreamThatBreaksOffIsAnErrorWhereverItDoes) {
+  const std::string text = LongText(0);
+  for (const std::string& mark : {std::string(), std::string(reading::kByteOrderMark)}) {
+    for (const std::size_t good : {std::size_t{0}, std::size_t{1}, std::size_t{40}, std::size_t{65535}, std::size_t{65536},
+                                   std::size_t{65537}, std::size_t{150000}, text.size() - 1}) {
+      for (const bool throws : {false, true}) {
+        FailingBuffer buffer(mark + text, good, throws);
+        std::istream in(&buffer);
+        TestProvider provider;
+        CapturedLog log;
+        try {
+          Part21Importer().ImportFromStream(&in, &provider, 0);
+        } catch (const std::bad_array_new_length&) {  // as always where the header has no record
+          EXPECT_LT(good, 66000u);
+        }
+        const auto isOfReading = [](const std::string& line) { return line.find(kBreaksOff) != std::string::npos; };
+        EXPECT_EQ(std::count_if(log.lines.begin(), log.lines.end(), isOfReading), 1)
+            << good << mark << testing::PrintToString(log.lines);
+        EXPECT_TRUE(in.bad());
+      }
+    }
+  }
+}
+
+TEST(Part21Importer, AStreamBreaksOffAtTheTokenThatCouldNotBeRead) {
+  const std::string text = LongText(0);
+  const std::string first = text.substr(0, 65536);  // what is read at a time
+  const auto line = std::count(first.begin(), first.end(), '\n') + 1;
+  FailingBuffer buffer(text, 70000, false);
+  std::istream in(&buffer);
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  const std::string token = first.substr(0, first.find_last_of("(),;=\n") + 1);
+  EXPECT_THAT(log.lines, ElementsAre("-- line " + std::to_string(line) + " col " +
+                                     std::to_string(token.size() - token.rfind('\n')) + kBreaksOff));
+  EXPECT_GT(provider.GetMaxEntityNumber(), 800);
+}
+
+TEST(Part21Importer, AStreamThatBreaksOffIsNotSaidToLackItsEnd) {
+  FailingBuffer buffer(kText, 0, false);
+  std::istream in(&buffer);
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(&in, &provider, 0);
+  EXPECT_THAT(log.lines, ElementsAre(std::string("-- line 1 col 1") + kBreaksOff));
+}
+
+TEST(Part21Importer, AStreamWhoseLengthCannotBeFoundIsAnError) {
+  class Unseekable : public std::stringbuf {
+   public:
+    Unseekable() : std::stringbuf(kText, std::ios::in) {}
+
+   private:
+    pos_type seekoff(off_type, std::ios::seekdir, std::ios::openmode) override { return pos_type(off_type(-1)); }
+  } buffer;
+  std::istream in(&buffer);
+  TestProvider provider;
+  EXPECT_THROW(Part21Importer().ImportFromStream(&in, &provider, 0), std::runtime_error);
+
+  ExpFile file;
+  CapturedLog log;
+  in.clear();
+  file.Read(in);
+  EXPECT_THAT(log.lines, ElementsAre("Reading from stream",
+                                     "Error while reading from filestream the length of the input cannot be found"));
+}
+
+// A FILE* over a text, of which each reading is asked for beforehand: the bytes it is given at most, or 0 to fail.
+class FailingFile {
+ public:
+  FailingFile(std::string text, std::function<int(std::size_t position, std::size_t wanted)> plan, bool seekable)
+      : text_(std::move(text)), plan_(std::move(plan)) {
+    cookie_io_functions_t functions = {Read, nullptr, seekable ? Seek : nullptr, nullptr};
+    stream_ = fopencookie(this, "rb", functions);
+    setvbuf(stream_, nullptr, _IONBF, 0);
+  }
+  ~FailingFile() { fclose(stream_); }
+  FailingFile(const FailingFile&) = delete;
+  FailingFile& operator=(const FailingFile&) = delete;
+  FILE* Stream() const { return stream_; }
+
+ private:
+  static ssize_t Read(void* cookie, char* into, std::size_t wanted) {
+    auto& self = *static_cast<FailingFile*>(cookie);
+    const int given = self.plan_(self.at_, wanted);
+    if (given < 0) {
+      errno = -given;
+      return -1;
+    }
+    const std::size_t there = self.text_.size() - std::min(self.at_, self.text_.size());
+    const std::size_t count = std::min({static_cast<std::size_t>(given), wanted, there});
+    self.text_.copy(into, count, self.at_);
+    self.at_ += count;
+    return static_cast<ssize_t>(count);
+  }
+  static int Seek(void* cookie, off64_t* offset, int whence) {
+    auto& self = *static_cast<FailingFile*>(cookie);
+    const std::size_t from = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? self.at_ : self.text_.size();
+    self.at_ = from + static_cast<std::size_t>(*offset);
+    *offset = static_cast<off64_t>(self.at_);
+    return 0;
+  }
+
+  std::string text_;
+  std::function<int(std::size_t, std::size_t)> plan_;
+  std::size_t at_ = 0;
+  FILE* stream_;
+};
+
+class FileThatFails : public testing::TestWithParam<bool> {};
+
+TEST_P(FileThatFails, IsAnErrorWhereverItBreaksOff) {
+  const std::string text = LongText(0);
+  for (const std::string& mark : {std::string(), std::string(reading::kByteOrderMark)}) {
+    for (const std::size_t good : {0, 10, 1000, 65536, 100000}) {
+      const auto plan = [good](std::size_t position, std::size_t) {
+        return position >= good ? -EIO : static_cast<int>(good - position);
+      };
+      FailingFile file(mark + text, plan, GetParam());
+      TestProvider provider;
+      CapturedLog log;
+      try {
+        Part21Importer().ImportFromStream(file.Stream(), &provider, 0);
+      } catch (const std::bad_array_new_length&) {
+        EXPECT_LT(good, 1000u);
+      }
+      const auto isOfReading = [](const std::string& line) { return line.find(kBreaksOff) != std::string::npos; };
+      EXPECT_EQ(std::count_if(log.lines.begin(), log.lines.end(), isOfReading), 1)
+          << good << mark << testing::PrintToString(log.lines);
+    }
+  }
+}
+
+TEST_P(FileThatFails, IsReadWholeThroughSignalsAndInSmallPieces) {
+  const std::string text = LongText(0);
+  int call = 0;
+  const auto plan = [&call](std::size_t, std::size_t wanted) {
+    ++call;
+    return call % 2 == 0 ? -EINTR : static_cast<int>(std::min<std::size_t>(wanted, 777));
+  };
+  FailingFile file(text, plan, GetParam());
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(file.Stream(), &provider, 0);
+  EXPECT_THAT(log.lines, IsEmpty());
+  EXPECT_EQ(provider.GetMaxEntityNumber(), 2999);
+  EXPECT_GT(call, 100);
+}
+
+TEST_P(FileThatFails, IsReadWholeWhereItFailsOnce) {
+  if (!GetParam()) GTEST_SKIP() << "what cannot seek cannot be read again";
+  const std::string text = LongText(0);
+  bool hasFailed = false;
+  const auto plan = [&hasFailed](std::size_t position, std::size_t) {
+    if (position < 100000 || hasFailed) return 50000;
+    hasFailed = true;
+    return -EIO;
+  };
+  FailingFile file(text, plan, true);
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromStream(file.Stream(), &provider, 0);
+  EXPECT_TRUE(hasFailed);
+  EXPECT_EQ(provider.GetMaxEntityNumber() == 2999, log.lines.empty()) << testing::PrintToString(log.lines);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutSeeking, FileThatFails, testing::Bool());
+
+TEST(Part21Importer, AFolderIsAnError) {
+  TestProvider provider;
+  CapturedLog log;
+  Part21Importer().ImportFromFile(testing::TempDir(), &provider, 0);
+  EXPECT_THAT(log.lines, ElementsAre("-- line 1 col 1: the input cannot be read any further: Is a directory"));
 }
 
 TEST(Part21Importer, ALongStreamThatBeginsWithTheByteOrderMarkIsReadAsUtf8) {

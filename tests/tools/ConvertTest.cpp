@@ -193,10 +193,10 @@ TEST_F(Convert, WhatOutHoldsStaysWhereWritingBreaksOff) {
   setting.before = [] {
     const struct rlimit limit = {100, 100};
     setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, SIG_IGN);
   };
   const Outcome outcome = Run("in.stp", "out.stp", setting);
   EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "out.stp: error: File too large\nout.stp: error: not written\n");
   EXPECT_EQ(Read("out.stp"), "something else");
   EXPECT_EQ(Run("in.stp", "new.stp", setting).status, 2);
   EXPECT_FALSE(Exists("new.stp"));
@@ -286,7 +286,9 @@ const Loss kLosses[] = {
     {"IntegerOutOfRange", "#1=CARTESIAN_POINT('',(2147483648,-2147483649));\n", 1,
      "8:24: error: the integer does not fit 32 bits\n"
      "8:35: error: the integer does not fit 32 bits\n"},
-    {"GreatestReal", "#1=CARTESIAN_POINT('',(1.7976931348623157E+308,1.E-999));\n", 0, ""},
+    {"GreatestReal", "#1=CARTESIAN_POINT('',(1.7976931348623157E+308,1.E-999));\n", 0,
+     " warning: 1 real number rounded to 15 digits that are infinite when they are read: #1 "
+     "CARTESIAN_POINT.coordinates\n"},
     {"RealOutOfRange", "#1=CARTESIAN_POINT('',(1.E309,-1.e+0400));\n", 1,
      "8:24: error: the real number does not fit 64 bits\n"
      "8:31: error: the real number does not fit 64 bits\n"},
@@ -371,6 +373,63 @@ TEST_F(Convert, HeaderRecordsThatTheHeaderDoesNotKnowAreReported) {
   EXPECT_THAT(
       outcome.err,
       HasSubstr("in.stp:7:2: error: 1 header record of MINE not kept: the header has no such entity\n"));
+}
+
+// A text that is written as this many characters with its apostrophes; what is read has far fewer.
+std::string LongText(std::size_t length) {
+  std::string text;
+  for (std::size_t i = 0; i < (length - 2) / 5; ++i) text += '\xE9';  // \X\E9
+  return text + std::string((length - 2) % 5, 'x');
+}
+
+const std::string kLongString = "in.stp: warning: 1 string written with more than 32,767 characters, which ends the program "
+                                "that reads it: ";
+
+TEST_F(Convert, WarnsOfAStringThatIsTooLongWhenItIsWritten) {
+  Write("in.stp", FileWith("#7=CARTESIAN_POINT('" + LongText(32767) + "',(1.,2.));\n"));
+  EXPECT_EQ(Run("in.stp", "out.stp").err, "");
+  EXPECT_EQ(Run("out.stp", "again.stp").status, 0);
+
+  Write("in.stp", FileWith("#7=CARTESIAN_POINT('" + LongText(32768) + "',(1.,2.));\n"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, kLongString + "#7 CARTESIAN_POINT.name\n");
+  EXPECT_EQ(Run("out.stp", "again.stp").status, 1);  // this is the reason
+}
+
+TEST_F(Convert, AFileWithSuchAStringIsNotReplacedByItself) {
+  const std::string text = FileWith("#7=CARTESIAN_POINT('" + LongText(32768) + "',(1.,2.));\n");
+  Write("in.stp", text);
+  EXPECT_EQ(Run("in.stp", "in.stp").status, 1);
+  EXPECT_EQ(Read("in.stp"), text);
+}
+
+TEST_F(Convert, SuchAStringMayBeInTheHeaderAListASelectOrAComplexInstance) {
+  const std::string text = "'" + LongText(40000) + "'";
+  std::string file = FileWith("#3=(GEOMETRIC_REPRESENTATION_ITEM()POINT()REPRESENTATION_ITEM(" + text + "));\n" +
+                              "#4=MEASURE_WITH_UNIT(DESCRIPTIVE_MEASURE(" + text + "),#5);\n" +
+                              "#5=CARTESIAN_POINT(" + text + ",(1.));\n");
+  const std::string authors = "('A','B')";
+  file.replace(file.find(authors), authors.size(), "('A'," + text + "," + text + ")");
+  Write("in.stp", file);
+  EXPECT_THAT(Run("in.stp", "out.stp").err,
+              HasSubstr("in.stp: warning: 5 strings written with more than 32,767 characters, which ends the program that "
+                        "reads it: FILE_NAME.author, #3 REPRESENTATION_ITEM.name, "
+                        "#4 MEASURE_WITH_UNIT.value_component, ...\n"));
+}
+
+TEST_F(Convert, WarnsOfARealThatIsInfiniteWhenItIsReadAgain) {
+  Write("in.stp", FileWith("#7=CARTESIAN_POINT('',(1.797693134862314E308,-1.797693134862314E308));\n"));
+  EXPECT_EQ(Run("in.stp", "out.stp").err, "");
+  EXPECT_EQ(Run("out.stp", "again.stp").err, "");
+
+  Write("in.stp", FileWith("#7=CARTESIAN_POINT('',(1.,1.797693134862315708E308,-1.797693134862315708E308));\n"));
+  const Outcome outcome = Run("in.stp", "out.stp");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err,
+            "in.stp: warning: 2 real numbers rounded to 15 digits that are infinite when they are read: "
+            "#7 CARTESIAN_POINT.coordinates\n");
+  EXPECT_EQ(Run("out.stp", "again.stp").status, 1);  // this is the reason
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Input.h"
+#include "Population.h"
 #include "RunProgram.h"
 
 namespace velmar {
@@ -35,6 +37,28 @@ TEST(WhyUnreadable, TheLongestFileHas2147483647Bytes) {
   std::filesystem::resize_file(file, 2147483648, error);
   EXPECT_EQ(WhyUnreadable(file),
             "is 2,147,483,648 bytes long; the longest file that can be read has 2,147,483,647");
+}
+
+TEST(Population, AFileThatIsEmptyWhenItIsReadIsNoFileWithoutInstances) {
+  TemporaryDirectory directory;
+  const std::string path = WriteFile(directory.Path("emptied"), "");
+  Messages messages(path);
+  Population population;
+  try {
+    population.ReadAndReport(path, messages);
+    ADD_FAILURE() << "nothing is said";
+  } catch (const std::runtime_error& error) {
+    EXPECT_EQ(error.what(), path + " cannot be read: it is empty");
+  }
+}
+
+TEST(Population, AFileThatIsGoneWhenItIsReadIsNoFileWithoutInstances) {
+  TemporaryDirectory directory;
+  const std::string path = directory.Path("gone");
+  Messages messages(path);
+  Population population;
+  EXPECT_THROW(population.ReadAndReport(path, messages), std::runtime_error);
+  EXPECT_THROW(FileSize(path), std::runtime_error);
 }
 
 TEST(HasDamagedByteOrderMark, OnlyWhereTheFirstByteIsNotFollowedByTheOthers) {

@@ -117,7 +117,7 @@ TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   const Outcome outcome =
       RunProgram({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(kPoint))}, setting);
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written\n");
+  EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written: No space left on device\n");
 }
 
 // Messages are lost then, and nothing else: the exit status says what there is to say.
