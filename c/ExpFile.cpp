@@ -14,8 +14,10 @@
 #include "ExpLogging.h"
 #include "ExpRuntimeRegistry.h"
 #include "ExpUtilities.h"
+#include "KeptValues.h"
 #include "ReplaceFile.h"
 #include "SchemaNames.h"
+#include "ValueText.h"
 
 namespace VELMAR {
 
@@ -184,6 +186,7 @@ void ExpFile::DumpEntity(int number, std::ostream& os) { DumpEntity(GetEntity(nu
 void ExpFile::DumpEntity(ExpEntity* entity, std::ostream& os) {
   WriteEncodingStart(os);
   WriteHeaderSection(os);
+  const CompleteWriting complete(KeepsEverything());
   os << "DATA;\n";
   ExpAbstractObjectAdmin::DumpEntity(entity, os);
   os << "ENDSEC;\n";
@@ -241,6 +244,9 @@ void ExpFile::Guarded(const std::string& failure, Import import) {
   EmptyStore();
   ExpLogger::WriteLine(failure + (outcome == Outcome::Failed ? " " + text : "'\n   Unknown"), ExpLogException);
 }
+
+void ExpFile::KeepEverything(bool keep) { importer_->KeepEverything(keep); }
+bool ExpFile::KeepsEverything() const { return importer_->KeepsEverything(); }
 
 void ExpFile::Read(const std::string& filename) {
   std::ifstream file;
@@ -332,11 +338,14 @@ void ExpFile::WriteHeaderSection(std::ostream& os) {
   FillIfEmpty(*schema, "schema_identifiers", GetSchemaName());
 
   os << "HEADER;\n";
+  const CompleteWriting complete(KeepsEverything());
   for (ExpEntity* entity : {description, name, schema}) os << entity->ToString() << '\n';
+  for (ExpEntity* entity : UnknownEntity::HeaderRecords(GetAdminId())) os << entity->ToString() << '\n';
   os << "ENDSEC;\n\n";
 }
 
 void ExpFile::WriteDataSection(std::ostream& os) {
+  const CompleteWriting complete(KeepsEverything());
   os << "DATA;\n";
   GetAdaptedAdmin()->Write(os);
   os << "ENDSEC;\n";

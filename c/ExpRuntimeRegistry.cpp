@@ -13,6 +13,7 @@
 #include "ExpFile.h"
 #include "ExpLogging.h"
 #include "ExpUtilities.h"
+#include "KeptValues.h"
 #include "OrdinaryEntityType.h"
 #include "SchemaNames.h"
 #include "SmallObjectPool.h"
@@ -254,6 +255,10 @@ void ExpRuntimeRegistry::DeleteAllInstances(unsigned int adminId) {
       if (typeid(*type) == typeid(OrdinaryEntityType)) entityType->MoveInstanceList(adminId, lists);
       entityType->DeleteInstanceList(adminId);
     }
+  }
+  if (ExpEntityRuntimeType* unknown = UnknownEntity::Type()) {
+    unknown->MoveInstanceList(adminId, lists);
+    unknown->DeleteInstanceList(adminId);
   }
   ExpEntityRuntimeType::DeleteInstances(lists);
   SmallObjectPool::Restart();

@@ -5,8 +5,10 @@
 #include <utility>
 
 #include "ExpAttributeVisitor.h"
+#include "KeptValues.h"
 #include "SmallObjectPool.h"
 #include "StepStrings.h"
+#include "ValueText.h"
 #include "VelmarClasses.h"
 
 descriptive_exception::descriptive_exception(const std::string& message) : message_(message) {}
@@ -737,7 +739,15 @@ void ExpFullEntityWriter::Walk(std::vector<Step>& steps) {
       for (ExpEntity* part : *complex->GetEntities()) steps.push_back({part, false, false});
     } else {
       const int members = step.entity->GetNofExplicitMembers();
-      for (int index = 0; index < members; ++index) CollectReferences(step.entity->GetMember(index), steps);
+      KeptRecord* kept = KeptRecord::Find(*step.entity);
+      for (int index = 0; index < members; ++index) {
+        ExpAttribute* value = step.entity->GetMember(index);
+        CollectReferences(kept == nullptr ? value : kept->InPlaceOf(value, index), steps);
+      }
+      if (kept != nullptr) {
+        const auto [first, last] = kept->From(members);
+        for (auto value = first; value != last; ++value) CollectReferences(&value->second, steps);
+      }
     }
     std::reverse(steps.begin() + static_cast<std::ptrdiff_t>(first), steps.end());
   }
@@ -747,7 +757,11 @@ void ExpFullEntityWriter::Walk(std::vector<Step>& steps) {
 void ExpFullEntityWriter::CollectReferences(ExpAttribute* value, std::vector<Step>& steps) {
   using Elements = std::list<ExpAttribute*>;
   std::vector<std::pair<Elements::iterator, Elements::iterator>> levels;
+  const bool withSelectedAggregates = CompleteWriting::IsOn();
   for (;;) {
+    if (auto* select = dynamic_cast<ExpSelect*>(value); select != nullptr && withSelectedAggregates) {
+      value = select->GetExpSelectValue();
+    }
     if (auto* aggregation = dynamic_cast<ExpAggregation*>(value)) {
       Elements* elements = aggregation->GetExpAggregation();
       levels.emplace_back(elements->begin(), elements->end());

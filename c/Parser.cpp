@@ -10,6 +10,8 @@
 
 #include "AddOwned.h"
 #include "ExpLogging.h"
+#include "ExpSchemaLibrary.h"
+#include "KeptValues.h"
 
 namespace VELMAR {
 
@@ -163,6 +165,12 @@ Value* AddElement(ExpAttribute* aggregate, Arguments&&... arguments) {
   return AddOwned(*aggregate, std::make_unique<Value>(std::forward<Arguments>(arguments)...));
 }
 
+// Whether an INTEGER is one of 32 bits.
+bool FitsInteger(const char* begin, const char* end) {
+  const long value = LongOf(begin, end);
+  return value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max();
+}
+
 int Sum(int number, int offset) {
   return static_cast<int>(static_cast<unsigned int>(number) + static_cast<unsigned int>(offset));
 }
@@ -177,6 +185,7 @@ Parser::Parser(Scanner* scanner)
       la_(nullptr),
       provider_(nullptr),
       skipHeader_(false),
+      keepsEverything_(false),
       offset_(0),
       currentNumber_(0) {
   scanner_->KeepSupplementaryCharacters();
@@ -285,6 +294,7 @@ void Parser::headerEntityList() {
 void Parser::headerEntity() {
   ExpEntity* entity = nullptr;
   simpleRecord(entity, false, recordName_);
+  if (auto* unknown = dynamic_cast<UnknownEntity*>(entity)) unknown->isInHeader = true;
   while (!StartOf(kEndsInstance)) {
     SynErr(kNotInHeaderEntity);
     Get();
@@ -371,6 +381,9 @@ void Parser::entityInstance(bool isNamed, int number) {
   }
   Expect(Token::Semicolon);
   if (entity != nullptr && isNamed) {
+    if (keepsEverything_ && provider_->GetEntity(number) != nullptr) {
+      Warn("there is a second #" + std::to_string(number) + ", and the first one is not kept");
+    }
     entity->SetEntityNumber(number);
     provider_->AddEntity(number, entity);
   } else {
@@ -391,15 +404,24 @@ void Parser::exportList() {
 
 // simpleRecord = keyword "(" [ entityParameterList ] ")" .
 void Parser::simpleRecord(ExpEntity*& entity, bool inComplex, std::string& name) {
-  keyword(name);
+  const bool isUserDefined = keyword(name);
   if (!skipHeader_) entity = Create(name);
+  if (keepsEverything_ && !skipHeader_) KeepRecord(entity, name, isUserDefined);
   bool ok = true;
+  int reached = -1;
   try {
     Expect(Token::LeftParenthesis);
-    if (StartOf(kStartsParameter)) entityParameterList(entity, inComplex, ok);
+    if (StartOf(kStartsParameter)) entityParameterList(entity, inComplex, ok, reached);
     Expect(Token::RightParenthesis);
   } catch (...) {  // an attribute rejects its value: the rest of the record is given up
     levels_.clear();
+  }
+  if (keepsEverything_ && entity != nullptr) {
+    if (reached < 0) reached = inComplex ? entity->GetExternalMappingStartIndex() : 0;
+    for (const int end = entity->GetNofExplicitMembers(); reached < end; ++reached) {
+      ExpAttribute* missing = entity->GetMember(reached);
+      if (missing != nullptr && !missing->IsOmitted()) missing->SetNotProvided(true);
+    }
   }
   if (!ok && entity != nullptr) {
     Note(currentNumber_, entity->GetExpClassName() + " ... reading param list failed\n");
@@ -421,26 +443,36 @@ void Parser::subSuperSimpleRecordList(ExpExternalMappingEntity* complex) {
   do {
     ExpEntity* part = nullptr;
     simpleRecord(part, true, partName_);
-    if (complex != nullptr) complex->AddEntity(part);
+    if (complex == nullptr) continue;
+    if (keepsEverything_ && part != nullptr && complex->GetEntityByName(part->GetExpClassName()) != nullptr) {
+      Warn("there is a second record " + partName_ + " in #" + std::to_string(currentNumber_) + ", which is not kept");
+    }
+    complex->AddEntity(part);
   } while (StartsRecord());
 }
 
 // keyword             = userDefinedKeyword | standardKeyword .
 // userDefinedKeyword  = "!" standardKeyword .
 // standardKeyword     = IDENT .
-void Parser::keyword(std::string& name) {
+//
+// Gives the name without "!", and whether there is one.
+bool Parser::keyword(std::string& name) {
   name.clear();
   if (!StartsRecord()) {
     SynErr(kInvalidKeyword);
-    return;
+    return false;
   }
-  if (la_->kind == Token::Exclamation) Get();
+  const bool isUserDefined = la_->kind == Token::Exclamation;
+  if (isUserDefined) Get();
   if (la_->kind == Token::Ident) name.assign(la_->text, la_->length);
   Expect(Token::Ident);
+  return isUserDefined;
 }
 
 // entityParameterList = parameterArg { "," parameterArg } .
-void Parser::entityParameterList(ExpEntity* entity, bool inComplex, bool& ok) {
+//
+// `reached` becomes the position behind the last parameter.
+void Parser::entityParameterList(ExpEntity* entity, bool inComplex, bool& ok, int& reached) {
   int index = 0;
   int end = 0;
   ok = true;
@@ -449,15 +481,21 @@ void Parser::entityParameterList(ExpEntity* entity, bool inComplex, bool& ok) {
     end = entity->GetNofExplicitMembers();
   }
   for (bool more = true; more;) {
-    ExpAttribute* target = nullptr;
-    if (entity != nullptr) {
-      if (index < end) {
-        target = entity->GetMember(index++);
-      } else {
-        ok = false;
+    if (keepsEverything_ && entity != nullptr) {
+      reached = index;
+      KeepParameter(*entity, index, end);
+      reached = ++index;
+    } else {
+      ExpAttribute* target = nullptr;
+      if (entity != nullptr) {
+        if (index < end) {
+          target = entity->GetMember(index++);
+        } else {
+          ok = false;
+        }
       }
+      parameter(Family::Arg, target);
     }
-    parameter(Family::Arg, target);
     more = la_->kind == Token::Comma;
     if (more) Get();
   }
@@ -484,7 +522,11 @@ void Parser::parameter(Family family, ExpAttribute* target) {
       untypedParameter(family, target);
     } else if (la_->kind == Token::Asterisk) {
       Get();
-      if (family == Family::Arg && target != nullptr) target->SetOmitted(true);
+      if (keepsEverything_ && (family == Family::ExpAggr || IsInTypedParameter())) {
+        KeepToken(family, target, "*");
+      } else if (family == Family::Arg && target != nullptr) {
+        target->SetOmitted(true);
+      }
     } else {
       SynErr(kInvalidParameter + 2 * static_cast<int>(family));
     }
@@ -503,7 +545,7 @@ void Parser::parameter(Family family, ExpAttribute* target) {
 }
 
 void Parser::beginTypedParameter(Family family, ExpAttribute* target) {
-  keyword(text_);
+  if (keyword(text_) && keepsEverything_) text_.insert(0, 1, '!');
   Level level{false, family, target, nullptr};
   if (family == Family::ExpAggr) {
     level.family = Family::ExpAggrSelect;
@@ -528,8 +570,19 @@ void Parser::beginList(Family family, ExpAttribute* target) {
       break;
     case Family::ExpAggrSelect:
     case Family::Value:
-      levels_.push_back({true, Family::Value, nullptr, nullptr});
+      if (keepsEverything_) {
+        levels_.push_back({true, Family::ExpAggr, target, nullptr});
+      } else {
+        levels_.push_back({true, Family::Value, nullptr, nullptr});
+      }
       break;
+  }
+  // A select has an aggregate from its first element on, so one without elements is given one for a moment.
+  if (keepsEverything_ && family != Family::ExpAggr && target != nullptr && !StartOf(kStartsParameter)) {
+    if (auto* select = dynamic_cast<ExpSelect*>(target)) {
+      AddElement<KeptToken>(select, "$");
+      if (auto* list = dynamic_cast<ExpAggregation*>(select->GetExpSelectValue())) list->RemoveAllValues();
+    }
   }
 }
 
@@ -554,6 +607,10 @@ void Parser::untypedParameter(Family family, ExpAttribute* target) {
   const char* const end = begin + t_->length;
   switch (t_->kind) {
     case Token::Integer: {
+      if (keepsEverything_ && !FitsInteger(begin, end)) {
+        KeepToken(family, target, std::string(begin, end));
+        break;
+      }
       const int value = IntegerOf(begin, end);
       isElement ? (void)AddElement<ExpInteger>(target, value) : target->SetExpInteger(value);
       break;
@@ -575,9 +632,14 @@ void Parser::untypedParameter(Family family, ExpAttribute* target) {
       break;
     }
     case Token::Dollar:
-      if (!isElement) target->SetNotProvided(true);
+      if (keepsEverything_ && (isElement || IsInTypedParameter())) {
+        KeepToken(family, target, "$");
+      } else if (!isElement) {
+        target->SetNotProvided(true);
+      }
       break;
     default:  // a BINARY is passed over
+      if (keepsEverything_) KeepToken(family, target, std::string(begin, end));
       break;
   }
 }
@@ -589,7 +651,80 @@ void Parser::enumeration(Family family, ExpAttribute* target) {
   const bool isNamed = la_->kind == Token::Ident;
   Expect(Token::Ident);
   Expect(Token::Point);
-  if (isNamed && family == Family::Arg && target != nullptr) target->SetExpEnumeration(text_);
+  if (!isNamed || target == nullptr) return;
+  if (family == Family::Arg || (keepsEverything_ && family == Family::ExpAggrSelect)) {
+    target->SetExpEnumeration(text_);
+  } else if (keepsEverything_ && family == Family::ExpAggr) {
+    auto item = std::make_unique<ExpEnumeration>();
+    item->SetExpEnumeration(text_);
+    AddOwned(*target, std::move(item));
+  }
+}
+
+// ---------------------------------------------------------------------------------------- Parser: keeping everything
+
+// An entity for a record that the provider has none for, and a note of the "!" that another one does not know of.
+void Parser::KeepRecord(ExpEntity*& entity, const std::string& name, bool isUserDefined) {
+  if (entity != nullptr) {
+    if (isUserDefined) KeptRecord::Of(*entity).isUserDefined = true;
+  } else if (!name.empty()) {
+    entity = UnknownEntity::Create(isUserDefined ? '!' + name : name, static_cast<int>(provider_->GetAdminId()));
+  }
+}
+
+// Reads a parameter into the attribute at the position or, where that cannot take it or there is none, beside it.
+void Parser::KeepParameter(ExpEntity& entity, int index, int end) {
+  if (auto* unknown = dynamic_cast<UnknownEntity*>(&entity)) {
+    parameter(Family::Arg, unknown->AddParameter());
+    return;
+  }
+  ExpAttribute* own = index < end ? entity.GetMember(index) : nullptr;
+  if (own != nullptr && Takes(*own)) {
+    try {
+      parameter(Family::Arg, own);
+      return;
+    } catch (...) {
+      // An item that the type of the enumeration does not have; it has been read.
+      if (!levels_.empty() || t_->kind != Token::Point) throw;
+      KeptRecord::Of(entity).At(index).SetExpEnumeration(text_);
+    }
+  } else {
+    parameter(Family::Arg, &KeptRecord::Of(entity).At(index));
+  }
+  if (own != nullptr) own->SetNotProvided(true);
+}
+
+// Whether the attribute is of the kind that the parameter which follows is of. Nobody knows about classes of applications.
+bool Parser::Takes(ExpAttribute& attribute) const {
+  const int kind = la_->kind;
+  if (kind == Token::Dollar || kind == Token::Asterisk || dynamic_cast<ExpSelect*>(&attribute) != nullptr) return true;
+  if (kind == Token::Binary || dynamic_cast<ExpSchemaBinary*>(&attribute) != nullptr) return false;
+  const bool isInteger = kind == Token::Integer;
+  if (dynamic_cast<ExpReal*>(&attribute) != nullptr) return kind == Token::Real || isInteger;
+  if (dynamic_cast<ExpInteger*>(&attribute) != nullptr) {
+    return isInteger && FitsInteger(la_->text, la_->text + la_->length);
+  }
+  if (dynamic_cast<ExpString*>(&attribute) != nullptr) return kind == Token::String;
+  if (dynamic_cast<ExpLink*>(&attribute) != nullptr) return kind == Token::EntityInstanceName;
+  if (dynamic_cast<ExpEnumeration*>(&attribute) != nullptr) return kind == Token::Point;
+  if (dynamic_cast<ExpAggregation*>(&attribute) != nullptr) return kind == Token::LeftParenthesis;
+  return true;
+}
+
+// Puts a value for which there is no setter where it belongs. An attribute that takes none passes it over.
+void Parser::KeepToken(Family family, ExpAttribute* target, std::string text) const {
+  if (target == nullptr) return;
+  if (family == Family::ExpAggr) {
+    AddElement<KeptToken>(target, std::move(text));
+  } else if (auto* select = dynamic_cast<ExpSelect*>(target)) {
+    KeptToken::SelectIn(*select, std::make_unique<KeptToken>(std::move(text)));
+  } else if (dynamic_cast<ExpReal*>(target) != nullptr) {  // an INTEGER
+    target->SetExpReal(RealOf(text.data(), text.data() + text.size()));
+  }
+}
+
+void Parser::Warn(const std::string& text) {
+  errors_->Warning(la_->line, la_->col, std::wstring(text.begin(), text.end()).c_str());
 }
 
 bool Parser::StartsRecord() const { return la_->kind == Token::Ident || la_->kind == Token::Exclamation; }

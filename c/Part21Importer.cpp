@@ -2,6 +2,8 @@
 
 #include <limits>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <stdexcept>
 
 #include "ExpFile.h"
@@ -10,14 +12,47 @@
 
 namespace VELMAR {
 
+namespace {
+
+// The importers that keep everything: beside the objects, whose size is compiled into programs. Never deleted, for there may be
+// importers that live as long as the process.
+struct KeepingImporters {
+  std::mutex mutex;
+  std::set<const Part21Importer*> importers;  // guarded
+
+  static KeepingImporters& Instance() {
+    static auto* const instance = new KeepingImporters;
+    return *instance;
+  }
+};
+
+}  // namespace
+
 Part21Importer::Part21Importer() : parser_(nullptr) {}
-Part21Importer::~Part21Importer() = default;
+Part21Importer::~Part21Importer() { Part21Importer::KeepEverything(false); }
+
+void Part21Importer::KeepEverything(bool keep) {
+  KeepingImporters& keeping = KeepingImporters::Instance();
+  const std::lock_guard<std::mutex> lock(keeping.mutex);
+  if (keep) {
+    keeping.importers.insert(this);
+  } else {
+    keeping.importers.erase(this);
+  }
+}
+
+bool Part21Importer::KeepsEverything() const {
+  KeepingImporters& keeping = KeepingImporters::Instance();
+  const std::lock_guard<std::mutex> lock(keeping.mutex);
+  return keeping.importers.count(this) != 0;
+}
 
 void Part21Importer::Import(Scanner& scanner, ExpAbstractObjectProvider* provider, int offset, bool skipHeader) {
   Parser parser(&scanner);
   parser.SetProvider(provider);
   parser.SetInstanceNumberOffset(offset);
   parser.SetSkipHeader(skipHeader);
+  parser.KeepEverything(KeepsEverything());
   parser_ = &parser;
   try {
     parser.Parse();

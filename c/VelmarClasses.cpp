@@ -18,6 +18,7 @@
 #include "ExpRuntimeRegistry.h"
 #include "ExpSchemaLibrary.h"
 #include "ExpUtilities.h"
+#include "KeptValues.h"
 #include "SmallObjectPool.h"
 #include "StepStrings.h"
 #include "ValueText.h"
@@ -93,7 +94,11 @@ void ExpReal::Accept(ExpAttributeVisitor* visitor) { visitor->VisitExpReal(this)
 
 std::string ExpReal::ToString() {
   std::string text;
-  if (!IsOmitted() && !IsNotProvided()) ValueText::AppendReal(text, value_);
+  if (!IsOmitted() && !IsNotProvided()) {
+    ValueText::AppendReal(text, value_);
+  } else if (CompleteWriting::IsOn()) {
+    ValueText::AppendMarker(text, *this);
+  }
   return text;
 }
 
@@ -151,8 +156,7 @@ void ExpLink::Accept(ExpAttributeVisitor* visitor) { visitor->VisitExpLink(this)
 std::string ExpLink::ToString() {
   std::string text;
   if (ValueText::AppendMarker(text, *this)) return text;
-  text += '#';
-  ValueText::AppendInteger(text, number_);
+  ValueText::AppendReference(text, number_);
   return text;
 }
 
@@ -227,6 +231,7 @@ void ExpEnumeration::Accept(ExpAttributeVisitor* visitor) { visitor->VisitExpEnu
 std::string ExpEnumeration::ToString() {
   std::string text;
   if (ValueText::AppendMarker(text, *this)) return text;
+  if (name_.empty() && CompleteWriting::IsOn()) return "$";
   text += '.';
   text += name_;
   text += '.';
@@ -282,14 +287,14 @@ ExpSelect::ExpSelect() noexcept
 
 ExpSelect::~ExpSelect() { delete value_; }
 
-// Replaces the selected value; `value` may be the one that is selected already.
+// Replaces the selected value; `value` may be the one that is selected already. Null for a kind that has no flag.
 void ExpSelect::Select(ExpAttribute* value, bool ExpSelect::*kind) {
   if (value != value_) {
     delete value_;
     value_ = value;
   }
   isReal_ = isInteger_ = isString_ = isLink_ = isAggregation_ = isEnumeration_ = false;
-  this->*kind = true;
+  if (kind != nullptr) this->*kind = true;
 }
 
 void ExpSelect::SetExpReal(double value) { Select(new ExpReal(value), &ExpSelect::isReal_); }
@@ -375,6 +380,23 @@ bool ValueText::AppendMarker(std::string& out, const ExpAttribute& value) {
   return true;
 }
 
+namespace {
+thread_local bool writesCompletely = false;
+}  // namespace
+
+CompleteWriting::CompleteWriting(bool on) : before_(writesCompletely) { writesCompletely = before_ || on; }
+CompleteWriting::~CompleteWriting() { writesCompletely = before_; }
+bool CompleteWriting::IsOn() { return writesCompletely; }
+
+void ValueText::AppendReference(std::string& out, int number) {
+  if (number == -1 && CompleteWriting::IsOn()) {
+    out += '$';
+    return;
+  }
+  out += '#';
+  AppendInteger(out, number);
+}
+
 void ValueText::AppendInteger(std::string& out, int value) {
   char digits[12];
   out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
@@ -382,12 +404,18 @@ void ValueText::AppendInteger(std::string& out, int value) {
 
 // The fifteen significant digits of the printf format "%#.15g", the zeros at the mantissa's end taken away. Any double
 // that has a decimal form of at most fifteen digits has that form as its shortest one, too, which is quicker to find.
+// Complete writing takes the shortest one always, which has up to seventeen digits, and for infinities a number out of range.
 void ValueText::AppendReal(std::string& out, double value) {
+  const bool isExact = CompleteWriting::IsOn();
   if (value == 0.0) {
-    out += "0.";
+    out += isExact && std::signbit(value) ? "-0." : "0.";
     return;
   }
   if (!std::isfinite(value)) {
+    if (isExact) {
+      out += std::isnan(value) ? "$" : std::signbit(value) ? "-1.E+400" : "1.E+400";
+      return;
+    }
     out += std::signbit(value) ? "-" : "";
     out += std::isnan(value) ? "nan" : "inf";
     return;
@@ -397,12 +425,12 @@ void ValueText::AppendReal(std::string& out, double value) {
   char* end = text;
   int exponent = 0;
   int digits = kDigits + 1;
-  if (std::fabs(value) >= std::numeric_limits<double>::min()) {
+  if (isExact || std::fabs(value) >= std::numeric_limits<double>::min()) {
     end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific).ptr;
     digits = static_cast<int>(std::find(text, end, 'e') - text) - (value < 0) - 1;
     if (digits == 0) digits = 1;  // no point
   }
-  if (digits > kDigits) {
+  if (digits > kDigits && !isExact) {
     end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, kDigits - 1).ptr;
   }
   // Now "d", "d.ddd" and an exponent of at least two digits, with a sign in front where negative.
@@ -414,7 +442,7 @@ void ValueText::AppendReal(std::string& out, double value) {
     out += '-';
     ++first;
   }
-  char mantissa[kDigits];
+  char mantissa[std::numeric_limits<double>::max_digits10];
   int length = 0;
   for (const char* c = first; c != e; ++c) {
     if (*c != '.') mantissa[length++] = *c;
@@ -469,11 +497,13 @@ void ValueText::AppendAs(const std::type_info& valueType, std::string& out, ExpA
       nextType = nullptr;
       if (Is<ExpReal>(type)) {
         auto* real = static_cast<ExpReal*>(value);
-        if (!real->omitted_ && !real->notProvided_) AppendReal(out, real->value_);
+        if (!real->omitted_ && !real->notProvided_) {
+          AppendReal(out, real->value_);
+        } else if (CompleteWriting::IsOn()) {
+          AppendMarker(out, *value);
+        }
       } else if (Is<ExpLink>(type)) {
-        if (AppendMarker(out, *value)) break;
-        out += '#';
-        AppendInteger(out, static_cast<ExpLink*>(value)->number_);
+        if (!AppendMarker(out, *value)) AppendReference(out, static_cast<ExpLink*>(value)->number_);
       } else if (Is<ExpString>(type)) {
         if (AppendMarker(out, *value)) break;
         out += '\'';
@@ -488,6 +518,10 @@ void ValueText::AppendAs(const std::type_info& valueType, std::string& out, ExpA
       } else if (Is<ExpSelect>(type)) {
         if (AppendMarker(out, *value)) break;
         auto* select = static_cast<ExpSelect*>(value);
+        if (select->value_ == nullptr && CompleteWriting::IsOn()) {
+          out += '$';
+          break;
+        }
         for (const std::string& name : select->typeNames_) {
           out += name;
           out += '(';
@@ -528,9 +562,17 @@ void ValueText::AppendAs(const std::type_info& valueType, std::string& out, ExpA
 }
 
 void ValueText::AppendMembers(std::string& out, ExpEntity& entity, int begin, int end) {
+  KeptRecord* kept = KeptRecord::Find(entity);
   for (int index = begin; index < end; ++index) {
     if (index != begin) out += ", ";
-    Append(out, entity.GetMember(index));
+    ExpAttribute* value = entity.GetMember(index);
+    Append(out, kept == nullptr ? value : kept->InPlaceOf(value, index));
+  }
+  if (kept == nullptr) return;
+  const auto [first, last] = kept->From(end);
+  for (auto value = first; value != last; ++value) {
+    if (begin != end || value != first) out += ", ";
+    Append(out, &value->second);
   }
 }
 
@@ -540,10 +582,19 @@ std::size_t ExpEntity::instanceCount = 0;
 
 ExpEntity::ExpEntity() noexcept : runtimeType_(nullptr), number_(-1), reserved_(nullptr) { ++instanceCount; }
 ExpEntity::ExpEntity(const ExpEntity& other)
-    : runtimeType_(other.runtimeType_), number_(other.number_), text_(other.text_), reserved_(other.reserved_) {
+    : runtimeType_(other.runtimeType_), number_(other.number_), text_(other.text_), reserved_(nullptr) {
   ++instanceCount;
 }
-ExpEntity::~ExpEntity() { --instanceCount; }
+ExpEntity& ExpEntity::operator=(const ExpEntity& other) {
+  runtimeType_ = other.runtimeType_;
+  number_ = other.number_;
+  text_ = other.text_;
+  return *this;
+}
+ExpEntity::~ExpEntity() {
+  --instanceCount;
+  delete KeptRecord::Find(*this);
+}
 
 void* ExpEntity::operator new(std::size_t size) { return SmallObjectPool::Allocate(size); }
 void ExpEntity::operator delete(void* memory, std::size_t size) noexcept { SmallObjectPool::Free(memory, size); }
@@ -577,6 +628,11 @@ void AppendInstanceName(std::string& out, int number) {
   out += " = ";
 }
 
+void AppendUserDefinedMark(std::string& out, const ExpEntity& entity) {
+  const KeptRecord* kept = KeptRecord::Find(entity);
+  if (kept != nullptr && kept->isUserDefined) out += '!';
+}
+
 }  // namespace
 
 std::string ExpEntity::ToString() {
@@ -584,6 +640,7 @@ std::string ExpEntity::ToString() {
   std::string text;
   text.reserve(kUsualLength);
   AppendInstanceName(text, GetEntityNumber());
+  AppendUserDefinedMark(text, *this);
   text += ToUpperString(GetExpClassName());
   text += '(';
   ValueText::AppendMembers(text, *this, 0, GetNofExplicitMembers());
@@ -688,6 +745,7 @@ std::unique_ptr<ExpAttribute> CopyOfElement(ExpAttribute* source) {
   if (auto* link = As<ExpLink>(source)) return std::make_unique<ExpLink>(link->GetExpLink());
   if (auto* integer = As<ExpInteger>(source)) return std::make_unique<ExpInteger>(integer->GetExpInteger());
   if (auto* string = As<ExpString>(source)) return std::make_unique<ExpString>(string->GetExpString());
+  if (auto* token = dynamic_cast<KeptToken*>(source)) return token->Copy();
   return nullptr;
 }
 
@@ -774,6 +832,7 @@ std::string ExpExternalMappingEntity::ToString() {
   text += "(\n";
   for (const auto& [name, part] : partsByName_) {
     text += "   ";
+    AppendUserDefinedMark(text, *part);
     text += part->GetExpClassName();
     text += " (";
     ValueText::AppendMembers(text, *part, part->GetExternalMappingStartIndex(), part->GetNofExplicitMembers());

@@ -94,6 +94,22 @@ class VELMAR_API ExpFile : public ExpAbstractObjectProvider {
   /// As above. An exception while it is read empties the file.
   void Append(std::istream& is);
 
+  /// Whether reading keeps all that a file has, and writing writes all of it. Initially not: then what docs/limits.md
+  /// lists is dropped. Concerns what is read and written from now on; what has been kept stays.
+  ///
+  /// Kept are: BINARY values; `$`, `*` and enumeration items in aggregates; whatever stands in typed parameters, the empty list
+  /// too; integers beyond 32 bits; parameters that their attribute does not take, or beyond the last attribute
+  /// (GetKeptValue gives those); records of types that CreateEntity does not know, also in complex instances and in the
+  /// header; the `!` of user-defined types. Attributes without a parameter are not provided. Writing gives real
+  /// numbers the digits that they need to be read as the same number, and writes `$` where a value has no Part 21 form.
+  /// (ISO 10303-21, exchange structure.) What cannot be kept, a second instance with a number for instance, is logged.
+  ///
+  /// Elements of the kinds that the default drops are values that ExpAttributeVisitor has no operation for, except for
+  /// enumerations; they are written by ToString. An instance of an unknown type is an entity with a select for each
+  /// parameter and the positions "1", "2" ... as names; its type is in no registry, so GetEntities does not find it.
+  void KeepEverything(bool keep);
+  bool KeepsEverything() const;
+
   void WriteEncodingStart(std::ostream& os);
   /// Writes the HEADER section. Empty values of its entities are filled with defaults, which stay.
   void WriteHeaderSection(std::ostream& os);

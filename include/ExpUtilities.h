@@ -38,6 +38,7 @@ class ExpAbstractObjectAdmin;
 class ExpAggregation;
 class ExpAttribute;
 class ExpEntity;
+class ExpSelect;
 
 // -----------------------------------------------------------------------------------------------------------
 // Text utilities
@@ -159,6 +160,13 @@ extern VELMAR_API const unsigned int page16[256];
 /// Returns how many values it has marked. Attributes that a file left out, or that an application has not set, are
 /// such values; without a mark `#-1` and `..` would be written, which nothing can read, and a select would throw.
 VELMAR_API int MarkUnsetValues(ExpEntity& entity);
+
+/// What ExpFile::KeepEverything has kept of the parameter at a position (from 0) beside the entity's attribute, which could not take
+/// it and is not provided; or behind the last attribute. Null where there is nothing. Belongs to the entity.
+///
+/// It is written in the attribute's place until the attribute is provided. A parameter of a type that the attribute
+/// does not have, a binary or an item that an enumeration lacks, is kept so (ISO 10303-21, parameters).
+VELMAR_API ExpSelect* GetKeptValue(ExpEntity& entity, int index);
 
 /// Gives the memory of deleted values and entities back, so that it can be used for anything.
 ///

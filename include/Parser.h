@@ -48,6 +48,9 @@ class VELMAR_API Parser {
   /// Whether header records are read without creating entities and without choosing the schema.
   void SetSkipHeader(bool skipHeader) { skipHeader_ = skipHeader; }
 
+  /// Whether nothing of the file is dropped, see ExpFile::KeepEverything.
+  void KeepEverything(bool keep) { keepsEverything_ = keep; }
+
   /// Reads the file. Throws std::bad_array_new_length for a header section without any record, and lets the errors of
   /// the provider's AddEntity through.
   void Parse();
@@ -92,8 +95,8 @@ class VELMAR_API Parser {
   void simpleRecord(ExpEntity*& entity, bool inComplex, std::string& name);
   void subSuperRecord(ExpEntity*& entity, std::string& name);
   void subSuperSimpleRecordList(ExpExternalMappingEntity* complex);
-  void keyword(std::string& name);
-  void entityParameterList(ExpEntity* entity, bool inComplex, bool& ok);
+  bool keyword(std::string& name);
+  void entityParameterList(ExpEntity* entity, bool inComplex, bool& ok, int& reached);
   void parameter(Family family, ExpAttribute* target);
   void beginTypedParameter(Family family, ExpAttribute* target);
   void beginList(Family family, ExpAttribute* target);
@@ -107,6 +110,14 @@ class VELMAR_API Parser {
   ExpEntity* Create(const std::string& typeName);
   void Note(int number, const std::string& text);
 
+  // What is done only where everything is kept.
+  void KeepRecord(ExpEntity*& entity, const std::string& name, bool isUserDefined);
+  void KeepParameter(ExpEntity& entity, int index, int end);
+  bool Takes(ExpAttribute& attribute) const;
+  void KeepToken(Family family, ExpAttribute* target, std::string text) const;
+  bool IsInTypedParameter() const { return !levels_.empty() && !levels_.back().isList; }
+  void Warn(const std::string& text);
+
   Scanner* scanner_;
   Errors* errors_;
   int errDist_;
@@ -116,6 +127,7 @@ class VELMAR_API Parser {
   std::string notes_;
   ExpAbstractObjectProvider* provider_;
   bool skipHeader_;
+  bool keepsEverything_;
   int offset_;
   int currentNumber_;
   std::string headerText_;

@@ -42,6 +42,11 @@ class VELMAR_API Part21Importer {
   /// A new ExpFile, owned by the caller, that has read the file.
   virtual ExpFile* ImportFromFile(std::string fileName);
 
+  /// Whether what is read is kept whole, see ExpFile::KeepEverything. Initially not. Any provider whose instances go with
+  /// ExpRuntimeRegistry::DeleteAllInstances may be given; to write with all digits is up to it.
+  void KeepEverything(bool keep);
+  bool KeepsEverything() const;
+
  private:
   void Import(Scanner& scanner, ExpAbstractObjectProvider* provider, int offset, bool skipHeader);
 

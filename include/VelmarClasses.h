@@ -19,6 +19,8 @@ class ExpAbstractObjectAdmin;
 class ExpEntity;
 class ExpEntityRuntimeType;
 class ExpEntityVisitor;
+class KeptRecord;  // what reading keeps of a record beside the attributes
+class KeptToken;   // a value that is kept as its token
 class ValueText;  // the library's printer of values
 enum Schema : int;
 
@@ -313,6 +315,7 @@ class VELMAR_API ExpSelect : public ExpAttribute {
   bool CheckType(const std::string& typeName, ExpAbstractObjectAdmin* admin);
 
  private:
+  friend class KeptToken;
   friend class ValueText;
   void Select(ExpAttribute* value, bool ExpSelect::*kind);
   void Require(bool kind, const char* message) const;
@@ -380,18 +383,20 @@ class VELMAR_API ExpEntity {
   virtual void Accept(ExpEntityVisitor* visitor);
 
  protected:
+  /// What ExpFile::KeepEverything keeps beside the attributes is not copied.
   ExpEntity(const ExpEntity& other);
-  ExpEntity& operator=(const ExpEntity&) = default;
+  ExpEntity& operator=(const ExpEntity& other);
 
   /// The description of the type; null before ExpEntityRuntimeType::CreateInstance has set it.
   ExpEntityRuntimeType* GetRuntimeType() const { return runtimeType_; }
 
  private:
   friend class ExpEntityRuntimeType;
+  friend class KeptRecord;
   ExpEntityRuntimeType* runtimeType_;
   int number_;
   std::string text_;
-  void* reserved_;
+  void* reserved_;  // the KeptRecord, owned; null mostly
 };
 
 /// Ascending instance numbers, nulls last: the order in which entity lists are sorted.
