@@ -44,8 +44,8 @@ inline std::string TextOfTokens(const Tokens& tokens) {
   return text;
 }
 
-/// The records of a text: those of the HEADER section in their order, and those of the DATA section by number. The
-/// records of a complex instance are sorted.
+/// The records of a text: those of the HEADER section in their order, and those of the DATA section by number, those in
+/// scopes among the others. The records of a complex instance are sorted.
 struct FileTokens {
   std::vector<Tokens> header;
   std::map<std::string, Tokens> instances;
@@ -55,6 +55,7 @@ inline FileTokens TokensOf(const std::string& text) {
   Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
   FileTokens file;
   Tokens tokens;
+  std::vector<FileToken> scopes;  // the names of the instances whose scopes are open
   bool isData = false;
   for (Token* token = scanner.Scan(); token->kind != Token::EoF; token = scanner.Scan()) {
     FileToken next;
@@ -69,6 +70,14 @@ inline FileTokens TokensOf(const std::string& text) {
     }
     if (token->kind == Token::Integer || token->kind == Token::Real) next.number = std::strtod(next.text.c_str(), nullptr);
     if (token->kind == Token::String) next.text = ConvertSTEPStringToUtf8(next.text.substr(1, next.text.size() - 2));
+    if (token->kind == Token::EntityInstanceName) {
+      next.text.erase(1, std::min(next.text.find_first_not_of('0', 1), next.text.size() - 1) - 1);
+    }
+    if (token->kind == Token::Scope && !tokens.empty()) {
+      scopes.push_back(tokens.front());
+      tokens.clear();
+      continue;
+    }
     if (token->kind == Token::Header || token->kind == Token::Data) {
       isData = token->kind == Token::Data;
       tokens.clear();
@@ -77,6 +86,18 @@ inline FileTokens TokensOf(const std::string& text) {
     if (token->kind != Token::Semicolon) {
       tokens.push_back(next);
       continue;
+    }
+    if (!scopes.empty() && !tokens.empty() && tokens.front().kind == Token::EndScope) {
+      auto end = tokens.begin() + 1;
+      if (end != tokens.end() && end->kind == Token::Slash) {
+        while (++end != tokens.end() && end->kind != Token::Slash) continue;
+        if (end != tokens.end()) ++end;
+      }
+      FileToken equals;
+      equals.kind = Token::Equals;
+      tokens.erase(tokens.begin(), end);
+      tokens.insert(tokens.begin(), {scopes.back(), equals});
+      scopes.pop_back();
     }
     if (!isData) {
       file.header.push_back(tokens);

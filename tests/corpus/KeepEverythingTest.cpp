@@ -1,0 +1,87 @@
+// Real exchange files that are read with everything kept: what is written has the same tokens.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "../c/CapturedLog.h"
+#include "../c/FileTokens.h"
+#include "BundledSchemas.h"
+#include "CorpusFiles.h"
+#include "ExpFile.h"
+
+namespace {
+
+using namespace VELMAR;
+using namespace VELMAR::TestData;
+
+const bool kLoaded = (LoadBundledSchemas(), true);
+
+// What is not written as it was read, by file: the instances, and why.
+const std::map<std::string, std::map<std::string, std::string>> kNotTheSame = {
+    {"bad/bad_X_escape.stp",
+     {{"#8997", "parameters are missing, and written as $"},
+      {"#8998", "parameters are missing, and written as $"},
+      {"#8999", "parameters are missing, and written as $"}}},
+};
+
+// Files that are given up.
+const std::map<std::string, std::string> kGivenUp = {
+    {"syntax/forward_refs_sparse_ids.stp", "there is a number beyond those that a store can have"},
+};
+
+// The records behind those that every file has.
+std::vector<std::string> FurtherRecords(const FileTokens& file) {
+  std::vector<std::string> records;
+  for (const Tokens& record : file.header) {
+    const std::string& name = record.empty() ? std::string() : record.front().text;
+    if (name == "FILE_DESCRIPTION" || name == "FILE_NAME" || name == "FILE_SCHEMA" || name == "ENDSEC") continue;
+    records.push_back(TextOfTokens(record));
+  }
+  return records;
+}
+
+class KeptFile : public CorpusFile {};
+
+TEST_P(KeptFile, IsWrittenWithTheTokensThatItHas) {
+  ExpFile file;
+  file.KeepEverything(true);
+  CapturedLog log;
+  std::istringstream in(bytes_);
+  file.Read(in);
+  if (const auto why = kGivenUp.find(GetParam()); why != kGivenUp.end()) {
+    EXPECT_THAT(log.text, testing::HasSubstr("Error while reading from filestream")) << why->second;
+    EXPECT_EQ(file.GetMaxEntityNumber(), 0);
+    return;
+  }
+  if (log.text.find("-- line") != std::string::npos) GTEST_SKIP() << "has syntax errors:\n" << log.text;
+  std::ostringstream out;
+  file.Write(out);
+
+  const FileTokens before = TokensOf(bytes_);
+  const FileTokens after = TokensOf(out.str());
+  EXPECT_EQ(FurtherRecords(after), FurtherRecords(before));
+  EXPECT_FALSE(before.instances.empty());
+  EXPECT_EQ(after.instances.size(), before.instances.size());
+  const auto known = kNotTheSame.find(GetParam());
+  std::map<std::string, std::string> expected;
+  if (known != kNotTheSame.end()) expected = known->second;
+  std::size_t shown = 0;
+  for (const auto& [number, tokens] : before.instances) {
+    const auto found = after.instances.find(number);
+    const bool isSame = found != after.instances.end() && found->second == tokens;
+    if (isSame == (expected.count(number) == 0)) continue;
+    ADD_FAILURE() << (isSame ? "is the same: " : "is not the same: ") << number << '\n'
+                  << TextOfTokens(tokens) << '\n'
+                  << (found == after.instances.end() ? "(gone)" : TextOfTokens(found->second));
+    if (++shown == 5) break;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, KeptFile, testing::ValuesIn(FilesOf({""})), NameOf);
+
+}  // namespace
