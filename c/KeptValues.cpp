@@ -81,8 +81,14 @@ ExpAttribute* UnknownEntity::GetMember(const std::string& name) {
 }
 
 ExpSelect* UnknownEntity::AddParameter() {
-  parameters_.push_back(std::make_unique<ExpSelect>());
-  names_.push_back(std::to_string(parameters_.size()));
+  auto parameter = std::make_unique<ExpSelect>();
+  names_.push_back(std::to_string(parameters_.size() + 1));
+  try {
+    parameters_.push_back(std::move(parameter));
+  } catch (...) {
+    names_.pop_back();
+    throw;
+  }
   return parameters_.back().get();
 }
 

@@ -591,6 +591,7 @@ void Parser::endLevel() {
   std::unique_ptr<ExpSelect> made = std::move(levels_.back().made);
   levels_.pop_back();
   if (made == nullptr) return;
+  if (keepsEverything_ && made->GetExpSelectValue() == nullptr) made->SetNotProvided(true);
   AddOwned(*levels_.back().target, std::move(made));
 }
 
@@ -672,15 +673,38 @@ void Parser::KeepRecord(ExpEntity*& entity, const std::string& name, bool isUser
   }
 }
 
+namespace {
+
+// Marks a select that is left without a value, by a syntax error for instance: it could not be written.
+class MarkedIfUnset {
+ public:
+  explicit MarkedIfUnset(ExpAttribute* value) : select_(dynamic_cast<ExpSelect*>(value)) {}
+  ~MarkedIfUnset() {
+    if (select_ != nullptr && select_->GetExpSelectValue() == nullptr && !select_->IsOmitted()) {
+      select_->SetNotProvided(true);
+    }
+  }
+  MarkedIfUnset(const MarkedIfUnset&) = delete;
+  MarkedIfUnset& operator=(const MarkedIfUnset&) = delete;
+
+ private:
+  ExpSelect* const select_;
+};
+
+}  // namespace
+
 // Reads a parameter into the attribute at the position or, where that cannot take it or there is none, beside it.
 void Parser::KeepParameter(ExpEntity& entity, int index, int end) {
   if (auto* unknown = dynamic_cast<UnknownEntity*>(&entity)) {
-    parameter(Family::Arg, unknown->AddParameter());
+    ExpSelect* place = unknown->AddParameter();
+    const MarkedIfUnset marked(place);
+    parameter(Family::Arg, place);
     return;
   }
   ExpAttribute* own = index < end ? entity.GetMember(index) : nullptr;
   if (own != nullptr && Takes(*own)) {
     try {
+      const MarkedIfUnset marked(own);
       parameter(Family::Arg, own);
       return;
     } catch (...) {
@@ -689,7 +713,9 @@ void Parser::KeepParameter(ExpEntity& entity, int index, int end) {
       KeptRecord::Of(entity).At(index).SetExpEnumeration(text_);
     }
   } else {
-    parameter(Family::Arg, &KeptRecord::Of(entity).At(index));
+    ExpSelect* beside = &KeptRecord::Of(entity).At(index);
+    const MarkedIfUnset marked(beside);
+    parameter(Family::Arg, beside);
   }
   if (own != nullptr) own->SetNotProvided(true);
 }

@@ -357,6 +357,8 @@ TEST(KeepEverything, ASyntaxErrorSpoilsNothingOfTheWriting) {
   Read(again, text);
   EXPECT_THAT(log.lines, Each(Not(HasSubstr("-- line")))) << text;
   EXPECT_NE(again.GetEntity(5), nullptr);
+  file.KeepEverything(false);
+  EXPECT_NO_THROW(TextOf(file));
 }
 
 TEST(KeepEverything, WritesValuesWithoutAFormAsNotProvided) {
@@ -395,6 +397,112 @@ TEST(KeepEverything, EveryPowerOfTwoAndItsNeighboursAreReadAsTheSameNumber) {
   auto value = values.begin();
   for (ExpAttribute* element : *again->coordinates.GetExpAggregation()) ASSERT_EQ(element->GetExpReal(), *value++);
 }
+
+// --------------------------------------------------------------------------------------------- random records
+
+// Records of any values, whatever their types want.
+class RandomRecords {
+ public:
+  explicit RandomRecords(unsigned int seed) : random_(seed, true) {}
+
+  std::string Instances(int count) {
+    std::string text;
+    for (int number = 1; number <= count; ++number) text += '#' + std::to_string(number) + '=' + Instance() + ";\n";
+    return text;
+  }
+
+ private:
+  struct Type {
+    const char* name;
+    int attributes;  // those of a simple record
+    int own;         // those of a record of a complex instance
+  };
+
+  std::string Instance() {
+    static const std::vector<Type> kTypes = {{"POINT", 2, 2},         {"NODE", 4, 4}, {"ALL_KINDS", 9, 9},
+                                             {"LIBRARY_KINDS", 3, 3}, {"A", 2, 2},    {"B", 3, 1},
+                                             {"C", 4, 1},             {"EMPTY", 0, 0}, {"BOTTOM", 5, 1},
+                                             {"NO_SUCH_TYPE", 0, 0},  {"!OTHER", 0, 0}, {"!POINT", 2, 2}};
+    if (!random_.OneIn(5)) {
+      const Type& type = random_.OneOf(kTypes);
+      return Record(type.name, type.attributes);
+    }
+    std::string text = "(";
+    for (const Type& type : kTypes) {
+      // Types with `!` may not stand beside those without.
+      if (random_.OneIn(3) && type.name != std::string("!POINT")) text += Record(type.name, type.own);
+    }
+    return text == "(" ? Record("EMPTY", 0) : text + ")";
+  }
+
+  std::string Record(const std::string& name, int attributes) { return name + '(' + Values(attributes, 0) + ')'; }
+
+  // At least so many.
+  std::string Values(int least, int depth) {
+    std::string text;
+    for (int left = least + (random_.OneIn(2) ? random_.Below(4) : 0); left > 0; --left) {
+      text += Value(depth);
+      if (left > 1) text += ',';
+    }
+    return text;
+  }
+
+  std::string Value(int depth) {
+    switch (random_.Below(depth > 4 ? 9 : 12)) {
+      case 0: return std::to_string(random_.Integer());
+      case 1: return std::to_string(static_cast<long>(random_.Integer()) * 4999999);
+      case 2: return std::to_string(random_.Below(1000)) + '.' + std::to_string(random_.Below(1000000000)) +
+                     (random_.OneIn(2) ? "E" + std::to_string(random_.Below(600) - 300) : "");
+      case 3: return '\'' + StepText() + '\'';
+      case 4: return '#' + std::to_string(1 + random_.Below(1000));
+      case 5: return '.' + random_.Name() + '.';
+      case 6: return "$";
+      case 7: return "*";
+      case 8: return '"' + std::to_string(random_.Below(4)) + (random_.OneIn(3) ? "" : "0A9F") + '"';
+      case 9:
+      case 10: return '(' + Values(0, depth + 1) + ')';
+      default: return (random_.OneIn(4) ? "!" : "") + random_.Name() + '(' + Value(depth + 1) + ')';
+    }
+  }
+
+  // Without NUL, at which the text of a Token ends.
+  std::string StepText() {
+    std::string utf8;
+    for (;;) {
+      const std::string text = random_.StepText(utf8);
+      if (text.find('\0') == std::string::npos) return text;
+    }
+  }
+
+  RandomValues random_;
+};
+
+class RandomKeptRecords : public testing::TestWithParam<unsigned int> {};
+
+TEST_P(RandomKeptRecords, HaveTheSameTokensOnceTheyAreWritten) {
+  constexpr int kInstances = 2000;
+  const std::string text = FileOf(RandomRecords(GetParam()).Instances(kInstances));
+  ExpFile file;
+  file.KeepEverything(true);
+  CapturedLog log;
+  Read(file, text);
+  EXPECT_THAT(log.lines, Each(Not(HasSubstr("-- line"))));
+  const std::string written = TextOf(file);
+  const FileTokens before = TokensOf(text);
+  const FileTokens after = TokensOf(written);
+  ASSERT_EQ(before.instances.size(), static_cast<std::size_t>(kInstances));
+  ASSERT_EQ(after.instances.size(), before.instances.size());
+  for (const auto& [number, tokens] : before.instances) {
+    ASSERT_TRUE(after.instances.at(number) == tokens)
+        << number << '\n' << TextOfTokens(tokens) << '\n' << TextOfTokens(after.instances.at(number));
+  }
+  ExpFile again;
+  again.KeepEverything(true);
+  Read(again, written);
+  EXPECT_TRUE(TextOf(again) == written);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomKeptRecords, testing::Range(1u, 9u));
 
 // ------------------------------------------------------------------------------------------------------ hostile input
 
