@@ -294,7 +294,13 @@ void Parser::headerEntityList() {
 void Parser::headerEntity() {
   ExpEntity* entity = nullptr;
   simpleRecord(entity, false, recordName_);
-  if (auto* unknown = dynamic_cast<UnknownEntity*>(entity)) unknown->isInHeader = true;
+  if (auto* unknown = dynamic_cast<UnknownEntity*>(entity)) {
+    unknown->isInHeader = true;
+  } else if (keepsEverything_ && entity != nullptr) {
+    std::list<ExpEntity*> all;
+    provider_->GetEntities(all, recordName_, false);
+    if (all.size() > 1) Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
+  }
   while (!StartOf(kEndsInstance)) {
     SynErr(kNotInHeaderEntity);
     Get();
@@ -340,6 +346,7 @@ void Parser::entityInstanceList() {
     instance.isNamed = entityInstanceName(instance.number);
     Expect(Token::Equals);
     if (la_->kind == Token::Scope) {
+      if (keepsEverything_) Warn(*la_, "the scope of #" + std::to_string(instance.number) + " is not kept; what is in it is");
       Get();
       open.push_back(instance);
       continue;
@@ -359,7 +366,7 @@ void Parser::entityInstanceList() {
 bool Parser::entityInstanceName(int& number) {
   const bool isNamed = la_->kind == Token::EntityInstanceName;
   Expect(Token::EntityInstanceName);
-  if (isNamed) number = Sum(IntegerOf(t_->text + 1, t_->text + t_->length), offset_);
+  if (isNamed) number = NumberOf(*t_);
   return isNamed;
 }
 
@@ -382,7 +389,7 @@ void Parser::entityInstance(bool isNamed, int number) {
   Expect(Token::Semicolon);
   if (entity != nullptr && isNamed) {
     if (keepsEverything_ && provider_->GetEntity(number) != nullptr) {
-      Warn("there is a second #" + std::to_string(number) + ", and the first one is not kept");
+      Warn(*t_, "there is a second #" + std::to_string(number) + ", and the first one is not kept");
     }
     entity->SetEntityNumber(number);
     provider_->AddEntity(number, entity);
@@ -445,7 +452,7 @@ void Parser::subSuperSimpleRecordList(ExpExternalMappingEntity* complex) {
     simpleRecord(part, true, partName_);
     if (complex == nullptr) continue;
     if (keepsEverything_ && part != nullptr && complex->GetEntityByName(part->GetExpClassName()) != nullptr) {
-      Warn("there is a second record " + partName_ + " in #" + std::to_string(currentNumber_) + ", which is not kept");
+      Warn(*t_, "there is a second record " + partName_ + " in #" + std::to_string(currentNumber_) + ", which is not kept");
     }
     complex->AddEntity(part);
   } while (StartsRecord());
@@ -622,7 +629,7 @@ void Parser::untypedParameter(Family family, ExpAttribute* target) {
       break;
     }
     case Token::EntityInstanceName: {
-      const int number = Sum(IntegerOf(begin + 1, end), offset_);
+      const int number = NumberOf(*t_);
       isElement ? (void)AddElement<ExpLink>(target, number) : target->SetExpLink(number);
       break;
     }
@@ -725,11 +732,9 @@ bool Parser::Takes(ExpAttribute& attribute) const {
   const int kind = la_->kind;
   if (kind == Token::Dollar || kind == Token::Asterisk || dynamic_cast<ExpSelect*>(&attribute) != nullptr) return true;
   if (kind == Token::Binary || dynamic_cast<ExpSchemaBinary*>(&attribute) != nullptr) return false;
-  const bool isInteger = kind == Token::Integer;
-  if (dynamic_cast<ExpReal*>(&attribute) != nullptr) return kind == Token::Real || isInteger;
-  if (dynamic_cast<ExpInteger*>(&attribute) != nullptr) {
-    return isInteger && FitsInteger(la_->text, la_->text + la_->length);
-  }
+  if (dynamic_cast<ExpReal*>(&attribute) != nullptr) return kind == Token::Real || kind == Token::Integer;
+  if (kind == Token::Integer && !FitsInteger(la_->text, la_->text + la_->length)) return false;
+  if (dynamic_cast<ExpInteger*>(&attribute) != nullptr) return kind == Token::Integer;
   if (dynamic_cast<ExpString*>(&attribute) != nullptr) return kind == Token::String;
   if (dynamic_cast<ExpLink*>(&attribute) != nullptr) return kind == Token::EntityInstanceName;
   if (dynamic_cast<ExpEnumeration*>(&attribute) != nullptr) return kind == Token::Point;
@@ -737,7 +742,7 @@ bool Parser::Takes(ExpAttribute& attribute) const {
   return true;
 }
 
-// Puts a value for which there is no setter where it belongs. An attribute that takes none passes it over.
+// Puts a value for which there is no setter where it belongs: a BINARY, a long INTEGER, or `$` or `*` that is no parameter.
 void Parser::KeepToken(Family family, ExpAttribute* target, std::string text) const {
   if (target == nullptr) return;
   if (family == Family::ExpAggr) {
@@ -746,11 +751,26 @@ void Parser::KeepToken(Family family, ExpAttribute* target, std::string text) co
     KeptToken::SelectIn(*select, std::make_unique<KeptToken>(std::move(text)));
   } else if (dynamic_cast<ExpReal*>(target) != nullptr) {  // an INTEGER
     target->SetExpReal(RealOf(text.data(), text.data() + text.size()));
+  } else if (text == "$") {
+    target->SetNotProvided(true);
+  } else if (text == "*") {
+    target->SetOmitted(true);
   }
 }
 
-void Parser::Warn(const std::string& text) {
-  errors_->Warning(la_->line, la_->col, std::wstring(text.begin(), text.end()).c_str());
+void Parser::Warn(const Lexeme& at, const std::string& text) {
+  errors_->Warning(at.line, at.col, std::wstring(text.begin(), text.end()).c_str());
+}
+
+// The number of an instance name, raised by the offset.
+int Parser::NumberOf(const Lexeme& name) {
+  const char* const begin = name.text + 1;
+  const char* const end = name.text + name.length;
+  const int number = IntegerOf(begin, end);
+  if (keepsEverything_ && !FitsInteger(begin, end)) {
+    Warn(name, name.Text() + " is too great a number and becomes #" + std::to_string(number) + "; it is not kept");
+  }
+  return Sum(number, offset_);
 }
 
 bool Parser::StartsRecord() const { return la_->kind == Token::Ident || la_->kind == Token::Exclamation; }

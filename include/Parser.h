@@ -105,6 +105,7 @@ class VELMAR_API Parser {
   void enumeration(Family family, ExpAttribute* target);
 
   void ReportFailure();
+  int NumberOf(const Lexeme& name);
   bool StartsRecord() const;
   void SelectSchema();
   ExpEntity* Create(const std::string& typeName);
@@ -116,7 +117,7 @@ class VELMAR_API Parser {
   bool Takes(ExpAttribute& attribute) const;
   void KeepToken(Family family, ExpAttribute* target, std::string text) const;
   bool IsInTypedParameter() const { return !levels_.empty() && !levels_.back().isList; }
-  void Warn(const std::string& text);
+  void Warn(const Lexeme& at, const std::string& text);
 
   Scanner* scanner_;
   Errors* errors_;

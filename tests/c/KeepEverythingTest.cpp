@@ -341,8 +341,12 @@ TEST(KeepEverything, WhatCannotBeKeptIsLogged) {
   ExpFile file;
   file.KeepEverything(true);
   CapturedLog log;
-  Read(file, FileOf("#1=EMPTY();\n#1=POINT('',());\n#2=(A(1,2)A(3,4));"));
-  EXPECT_THAT(log.text, HasSubstr("-- line 10 col 1: there is a second #1, and the first one is not kept\n"));
+  Read(file, FileOf("#1=EMPTY();\n#1=POINT('',());\n#2=(A(1,2)A(3,4));\n"
+                    "#3=&SCOPE #4=EMPTY();ENDSCOPE/#4/EMPTY();\n#5=POINT(#4294967297,());", "FILE_SCHEMA(('X'));\n"));
+  EXPECT_THAT(log.text, HasSubstr("-- line 6 col 18: of two records FILE_SCHEMA in the header, one is not kept\n"));
+  EXPECT_THAT(log.text, HasSubstr("-- line 10 col 16: there is a second #1, and the first one is not kept\n"));
+  EXPECT_THAT(log.text, HasSubstr("-- line 12 col 4: the scope of #3 is not kept; what is in it is\n"));
+  EXPECT_THAT(log.text, HasSubstr("#4294967297 is too great a number and becomes #1; it is not kept\n"));
   EXPECT_THAT(log.text, HasSubstr("there is a second record A in #2, which is not kept\n"));
 }
 

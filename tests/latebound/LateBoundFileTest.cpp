@@ -139,6 +139,16 @@ TEST(LateBoundFile, WhatDoesNotFitIsLeftOut) {
   EXPECT_THAT(log.text, HasSubstr("-- line 10 col 22: this symbol not expected in entityInstance\n"));
 }
 
+TEST(LateBoundFile, WhatDoesNotFitIsKeptOnRequest) {
+  LateBoundFile file(Kinds());
+  file.KeepEverything(true);
+  const std::string things =
+      "#1 = THING('x', 3., 2147483648, 5, .MAYBE., .U., \"0F9\", .BLACK., $, (#2), (($), .A.), 'more');\n"
+      "#2 = NO_SUCH_TYPE(#1);\n";
+  Read(file, things);
+  EXPECT_EQ(DataOf(file), "DATA;\n" + things + "ENDSEC;\n");
+}
+
 TEST(LateBoundFile, InstancesAreDeletedWithTheFile) {
   const LateBoundSchema& schema = Kinds();
   const std::size_t before = ExpEntity::instanceCount;
