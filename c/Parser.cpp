@@ -293,10 +293,8 @@ void Parser::headerEntityList() {
 // headerEntity = simpleRecord ";" .
 void Parser::headerEntity() {
   ExpEntity* entity = nullptr;
-  simpleRecord(entity, false, recordName_);
-  if (auto* unknown = dynamic_cast<UnknownEntity*>(entity)) {
-    unknown->isInHeader = true;
-  } else if (keepsEverything_ && entity != nullptr) {
+  simpleRecord(entity, Place::Header, recordName_);
+  if (keepsEverything_ && entity != nullptr) {
     std::list<ExpEntity*> all;
     provider_->GetEntities(all, recordName_, false);
     if (all.size() > 1) Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
@@ -376,7 +374,7 @@ void Parser::entityInstance(bool isNamed, int number) {
   ExpEntity* entity = nullptr;
   recordName_.clear();
   if (StartsRecord()) {
-    simpleRecord(entity, false, recordName_);
+    simpleRecord(entity, Place::Data, recordName_);
   } else if (la_->kind == Token::LeftParenthesis) {
     subSuperRecord(entity, recordName_);
   } else {
@@ -410,10 +408,11 @@ void Parser::exportList() {
 }
 
 // simpleRecord = keyword "(" [ entityParameterList ] ")" .
-void Parser::simpleRecord(ExpEntity*& entity, bool inComplex, std::string& name) {
+void Parser::simpleRecord(ExpEntity*& entity, Place place, std::string& name) {
+  const bool inComplex = place == Place::Complex;
   const bool isUserDefined = keyword(name);
   if (!skipHeader_) entity = Create(name);
-  if (keepsEverything_ && !skipHeader_) KeepRecord(entity, name, isUserDefined);
+  if (keepsEverything_ && !skipHeader_) KeepRecord(entity, place, name, isUserDefined);
   bool ok = true;
   int reached = -1;
   try {
@@ -443,13 +442,15 @@ void Parser::subSuperRecord(ExpEntity*& entity, std::string& name) {
   Expect(Token::LeftParenthesis);
   subSuperSimpleRecordList(complex);
   Expect(Token::RightParenthesis);
+  // Without a record, by a syntax error, it could be written, but not be read.
+  if (keepsEverything_ && complex != nullptr && complex->GetEntities()->empty()) entity = nullptr;
 }
 
 // subSuperSimpleRecordList = simpleRecord { simpleRecord } .
 void Parser::subSuperSimpleRecordList(ExpExternalMappingEntity* complex) {
   do {
     ExpEntity* part = nullptr;
-    simpleRecord(part, true, partName_);
+    simpleRecord(part, Place::Complex, partName_);
     if (complex == nullptr) continue;
     if (keepsEverything_ && part != nullptr && complex->GetEntityByName(part->GetExpClassName()) != nullptr) {
       Warn(*t_, "there is a second record " + partName_ + " in #" + std::to_string(currentNumber_) + ", which is not kept");
@@ -552,7 +553,9 @@ void Parser::parameter(Family family, ExpAttribute* target) {
 }
 
 void Parser::beginTypedParameter(Family family, ExpAttribute* target) {
-  if (keyword(text_) && keepsEverything_) text_.insert(0, 1, '!');
+  const bool isUserDefined = keyword(text_);
+  const bool isNamed = !text_.empty();  // there is none where the syntax is wrong
+  if (isUserDefined && isNamed && keepsEverything_) text_.insert(0, 1, '!');
   Level level{false, family, target, nullptr};
   if (family == Family::ExpAggr) {
     level.family = Family::ExpAggrSelect;
@@ -561,7 +564,7 @@ void Parser::beginTypedParameter(Family family, ExpAttribute* target) {
       level.target = level.made.get();
     }
   }
-  if (level.target != nullptr) level.target->AddExpSelectTypeName(text_);
+  if (level.target != nullptr && (isNamed || !keepsEverything_)) level.target->AddExpSelectTypeName(text_);
   Expect(Token::LeftParenthesis);
   levels_.push_back(std::move(level));
 }
@@ -671,12 +674,19 @@ void Parser::enumeration(Family family, ExpAttribute* target) {
 
 // ---------------------------------------------------------------------------------------- Parser: keeping everything
 
-// An entity for a record that the provider has none for, and a note of the "!" that another one does not know of.
-void Parser::KeepRecord(ExpEntity*& entity, const std::string& name, bool isUserDefined) {
-  if (entity != nullptr) {
+// An entity for a record that the provider has none for, or one that would not be written as this record. Another one is told of
+// the "!" that it does not know of.
+void Parser::KeepRecord(ExpEntity*& entity, Place place, const std::string& name, bool isUserDefined) {
+  const bool isInHeader = place == Place::Header;
+  const bool isWritten = entity != nullptr && dynamic_cast<ExpExternalMappingEntity*>(entity) == nullptr &&
+                         (!isInHeader || (!isUserDefined && (name == "FILE_DESCRIPTION" || name == "FILE_NAME" ||
+                                                             name == "FILE_SCHEMA")));
+  if (isWritten) {
     if (isUserDefined) KeptRecord::Of(*entity).isUserDefined = true;
   } else if (!name.empty()) {
-    entity = UnknownEntity::Create(isUserDefined ? '!' + name : name, static_cast<int>(provider_->GetAdminId()));
+    auto* unknown = UnknownEntity::Create(isUserDefined ? '!' + name : name, static_cast<int>(provider_->GetAdminId()));
+    unknown->isInHeader = isInHeader;
+    entity = unknown;
   }
 }
 

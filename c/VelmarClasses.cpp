@@ -622,7 +622,7 @@ void ExpEntity::Accept(ExpEntityVisitor*) {}
 namespace {
 
 void AppendInstanceName(std::string& out, int number) {
-  if (number <= 0) return;
+  if (number < 0 || (number == 0 && !CompleteWriting::IsOn())) return;
   out += '#';
   ValueText::AppendInteger(out, number);
   out += " = ";

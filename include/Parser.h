@@ -74,6 +74,8 @@ class VELMAR_API Parser {
   // The productions of parameters come in four families with one grammar. They differ in where a value goes: into an
   // attribute; into an aggregate, as a further element; into a select that is an element; nowhere.
   enum class Family { Arg, ExpAggr, ExpAggrSelect, Value };
+  // Where a record stands.
+  enum class Place { Header, Data, Complex };
   // A list or a typed parameter that has been begun: where the values in its parentheses go.
   struct Level {
     bool isList;
@@ -92,7 +94,7 @@ class VELMAR_API Parser {
   bool entityInstanceName(int& number);
   void entityInstance(bool isNamed, int number);
   void exportList();
-  void simpleRecord(ExpEntity*& entity, bool inComplex, std::string& name);
+  void simpleRecord(ExpEntity*& entity, Place place, std::string& name);
   void subSuperRecord(ExpEntity*& entity, std::string& name);
   void subSuperSimpleRecordList(ExpExternalMappingEntity* complex);
   bool keyword(std::string& name);
@@ -112,7 +114,7 @@ class VELMAR_API Parser {
   void Note(int number, const std::string& text);
 
   // What is done only where everything is kept.
-  void KeepRecord(ExpEntity*& entity, const std::string& name, bool isUserDefined);
+  void KeepRecord(ExpEntity*& entity, Place place, const std::string& name, bool isUserDefined);
   void KeepParameter(ExpEntity& entity, int index, int end);
   bool Takes(ExpAttribute& attribute) const;
   void KeepToken(Family family, ExpAttribute* target, std::string text) const;

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <list>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -172,6 +174,8 @@ constexpr Row kRows[] = {
     {"UnknownTypeWithoutParameters", "NO_SUCH_TYPE()"},
     {"UserDefinedUnknownType", "!NO_SUCH_TYPE(1)"},
     {"UserDefinedKnownType", "!POINT('', ())"},
+    {"NameOfTheLibrarysOwn", "EXTERNAL_MAPPING_ENTITY(1, (2))"},
+    {"NameOfTheHeader", "FILE_SCHEMA(5)"},
     // real numbers
     {"Reals", "POINT('', (0.30000000000000004, 1.7976931348623157E+308, 5.E-324, -0., 100., 1.5E-7, 1.234567890123456E+15))"},
 };
@@ -197,9 +201,9 @@ TEST(KeepEverything, NumbersKeepTheirValue) {
 TEST(KeepEverything, HeaderRecordsAreWrittenBehindTheThree) {
   ExpFile file;
   file.KeepEverything(true);
-  const std::string records = "SECTION_LANGUAGE($,'en');\n!MINE((1,.A.));\nFILE_POPULATION('A','B',(#1));\n";
+  const std::string records = "SECTION_LANGUAGE($,'en');\nPOINT('a');\n!FILE_SCHEMA();\n!MINE((1,.A.));\nFILE_POPULATION('A','B',(#1));\n";
   Read(file, FileOf("#1=EMPTY();", records));
-  const std::string written = "SECTION_LANGUAGE($, 'en');\n!MINE((1, .A.));\nFILE_POPULATION('A', 'B', (#1));\n";
+  const std::string written = "SECTION_LANGUAGE($, 'en');\nPOINT('a');\n!FILE_SCHEMA();\n!MINE((1, .A.));\nFILE_POPULATION('A', 'B', (#1));\n";
   std::ostringstream header;
   file.WriteHeaderSection(header);
   EXPECT_THAT(header.str(), HasSubstr("FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n" + written + "ENDSEC;\n"));
@@ -509,6 +513,42 @@ TEST_P(RandomKeptRecords, HaveTheSameTokensOnceTheyAreWritten) {
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomKeptRecords, testing::Range(1u, 9u));
 
 // ------------------------------------------------------------------------------------------------------ hostile input
+
+// Whatever a damaged file holds, what is written of it can be read.
+TEST(KeepEverything, WhatIsReadOfADamagedFileIsWrittenWithoutSyntaxErrors) {
+  std::string records;
+  for (int i = 0; i < static_cast<int>(std::size(kRows)); ++i) {
+    // One of each few: the time that the test takes grows with the square of the length.
+    if (i % 4 == 0) records += '#' + std::to_string(i) + '=' + kRows[i].record + ";\n";
+  }
+  records += "#90=(UNKNOWN(1,$)!OTHER((.A.))A(1,*)B($));\n";
+  const std::string whole = FileOf(records, "SECTION_LANGUAGE($,'en');\n");
+  int compared = 0;
+  const auto check = [&compared](const std::string& text) {
+    ExpFile file;
+    file.KeepEverything(true);
+    Read(file, text);
+    if (DataOf(file).empty()) return;  // a section without records is an error
+    const std::string written = TextOf(file);
+    CapturedLog log;
+    ExpFile again;
+    again.KeepEverything(true);
+    Read(again, written);
+    ASSERT_EQ(log.text.find("-- line"), std::string::npos) << text << '\n' << written << '\n' << log.text;
+    ASSERT_EQ(TextOf(again), written) << text;
+    ++compared;
+  };
+  for (std::size_t i = whole.find("DATA;"); i < whole.size(); ++i) {
+    check(whole.substr(0, i));
+    for (const char c : {'(', ')', '\'', ',', '$', '*', '.', '"', '#', ';', '!', 'L', '0'}) {
+      std::string changed = whole;
+      changed[i] = c;
+      check(changed);
+      if (testing::Test::HasFatalFailure()) return;
+    }
+  }
+  EXPECT_GT(compared, 5000);
+}
 
 TEST(KeepEverything, NestingOfAMillionIsKept) {
   constexpr std::size_t kDepth = 1000000;
