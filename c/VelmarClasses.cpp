@@ -585,7 +585,8 @@ ExpEntity::ExpEntity(const ExpEntity& other)
     : runtimeType_(other.runtimeType_), number_(other.number_), text_(other.text_), reserved_(nullptr) {
   ++instanceCount;
 }
-ExpEntity& ExpEntity::operator=(const ExpEntity& other) {
+// cppcheck-suppress operatorEqVarError ; what is kept beside the attributes stays with its entity
+ExpEntity& ExpEntity::operator=(const ExpEntity& other) {  // NOLINT(bugprone-unhandled-self-assignment): changes nothing
   runtimeType_ = other.runtimeType_;
   number_ = other.number_;
   text_ = other.text_;
