@@ -3,16 +3,21 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <utility>
+#include <vector>
 
 #include "Input.h"
+#include "Population.h"
+#include "Wording.h"
 
 namespace velmar {
 
 namespace {
+
+// So many findings with a place are printed; what is beyond is counted.
+constexpr std::size_t kPrinted = 50;
 
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
@@ -43,69 +48,39 @@ std::pair<std::string, std::size_t> Shown(const Excerpt& excerpt) {
   return {shown, caret};
 }
 
-const char* Name(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }
-
-// What an exception that the library has caught says, in words of a user.
-std::string Reason(const std::string& logged) {
-  static const std::string kReading = "Error while reading from filestream ";
-  std::string reason =
-      logged.compare(0, kReading.size(), kReading) == 0 ? logged.substr(kReading.size()) : logged;
-  const std::size_t lineEnd = reason.find("\n   ");
-  if (lineEnd != std::string::npos) reason.erase(0, lineEnd + 4);
-  if (reason == "std::bad_array_new_length") return "cannot be read: the header section holds no record";
-  if (reason == "std::bad_alloc") return "not enough memory";
-  return reason;
-}
-
-// What of a message the library has logged says that the file cannot be read, with the reason; empty where it
-// says something else.
-std::string ReasonUnreadable(const std::string& logged, int error) {
-  if (logged.compare(0, 25, "Error while opening file ") == 0) return std::strerror(error);
-  for (const char* text : {"the input cannot be read any further: ", "the length of the input cannot be found"}) {
-    const std::size_t at = logged.find(text);
-    if (at == std::string::npos) continue;
-    const std::string reason = logged.substr(at + std::strlen(text));
-    return reason.empty() ? std::strerror(error) : reason;
-  }
-  return "";
-}
+std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
 
 }  // namespace
 
-void Messages::Add(Severity severity, int line, int column, std::string text) {
-  if (severity == Severity::kError) ++errors_;
-  if (line > 0 && placed_.size() == kSorted) {
-    ++unsorted_;
-    return;
-  }
-  (line > 0 ? placed_ : general_).push_back({severity, {line, column}, std::move(text)});
-}
-
-void Messages::Print() {
-  std::stable_sort(placed_.begin(), placed_.end(), [](const Message& a, const Message& b) {
-    return a.place.line != b.place.line ? a.place.line < b.place.line : a.place.column < b.place.column;
-  });
-  const std::size_t printed = std::min(placed_.size(), kPrinted);
+void Print(Findings& findings) {
+  findings.Sort();
+  const std::string& file = findings.File();
+  const std::vector<Finding>& placed = findings.WithPlace();
+  const std::size_t printed = std::min(placed.size(), kPrinted);
   std::vector<Place> places;
-  for (std::size_t i = 0; i < printed; ++i) places.push_back(placed_[i].place);
-  const std::vector<Excerpt> excerpts = ReadExcerpts(file_, places);
+  for (std::size_t i = 0; i < printed; ++i) places.push_back(placed[i].place);
+  const std::vector<Excerpt> excerpts = ReadExcerpts(file, places);
 
   for (std::size_t i = 0; i < printed; ++i) {
-    const Message& message = placed_[i];
-    Say(fmt::format("{}:{}:{}: {}: {}\n", file_, message.place.line, message.place.column, Name(message.severity),
-                    message.text));
+    const Finding& finding = placed[i];
+    Say(fmt::format("{}:{}:{}: {}: {}{}\n", file, finding.place.line, finding.place.column,
+                    Name(finding.severity), finding.text, CodeOf(finding)));
     if (i >= excerpts.size()) continue;  // the file is gone
     const auto [shown, caret] = Shown(excerpts[i]);
     if (!shown.empty()) Say(fmt::format("  {}\n  {:>{}}\n", shown, '^', caret + 1));
   }
-  const std::size_t hidden = placed_.size() - printed + unsorted_;
-  if (hidden > 0) Say(fmt::format("{}: {} not shown\n", file_, Counted(hidden, "more message")));
-  for (const Message& message : general_) {
-    Say(fmt::format("{}: {}: {}\n", file_, Name(message.severity), message.text));
+  const std::size_t hidden = placed.size() - printed + findings.NotKept();
+  if (hidden > 0) Say(fmt::format("{}: {} not shown\n", file, Counted(hidden, "more message")));
+  for (const Finding& finding : findings.WithoutPlace()) {
+    Say(fmt::format("{}: {}: {}{}\n", file, Name(finding.severity), finding.text, CodeOf(finding)));
   }
-  placed_.clear();
-  general_.clear();
-  unsorted_ = 0;
+}
+
+void SayWhereReadingEnded() {
+  if (FileBeingRead() == nullptr) return;
+  Say(fmt::format(
+      "{}: error: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
+      FileBeingRead(), NameOf(Code::kLongToken)));
 }
 
 void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }
@@ -113,26 +88,6 @@ void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stde
 int CannotRun(const std::string& text) {
   Say("velmar: error: " + text + '\n');
   return kCannotRun;
-}
-
-LogListener::LogListener(Messages& messages) : messages_(messages) { VELMAR::ExpLogger::AddLogger(this); }
-
-LogListener::~LogListener() { VELMAR::ExpLogger::RemoveLogger(this); }
-
-void LogListener::Write(const std::string& message, const VELMAR::ExpLogLevel& level) {
-  const int error = errno == 0 ? EIO : errno;
-  std::string text = message;
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  const std::string reason = ReasonUnreadable(text, error);
-  if (!reason.empty()) messages_.SetUnreadable(reason);
-  int line = 0;
-  int column = 0;
-  int length = 0;
-  if (std::sscanf(text.c_str(), "-- line %d col %d: %n", &line, &column, &length) == 2 && length > 0) {
-    messages_.Add(Severity::kError, line, column, text.substr(static_cast<std::size_t>(length)));
-  } else if (level == VELMAR::ExpLogException) {
-    messages_.AddError(Reason(text));
-  }
 }
 
 }  // namespace velmar

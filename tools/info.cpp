@@ -13,10 +13,10 @@
 
 #include "Commands.h"
 #include "ExpCustomEntities.h"
-#include "Input.h"
 #include "Messages.h"
-#include "Population.h"
+#include "Reading.h"
 #include "Schemas.h"
+#include "Wording.h"
 
 namespace velmar {
 
@@ -25,14 +25,6 @@ namespace {
 using VELMAR::ExpAttribute;
 using VELMAR::ExpEntity;
 using VELMAR::ExpExternalMappingEntity;
-
-// The text as it may go to a terminal: without control characters.
-std::string Printable(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return text;
-}
 
 std::string Text(VELMAR::ExpString& value) { return Printable(value.GetExpString()); }
 
@@ -102,13 +94,9 @@ void PrintTypes(Population& file) {
 }  // namespace
 
 int Info(const std::string& path, const ReadingOptions& options) {
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) return CannotRun(fmt::format("{} {}", path, why));
-
-  Messages messages(path);
-  Population file(options);
-  file.ReadAndReport(path, messages);
-  const std::uint64_t size = FileSize(path);
+  Reading reading(path, options);
+  Population& file = reading.GetPopulation();
+  const std::uint64_t size = reading.Size();
   PrintRow("file", fmt::format("{}, {} bytes", Printable(path), Grouped(size)));
   PrintHeader(file);
   PrintTypes(file);
@@ -117,8 +105,8 @@ int Info(const std::string& path, const ReadingOptions& options) {
   if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
   std::fflush(stdout);
 
-  const ExitStatus status = messages.Errors() == 0 ? kDone : kFileHasErrors;
-  messages.Print();
+  const ExitStatus status = reading.GetFindings().Errors() == 0 ? kDone : kFileHasErrors;
+  Print(reading.GetFindings());
   return status;
 }
 

@@ -69,7 +69,7 @@ TEST(Info, AFileWithErrorsIsShownAsFarAsItGoes) {
   const Outcome outcome = Info(FileWith("#1=CARTESIAN_POINT('',(1.,2.);\n#2=DIRECTION('',(1.,0.));\n"));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            "in.stp:8:30: error: \")\" expected\n"
+            "in.stp:8:30: error: \")\" expected [V001]\n"
             "  #1=CARTESIAN_POINT('',(1.,2.);\n"
             "                               ^\n");
   EXPECT_THAT(outcome.out, HasSubstr("instances               2 of 2 types\n"));
@@ -80,7 +80,7 @@ TEST(Info, AFileWithAByteOrderMarkIsReadAndItsColumnsAreCharacters) {
   EXPECT_EQ(Info(good).status, 0);
   const std::string bad = "\xEF\xBB\xBF" + FileWith("#1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.);\n");
   EXPECT_EQ(Info(bad).err,
-            "in.stp:8:32: error: \")\" expected\n"
+            "in.stp:8:32: error: \")\" expected [V001]\n"
             "  #1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.);\n"
             "                                 ^\n");
 }
@@ -89,23 +89,23 @@ TEST(Info, ADamagedByteOrderMarkIsReported) {
   const Outcome outcome = Info("\xEF\xBB" + FileWith(kPoint));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.err,
-              HasSubstr("in.stp:1:1: error: damaged byte order mark: EF is not followed by BB BF\n"));
+              HasSubstr("in.stp:1:1: error: damaged byte order mark: EF is not followed by BB BF [V002]\n"));
 }
 
 TEST(Info, ValuesThatTypedListElementsDoNotKeepAreReported) {
   const Outcome outcome =
       Info(FileWith("#1=PRESENTATION_STYLE_ASSIGNMENT((X($),X(.X.),X(*),X((1,.Y.))));\n"));
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:42: warning: 1 enumeration value in a list not kept (#1)\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:49: warning: 1 unset list element not kept (#1)\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:54: warning: 1 list in a typed list element not kept (#1)\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:42: warning: 1 enumeration value in a list not kept (#1) [V019]\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:49: warning: 1 unset list element not kept (#1) [V018]\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:54: warning: 1 list in a typed list element not kept (#1) [V020]\n"));
 }
 
 TEST(Info, AnEmptyHeaderIsReported) {
   const Outcome outcome =
       Info("ISO-10303-21;\nHEADER;\nENDSEC;\nDATA;\n" + kPoint + "ENDSEC;\nEND-ISO-10303-21;\n");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: cannot be read: the header section holds no record\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: cannot be read: the header section holds no record [V003]\n"));
   EXPECT_THAT(outcome.out, HasSubstr("instances               0 of 0 types\n"));
 }
 

@@ -166,7 +166,7 @@ TEST(VelmarProgram, ATokenOf32767CharactersIsReadAndALongerOneIsReported) {
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            in + ": error: the file holds a token of more than 32,767 characters and cannot be read\n");
+            in + ": error: the file holds a token of more than 32,767 characters and cannot be read [V005]\n");
 }
 
 TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
@@ -174,7 +174,7 @@ TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith("#1=\x1B[31m\x07;\n" + kPoint));
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: invalid entityInstance\n  #1= [31m ;\n     ^\n"));
+  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: invalid entityInstance [V001]\n  #1= [31m ;\n     ^\n"));
 }
 
 TEST(VelmarProgram, CountsMoreMessagesThanItKeeps) {
@@ -194,7 +194,7 @@ TEST(VelmarProgram, OfManyMessages50AreShownAndTheOthersCounted) {
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data));
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: invalid entityInstance\n  #50=;\n"));
+  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: invalid entityInstance [V001]\n  #50=;\n"));
   EXPECT_THAT(outcome.err, testing::Not(HasSubstr("#51=;")));
   EXPECT_THAT(outcome.err, HasSubstr(in + ": 10 more messages not shown\n"));
 }

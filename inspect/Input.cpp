@@ -8,6 +8,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "Wording.h"
+
 namespace velmar {
 
 namespace {
@@ -144,7 +146,8 @@ std::string WhyUnreadable(const std::string& path) {
 }
 
 void ThrowUnreadable(const std::string& path, int error) {
-  throw std::runtime_error(fmt::format("{} cannot be read: {}", path, std::strerror(error == 0 ? EIO : error)));
+  throw std::runtime_error(
+      fmt::format("{} cannot be read: {}", path, std::strerror(error == 0 ? EIO : error)));
 }
 
 bool HasDamagedByteOrderMark(const std::string& path) {
@@ -197,16 +200,6 @@ bool IsUtf8(const std::string& bytes) {
     }
   }
   return true;
-}
-
-std::string Grouped(std::uint64_t number) {
-  std::string digits = std::to_string(number);
-  for (std::size_t i = digits.size(); i > 3; i -= 3) digits.insert(i - 3, 1, ',');
-  return digits;
-}
-
-std::string Counted(std::uint64_t number, const std::string& noun) {
-  return fmt::format("{} {}{}", Grouped(number), noun, number == 1 ? "" : "s");
 }
 
 }  // namespace velmar

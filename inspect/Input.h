@@ -1,5 +1,5 @@
 /// @file Input.h
-/// The files that the commands are given.
+/// The files that are looked at.
 #pragma once
 
 #include <cstddef>
@@ -28,8 +28,8 @@ std::string WhyUnreadable(const std::string& path);
 /// Throws std::runtime_error: the file cannot be read, for the reason that `error`, a value of errno, gives.
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error);
 
-/// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark. Throws
-/// std::runtime_error where it cannot be read.
+/// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark.
+/// Throws std::runtime_error where it cannot be read.
 bool HasDamagedByteOrderMark(const std::string& path);
 
 /// The size in bytes. Throws std::runtime_error where the file cannot be asked.
@@ -54,11 +54,5 @@ std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Pla
 
 /// Whether the bytes are well-formed UTF-8, but for sequences that are cut off at either end.
 bool IsUtf8(const std::string& bytes);
-
-/// 1234567 as "1,234,567".
-std::string Grouped(std::uint64_t number);
-
-/// "1 instance", "2,000 instances".
-std::string Counted(std::uint64_t number, const std::string& noun);
 
 }  // namespace velmar

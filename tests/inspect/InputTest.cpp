@@ -42,10 +42,10 @@ TEST(WhyUnreadable, TheLongestFileHas2147483647Bytes) {
 TEST(Population, AFileThatIsEmptyWhenItIsReadIsNoFileWithoutInstances) {
   TemporaryDirectory directory;
   const std::string path = WriteFile(directory.Path("emptied"), "");
-  Messages messages(path);
+  Findings findings(path);
   Population population;
   try {
-    population.ReadAndReport(path, messages);
+    population.ReadAndReport(path, findings);
     ADD_FAILURE() << "nothing is said";
   } catch (const std::runtime_error& error) {
     EXPECT_EQ(error.what(), path + " cannot be read: it is empty");
@@ -55,9 +55,9 @@ TEST(Population, AFileThatIsEmptyWhenItIsReadIsNoFileWithoutInstances) {
 TEST(Population, AFileThatIsGoneWhenItIsReadIsNoFileWithoutInstances) {
   TemporaryDirectory directory;
   const std::string path = directory.Path("gone");
-  Messages messages(path);
+  Findings findings(path);
   Population population;
-  EXPECT_THROW(population.ReadAndReport(path, messages), std::runtime_error);
+  EXPECT_THROW(population.ReadAndReport(path, findings), std::runtime_error);
   EXPECT_THROW(FileSize(path), std::runtime_error);
 }
 
@@ -118,20 +118,6 @@ TEST(IsUtf8, AcceptsWholeAndCutOffSequencesButNoStrayBytes) {
   EXPECT_FALSE(IsUtf8("Latin-1 \xE4 umlaut"));
   EXPECT_FALSE(IsUtf8("stray \x80"));
   EXPECT_FALSE(IsUtf8("no lead \xF8"));
-}
-
-TEST(Grouped, PutsACommaBeforeEveryThirdDigit) {
-  EXPECT_EQ(Grouped(0), "0");
-  EXPECT_EQ(Grouped(999), "999");
-  EXPECT_EQ(Grouped(1000), "1,000");
-  EXPECT_EQ(Grouped(123456), "123,456");
-  EXPECT_EQ(Grouped(1234567), "1,234,567");
-}
-
-TEST(Counted, OneIsSingular) {
-  EXPECT_EQ(Counted(0, "type"), "0 types");
-  EXPECT_EQ(Counted(1, "type"), "1 type");
-  EXPECT_EQ(Counted(2000, "type"), "2,000 types");
 }
 
 }  // namespace

@@ -1,52 +1,39 @@
 #include "Population.h"
 
-#include <fmt/format.h>
-
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "Input.h"
+#include "LibraryLog.h"
 #include "LossFinder.h"
-#include "Messages.h"
 #include "Schemas.h"
 
 namespace velmar {
 
 namespace {
 
-// The library ends the process where a token is longer than it can hold. This says in which file, when that
-// happens.
 const char* fileBeingRead = nullptr;
-
-void SayWhereReadingEnded() {
-  if (fileBeingRead == nullptr) return;
-  Say(std::string(fileBeingRead) +
-      ": error: the file holds a token of more than 32,767 characters and cannot be read\n");
-}
 
 // Seconds since some point of time.
 double Now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-class Reading {
+class BeingRead {
  public:
-  explicit Reading(const std::string& path) {
-    static const bool registered = std::atexit(SayWhereReadingEnded) == 0;
-    static_cast<void>(registered);
-    fileBeingRead = path.c_str();
-  }
-  ~Reading() { fileBeingRead = nullptr; }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
+  explicit BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
+  ~BeingRead() { fileBeingRead = nullptr; }
+  BeingRead(const BeingRead&) = delete;
+  BeingRead& operator=(const BeingRead&) = delete;
 };
 
 }  // namespace
+
+const char* FileBeingRead() { return fileBeingRead; }
 
 Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),
@@ -55,8 +42,9 @@ Population::Population(const ReadingOptions& options)
   if (options.schema) SetSchema(*options.schema);
 }
 
-void Population::ReadAndReport(const std::string& path, Messages& messages) {
+void Population::ReadAndReport(const std::string& path, Findings& findings) {
   unknownTypes_.clear();
+  unresolved_.clear();
   repeated_.clear();
   schemaOfFile_.clear();
   schemaSupported_ = true;
@@ -66,30 +54,30 @@ void Population::ReadAndReport(const std::string& path, Messages& messages) {
   loadingTime_ = 0;
   wasGivenSchema_ = false;
   if (HasDamagedByteOrderMark(path)) {
-    messages.Add(Severity::kError, 1, 1, "damaged byte order mark: EF is not followed by BB BF");
+    findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
     return;
   }
 
-  const Reading reading(path);
+  const BeingRead reading(path);
+  std::string unreadable;
   {
-    const LogListener listener(messages);
+    const LibraryLog log(findings);
     const double start = Now();
     Read(path);
     readingTime_ = Now() - start - loadingTime_;
+    unreadable = log.Unreadable();
   }
-  if (!messages.Unreadable().empty()) {
-    throw std::runtime_error(path + " cannot be read: " + messages.Unreadable());
-  }
-  if (messages.Errors() == 0 && !wasGivenSchema_) {  // the library takes it for no file
+  if (!unreadable.empty()) throw std::runtime_error(path + " cannot be read: " + unreadable);
+  if (findings.Errors() == 0 && !wasGivenSchema_) {  // the library takes it for no file
     throw std::runtime_error(path + " cannot be read: it is empty");
   }
   LoadTypes();  // where the file was given up before its schema was known
   if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
-  if (!fallbackFailure_.empty()) messages.Add(Severity::kWarning, 0, 0, fallbackFailure_);
+  if (!fallbackFailure_.empty()) findings.Add(Code::kFallbackLibrary, fallbackFailure_);
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);
   errno = 0;
-  LossFinder(file.get(), *this, messages).Find();
+  LossFinder(*this, findings).Find(file.get());
   if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
 }
 

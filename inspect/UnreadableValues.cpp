@@ -12,7 +12,7 @@
 
 #include "ExpAttributeVisitor.h"
 #include "ExpCustomEntities.h"
-#include "Input.h"
+#include "Wording.h"
 
 namespace velmar {
 
@@ -37,7 +37,8 @@ struct Found {
   }
   std::string Where() const {
     const std::size_t shown = std::min(where.size(), kExamples);
-    return fmt::format("{}{}", fmt::join(where.begin(), where.begin() + static_cast<std::ptrdiff_t>(shown), ", "),
+    return fmt::format("{}{}",
+                       fmt::join(where.begin(), where.begin() + static_cast<std::ptrdiff_t>(shown), ", "),
                        where.size() > shown ? ", ..." : "");
   }
 };
@@ -91,28 +92,31 @@ class Finder : public VELMAR::ExpAttributeVisitor {
 
 }  // namespace
 
-void ReportUnreadableValues(Population& file, Messages& messages) {
+void ReportUnreadableValues(Population& file, Findings& findings) {
   Finder finder;
   std::list<ExpEntity*> header;
-  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"}) file.GetEntities(header, type, false);
+  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"})
+    file.GetEntities(header, type, false);
   for (ExpEntity* record : header) finder.Look(*record, 0, "");
   for (int number = 0; number <= file.GetMaxEntityNumber(); ++number) {
     ExpEntity* entity = file.GetEntity(number);
     if (entity == nullptr) continue;
     const std::string instance = fmt::format("#{} ", number);
     if (auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity)) {
-      for (ExpEntity* part : *complex->GetEntities()) finder.Look(*part, part->GetExternalMappingStartIndex(), instance);
+      for (ExpEntity* part : *complex->GetEntities())
+        finder.Look(*part, part->GetExternalMappingStartIndex(), instance);
     } else {
       finder.Look(*entity, 0, instance);
     }
   }
   if (finder.strings.count > 0) {
-    messages.Add(Severity::kWarning, 0, 0,
-                 fmt::format("{} written with more than {} characters, which ends the program that reads it: {}",
-                             Counted(finder.strings.count, "string"), Grouped(kLongestToken), finder.strings.Where()));
+    findings.Add(
+        Code::kLongString,
+        fmt::format("{} written with more than {} characters, which ends the program that reads it: {}",
+                    Counted(finder.strings.count, "string"), Grouped(kLongestToken), finder.strings.Where()));
   }
   if (finder.reals.count > 0) {
-    messages.Add(Severity::kWarning, 0, 0,
+    findings.Add(Code::kRealRounded,
                  fmt::format("{} rounded to 15 digits that are infinite when they are read: {}",
                              Counted(finder.reals.count, "real number"), finder.reals.Where()));
   }
