@@ -85,6 +85,8 @@ std::optional<Schema> FindSchema(const std::string& name) {
 
 bool HasLibrary(Schema schema) { return VELMAR::IsBundledSchema(RegistryName(schema)); }
 
+std::string LibraryFile(Schema schema) { return VELMAR::BundledLibraryFile(RegistryName(schema)); }
+
 void LoadLibrary(Schema schema) {
   if (HasLibrary(schema)) VELMAR::LoadBundledSchema(RegistryName(schema));
 }

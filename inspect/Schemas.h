@@ -26,6 +26,9 @@ std::optional<VELMAR::Schema> FindSchema(const std::string& name);
 /// Whether this program has a library of the schema.
 bool HasLibrary(VELMAR::Schema schema);
 
+/// The name of the file of the schema's library; empty where there is none.
+std::string LibraryFile(VELMAR::Schema schema);
+
 /// Loads the library of the schema; does nothing where there is none. Throws std::runtime_error with the
 /// reason where it cannot be loaded.
 void LoadLibrary(VELMAR::Schema schema);

@@ -9,6 +9,9 @@ namespace VELMAR {
 /// Whether the build has the library of a schema (VELMAR_SCHEMAS), named as its types are registered: "AP203_E2".
 bool IsBundledSchema(const std::string& registryName);
 
+/// The name of the file of a schema's library, without its folder; empty where the build has none.
+std::string BundledLibraryFile(const std::string& registryName);
+
 /// Loads the library of a schema, which lies beside the runtime library, unless its types are registered already.
 /// Throws std::runtime_error with the reason where the library cannot be loaded or the build has none.
 void LoadBundledSchema(const std::string& registryName);

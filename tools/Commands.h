@@ -1,19 +1,20 @@
 /// @file Commands.h
-/// One function per command of the program. Each prints data to standard output and messages to standard
-/// error, and returns the exit status.
+/// One function per command of the program. Each adds its command to the program's options; where the command is given,
+/// `run` becomes what carries it out: it prints data to standard output and messages to standard error, and returns the
+/// exit status.
 #pragma once
 
-#include <string>
-
-#include "Population.h"
+#include <CLI/CLI.hpp>
+#include <functional>
 
 namespace velmar {
 
-/// Prints what the file says about itself, and how many instances of which types it holds.
-int Info(const std::string& path, const ReadingOptions& options);
+using Run = std::function<int()>;
 
-/// Reads one file and writes what was read to another. What `out` holds is replaced by a complete file or not
-/// at all.
-int Convert(const std::string& in, const std::string& out, const ReadingOptions& options);
+/// What files say about themselves, and how many instances of which types they hold.
+void AddInfo(CLI::App& program, Run& run);
+
+/// Reads one file and writes what was read to another.
+void AddConvert(CLI::App& program, Run& run);
 
 }  // namespace velmar

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -81,6 +83,10 @@ void SayWhereReadingEnded() {
   Say(fmt::format(
       "{}: error: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
       FileBeingRead(), NameOf(Code::kLongToken)));
+}
+
+void FlushOutput() {
+  if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
 }
 
 void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }

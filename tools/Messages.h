@@ -20,6 +20,9 @@ enum ExitStatus {
 /// lines.
 void Print(Findings& findings);
 
+/// Hands what was printed to the system. Throws std::system_error where it does not take it.
+void FlushOutput();
+
 /// Writes the text to standard error. Never throws: there is nobody left to be told that it cannot be
 /// written.
 void Say(const std::string& text) noexcept;

@@ -3,26 +3,38 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <stdexcept>
+#include <memory>
 #include <string>
 #include <system_error>
 
 #include "Commands.h"
 #include "Conversion.h"
 #include "Messages.h"
+#include "Options.h"
 #include "Reading.h"
 #include "UnreadableValues.h"
 #include "Wording.h"
 
 namespace velmar {
 
-int Convert(const std::string& in, const std::string& out, const ReadingOptions& options) {
+namespace {
+
+struct ConvertOptions {
+  std::string in;
+  std::string out;
+  ReadingFlags reading;
+};
+
+int Convert(const ConvertOptions& options) {
+  const ReadingOptions readingOptions = options.reading.Resolve();
+  const std::string& in = options.in;
+  const std::string& out = options.out;
   std::string why = WhyUnreadable(in);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", in, why));
   why = WhyUnwritable(out);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", out, why));
 
-  Reading reading(in, options);
+  Reading reading(in, readingOptions);
   Population& file = reading.GetPopulation();
   Findings& findings = reading.GetFindings();
   ReportUnreadableValues(file, findings);
@@ -33,7 +45,7 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
   } else {
     findings.Add(Code::kNotWritten, why);
   }
-  Print(findings);
+  if (!options.reading.quiet) Print(findings);
   if (!why.empty()) return kFileHasErrors;
 
   Findings outFindings(out);
@@ -53,6 +65,21 @@ int Convert(const std::string& in, const std::string& out, const ReadingOptions&
                Grouped(outSize), seconds * 1e3);
   }
   return hasErrors ? kFileHasErrors : kDone;
+}
+
+}  // namespace
+
+void AddConvert(CLI::App& program, Run& run) {
+  auto options = std::make_shared<ConvertOptions>();
+  CLI::App* command = program.add_subcommand(
+      "convert",
+      "Reads a file and writes it anew. OUT is replaced by a complete file or not "
+      "at all; it may be the same file as IN if all of IN could be kept");
+  command->add_option("IN", options->in, "The Part 21 file to read")->required();
+  command->add_option("-o,--output", options->out, "The Part 21 file to write")->required()->type_name("OUT");
+  options->reading.AddTo(*command);
+  command->footer(Footer("velmar convert examples/bracket.stp -o copy.stp"));
+  command->callback([options, &run] { run = [options] { return Convert(*options); }; });
 }
 
 }  // namespace velmar

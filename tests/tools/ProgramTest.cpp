@@ -121,6 +121,29 @@ TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
 }
 
 // Messages are lost then, and nothing else: the exit status says what there is to say.
+// As by `velmar info FILE | head`; where the signal is ignored, too, as some programs have it for those they start.
+TEST(VelmarProgram, AClosedPipeEndsItAsTheSignalDoes) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(kPoint));
+  for (const bool isIgnored : {false, true}) {
+    Setting setting;
+    setting.before = [isIgnored] {
+      int ends[2];
+      if (pipe(ends) != 0) _exit(126);
+      close(ends[0]);
+      dup2(ends[1], 1);
+      std::signal(SIGPIPE, isIgnored ? SIG_IGN : SIG_DFL);
+    };
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{{"info", in}, {"--help"}}) {
+      std::vector<std::string> command = {kVelmar};
+      command.insert(command.end(), arguments.begin(), arguments.end());
+      const Outcome outcome = RunProgram(command, setting);
+      EXPECT_EQ(outcome.status, 1000 + SIGPIPE);
+      EXPECT_EQ(outcome.err, "");
+    }
+  }
+}
+
 TEST(VelmarProgram, StandardErrorThatCannotBeWrittenChangesNoExitStatus) {
   TemporaryDirectory directory;
   const std::string damaged = WriteFile(directory.Path("in.stp"), FileWith("#1=CARTESIAN_POINT('',(1.,2.);\n"));

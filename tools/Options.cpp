@@ -1,0 +1,56 @@
+#include "Options.h"
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+
+#include "LateBoundSchema.h"
+#include "Schemas.h"
+
+namespace velmar {
+
+namespace {
+
+constexpr const char* kExitStatus =
+    "Exit status: 0 done; 1 the file has errors; 2 wrong usage, or a file that cannot be read or written.\n"
+    "Messages go to standard error as file:line:col: severity: text [code].";
+
+}  // namespace
+
+void ReadingFlags::AddTo(CLI::App& command) {
+  CLI::Option* named =
+      command
+          .add_option("--schema", schema,
+                      "Reads the file with this schema, whatever it says itself: AP203, AP203E2, AP214, AP242, "
+                      "PLIB, or a name that FILE_SCHEMA may hold. FILE_SCHEMA stays as it is")
+          ->type_name("NAME");
+  CLI::Option* text = command
+                          .add_option("--express", express,
+                                      "Reads the file with the schema of this EXPRESS text, the last one "
+                                      "in it. FILE_SCHEMA stays as it is")
+                          ->type_name("FILE.exp")
+                          ->excludes(named);
+  command.add_option("-I,--include", includes, "Where schemas that the EXPRESS text uses are looked for as NAME.exp")
+      ->type_name("FOLDER")
+      ->allow_extra_args(false)
+      ->needs(text);
+  command.add_flag("-q,--quiet", quiet, "Says nothing of what is wrong with the file: the exit status does");
+}
+
+ReadingOptions ReadingFlags::Resolve() const {
+  ReadingOptions options;
+  if (schema) {
+    options.schema = FindSchema(*schema);
+    if (!options.schema) {
+      throw std::runtime_error(fmt::format("there is no schema '{}'; there are: {}", *schema, SchemaNames()));
+    }
+  }
+  if (!express.empty()) {
+    options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
+  }
+  return options;
+}
+
+std::string Footer(const std::string& example) { return fmt::format("Example: {}\n\n{}", example, kExitStatus); }
+
+}  // namespace velmar
