@@ -77,7 +77,9 @@ std::uint64_t PeakMemory() {
 
 }  // namespace
 
-double FileInfo::MegabytesPerSecond() const { return static_cast<double>(size) / 1e6 / std::max(seconds, 1e-9); }
+double FileInfo::MegabytesPerSecond() const {
+  return static_cast<double>(size) / 1e6 / std::max(seconds, 1e-9);
+}
 
 FileInfo Describe(Reading& reading) {
   Population& file = reading.GetPopulation();

@@ -37,9 +37,9 @@ struct FileInfo {
   std::optional<FileName> name;
   std::vector<std::string> schemas;  ///< as FILE_SCHEMA names them
 
-  std::string readAs;     ///< the name of the schema that the file was read with
-  std::string protocol;   ///< its everyday name, "AP214"; empty for a schema of an EXPRESS text
-  std::string library;    ///< the file of its schema library; empty where there is none
+  std::string readAs;    ///< the name of the schema that the file was read with
+  std::string protocol;  ///< its everyday name, "AP214"; empty for a schema of an EXPRESS text
+  std::string library;   ///< the file of its schema library; empty where there is none
   bool isSchemaSupported;
 
   std::size_t instances;

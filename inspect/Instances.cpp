@@ -79,7 +79,8 @@ int ParseInstanceNumber(const std::string& text) {
   const bool isNumber = !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
   const std::wstring name = L"#" + std::wstring(digits.begin(), digits.end());
   const int number = isNumber ? InstanceNumberOf(name.c_str()) : 0;
-  if (number == 0) throw std::invalid_argument(fmt::format("'{}' is no instance number; #12 and 12 are", text));
+  if (number == 0)
+    throw std::invalid_argument(fmt::format("'{}' is no instance number; #12 and 12 are", text));
   return number;
 }
 

@@ -38,8 +38,8 @@ std::string TypeName(VELMAR::ExpEntity& entity);
 /// The instance that is #n; the entity is not null.
 InstanceView ViewOf(VELMAR::ExpEntity& entity);
 
-/// Where the instances of these numbers begin in the file. Goes through the whole file. Throws std::runtime_error where
-/// it cannot be read.
+/// Where the instances of these numbers begin in the file. Goes through the whole file. Throws
+/// std::runtime_error where it cannot be read.
 std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers);
 
 /// The number of "#12" or "12". Throws std::invalid_argument for what is no number of an instance.

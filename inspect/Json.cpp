@@ -58,6 +58,14 @@ Json ToJson(const Finding& finding) {
           {"hint", TextOrNull(finding.hint)}};
 }
 
+Json AttributesOf(const RecordView& record) {
+  Json json = Json::object();
+  for (const AttributeView& attribute : record.attributes) {
+    json[*attribute.name] = attribute.value == nullptr ? Json(nullptr) : JsonOf(*attribute.value);
+  }
+  return json;
+}
+
 }  // namespace
 
 Json ToJson(const Findings& findings) {
@@ -90,6 +98,77 @@ Json ToJson(const FileInfo& info, const Findings& findings) {
             {"peak_memory", info.peakMemory}}}};
 }
 
-std::string ToText(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
+Json ToJson(const InstanceView& instance, Place place) {
+  const bool isPlaced = place.line > 0;
+  Json json = {{"id", instance.number},
+               {"type", instance.type},
+               {"line", isPlaced ? Json(place.line) : Json(nullptr)},
+               {"column", isPlaced ? Json(place.column) : Json(nullptr)}};
+  if (instance.isComplex) {
+    json["parts"] = Json::array();
+    for (const RecordView& record : instance.records) {
+      json["parts"].push_back({{"type", *record.type}, {"attributes", AttributesOf(record)}});
+    }
+  } else {
+    json["attributes"] = AttributesOf(instance.records.front());
+  }
+  return json;
+}
+
+Json ToJson(const Listing& listing) {
+  Json json = Json::array();
+  for (const Listing::Row& row : listing.rows) {
+    Json attributes = Json::object();
+    for (std::size_t i = 0; i < row.values.size(); ++i) {
+      if (row.values[i] != nullptr) attributes[listing.attributes[i]] = JsonOf(*row.values[i]);
+    }
+    json.push_back({{"id", row.number}, {"type", row.type}, {"attributes", attributes}});
+  }
+  return json;
+}
+
+Json ToJson(const std::vector<Reference>& references, const InstanceView& instance) {
+  Json list = Json::array();
+  for (const Reference& reference : references) {
+    list.push_back({{"from", reference.from},
+                    {"type", *reference.type},
+                    {"attribute", *reference.attribute},
+                    {"to", reference.to},
+                    {"level", reference.level}});
+  }
+  return {{"id", instance.number}, {"type", instance.type}, {"references", list}};
+}
+
+Json ToJson(const std::vector<SchemaInfo>& schemas) {
+  Json json = Json::array();
+  for (const SchemaInfo& schema : schemas) {
+    json.push_back({{"name", schema.name},
+                    {"protocol", TextOrNull(schema.protocol)},
+                    {"library", TextOrNull(schema.library)},
+                    {"types", schema.types}});
+  }
+  return json;
+}
+
+Json ToJson(const TypeInfo& type) {
+  Json attributes = Json::array();
+  for (const AttributeInfo& attribute : type.attributes) {
+    const bool isKnown = !attribute.expressType.empty();
+    attributes.push_back({{"name", attribute.name},
+                          {"owner", attribute.owner},
+                          {"type", TextOrNull(attribute.expressType)},
+                          {"optional", isKnown ? Json(attribute.isOptional) : Json(nullptr)},
+                          {"derived", isKnown ? Json(attribute.isDerived) : Json(nullptr)}});
+  }
+  return {{"schema", type.schema},
+          {"type", type.name},
+          {"attributes", attributes},
+          {"supertypes", type.supertypes},
+          {"subtypes", type.subtypes}};
+}
+
+std::string ToText(const Json& json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
 
 }  // namespace velmar

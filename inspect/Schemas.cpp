@@ -37,10 +37,6 @@ const std::vector<Row>& Rows() {
   return kRows;
 }
 
-std::string RegistryName(Schema schema) {
-  return ExpRuntimeRegistry::GetInstance()->EvalRegisteredSchema(schema);
-}
-
 // The schemas that there are libraries of: "first (second), ...", in columns of the table; "none" in a build
 // without.
 std::string Listed(const char* Row::*first, const char* Row::*second) {
@@ -52,6 +48,10 @@ std::string Listed(const char* Row::*first, const char* Row::*second) {
 }
 
 }  // namespace
+
+std::string RegistryName(Schema schema) {
+  return ExpRuntimeRegistry::GetInstance()->EvalRegisteredSchema(schema);
+}
 
 std::string SupportedSchemas() { return Listed(&Row::fileName, &Row::shortName); }
 
@@ -85,11 +85,22 @@ std::optional<Schema> FindSchema(const std::string& name) {
 
 bool HasLibrary(Schema schema) { return VELMAR::IsBundledSchema(RegistryName(schema)); }
 
-std::string LibraryFile(Schema schema) { return VELMAR::BundledLibraryFile(RegistryName(schema)); }
+std::string LibraryFile(Schema schema) { return LibraryFile(RegistryName(schema)); }
+
+std::string LibraryFile(const std::string& registryName) { return VELMAR::BundledLibraryFile(registryName); }
+
+std::string ProtocolOf(const std::string& registryName) {
+  for (const Row& row : Rows()) {
+    if (RegistryName(row.schema) == registryName) return row.shortName;
+  }
+  return "";
+}
 
 void LoadLibrary(Schema schema) {
   if (HasLibrary(schema)) VELMAR::LoadBundledSchema(RegistryName(schema));
 }
+
+void LoadAllLibraries() { VELMAR::LoadBundledSchemas(); }
 
 void LoadFallback() {
   if (VELMAR::IsBundledSchema(kFallback)) VELMAR::LoadBundledSchema(kFallback);

@@ -28,10 +28,20 @@ bool HasLibrary(VELMAR::Schema schema);
 
 /// The name of the file of the schema's library; empty where there is none.
 std::string LibraryFile(VELMAR::Schema schema);
+std::string LibraryFile(const std::string& registryName);
+
+/// The everyday name of a schema by its registry name; empty where it has none.
+std::string ProtocolOf(const std::string& registryName);
+
+/// The name under which the types of the schema are registered.
+std::string RegistryName(VELMAR::Schema schema);
 
 /// Loads the library of the schema; does nothing where there is none. Throws std::runtime_error with the
 /// reason where it cannot be loaded.
 void LoadLibrary(VELMAR::Schema schema);
+
+/// Loads the libraries of all schemas that there are. Throws as LoadLibrary does.
+void LoadAllLibraries();
 
 /// Loads the schema for types that a file's own schema lacks; does nothing where this program has none.
 /// Throws as LoadLibrary does.

@@ -132,7 +132,8 @@ std::string TextOf(ExpAttribute& value) {
     while (end < part21.size() && (part21[end] != '\'' || part21.compare(end, 2, "''") == 0)) {
       end += part21[end] == '\'' ? 2 : 1;
     }
-    for (const char c : Decoded(part21.substr(i + 1, end - i - 1))) text += c == '\'' ? std::string("''") : std::string(1, c);
+    for (const char c : Decoded(part21.substr(i + 1, end - i - 1)))
+      text += c == '\'' ? std::string("''") : std::string(1, c);
     text += '\'';
     i = end;
   }

@@ -12,11 +12,12 @@ namespace velmar {
 
 using Json = nlohmann::ordered_json;
 
-/// The value as Part 21 writes it, but with strings in UTF-8 and without control characters; `$` where it has none.
+/// The value as Part 21 writes it, but with strings in UTF-8 and without control characters; `$` where it has
+/// none.
 std::string TextOf(VELMAR::ExpAttribute& value);
 
-/// The value as a cell of a table: a string or an enumeration item without what encloses it, nothing for `$` and `*`, any
-/// other value as TextOf gives it.
+/// The value as a cell of a table: a string or an enumeration item without what encloses it, nothing for `$`
+/// and `*`, any other value as TextOf gives it.
 std::string CellOf(VELMAR::ExpAttribute& value);
 
 /// The value as docs/json.md describes it.

@@ -85,6 +85,13 @@ void SayWhereReadingEnded() {
       FileBeingRead(), NameOf(Code::kLongToken)));
 }
 
+int Finish(Findings& findings, bool isQuiet) {
+  FlushOutput();
+  const int status = findings.Errors() == 0 ? kDone : kFileHasErrors;
+  if (!isQuiet) Print(findings);
+  return status;
+}
+
 void FlushOutput() {
   if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
 }

@@ -20,6 +20,10 @@ enum ExitStatus {
 /// lines.
 void Print(Findings& findings);
 
+/// Ends a command that has printed its data: says what is wrong with the file, unless `isQuiet`, and returns
+/// the exit status. Throws as FlushOutput does.
+int Finish(Findings& findings, bool isQuiet);
+
 /// Hands what was printed to the system. Throws std::system_error where it does not take it.
 void FlushOutput();
 

@@ -15,26 +15,33 @@ constexpr const char* kExitStatus =
     "Exit status: 0 done; 1 the file has errors; 2 wrong usage, or a file that cannot be read or written.\n"
     "Messages go to standard error as file:line:col: severity: text [code].";
 
-}  // namespace
-
-void ReadingFlags::AddTo(CLI::App& command) {
-  CLI::Option* named =
-      command
-          .add_option("--schema", schema,
-                      "Reads the file with this schema, whatever it says itself: AP203, AP203E2, AP214, AP242, "
-                      "PLIB, or a name that FILE_SCHEMA may hold. FILE_SCHEMA stays as it is")
-          ->type_name("NAME");
-  CLI::Option* text = command
-                          .add_option("--express", express,
-                                      "Reads the file with the schema of this EXPRESS text, the last one "
-                                      "in it. FILE_SCHEMA stays as it is")
-                          ->type_name("FILE.exp")
-                          ->excludes(named);
-  command.add_option("-I,--include", includes, "Where schemas that the EXPRESS text uses are looked for as NAME.exp")
+void AddOptions(CLI::App& command, ReadingFlags& flags, const char* schemaHelp, const char* expressHelp) {
+  CLI::Option* named = command.add_option("--schema", flags.schema, schemaHelp)->type_name("NAME");
+  CLI::Option* text =
+      command.add_option("--express", flags.express, expressHelp)->type_name("FILE.exp")->excludes(named);
+  command
+      .add_option("-I,--include", flags.includes,
+                  "Where schemas that the EXPRESS text uses are looked for as NAME.exp")
       ->type_name("FOLDER")
       ->allow_extra_args(false)
       ->needs(text);
+}
+
+}  // namespace
+
+void ReadingFlags::AddTo(CLI::App& command) {
+  AddOptions(
+      command, *this,
+      "Reads the file with this schema, whatever it says itself: AP203, AP203E2, AP214, AP242, "
+      "PLIB, or a name that FILE_SCHEMA may hold. FILE_SCHEMA stays as it is",
+      "Reads the file with the schema of this EXPRESS text, the last one in it. FILE_SCHEMA stays as it is");
   command.add_flag("-q,--quiet", quiet, "Says nothing of what is wrong with the file: the exit status does");
+}
+
+void ReadingFlags::AddSchemaTo(CLI::App& command) {
+  AddOptions(command, *this,
+             "Only this schema: AP203, AP203E2, AP214, AP242, PLIB, or a name that FILE_SCHEMA may hold",
+             "Only the schema of this EXPRESS text, the last one in it");
 }
 
 ReadingOptions ReadingFlags::Resolve() const {
@@ -51,6 +58,8 @@ ReadingOptions ReadingFlags::Resolve() const {
   return options;
 }
 
-std::string Footer(const std::string& example) { return fmt::format("Example: {}\n\n{}", example, kExitStatus); }
+std::string Footer(const std::string& example) {
+  return fmt::format("Example: {}\n\n{}", example, kExitStatus);
+}
 
 }  // namespace velmar

@@ -20,6 +20,8 @@ struct ReadingFlags {
 
   /// Adds --schema, --express, -I and --quiet; stays where it is while the command does.
   void AddTo(CLI::App& command);
+  /// Without --quiet, for commands that read no file.
+  void AddSchemaTo(CLI::App& command);
   /// Loads the EXPRESS text, if one is given. Throws std::runtime_error where there is no such schema, and
   /// VELMAR::LateBoundError.
   ReadingOptions Resolve() const;

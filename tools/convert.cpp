@@ -71,10 +71,10 @@ int Convert(const ConvertOptions& options) {
 
 void AddConvert(CLI::App& program, Run& run) {
   auto options = std::make_shared<ConvertOptions>();
-  CLI::App* command = program.add_subcommand(
-      "convert",
-      "Reads a file and writes it anew. OUT is replaced by a complete file or not "
-      "at all; it may be the same file as IN if all of IN could be kept");
+  CLI::App* command =
+      program.add_subcommand("convert",
+                             "Reads a file and writes it anew. OUT is replaced by a complete file or not "
+                             "at all; it may be the same file as IN if all of IN could be kept");
   command->add_option("IN", options->in, "The Part 21 file to read")->required();
   command->add_option("-o,--output", options->out, "The Part 21 file to write")->required()->type_name("OUT");
   options->reading.AddTo(*command);

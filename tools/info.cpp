@@ -27,9 +27,13 @@ struct InfoOptions {
   bool json = false;
 };
 
-void PrintRow(const char* label, const std::string& value) { fmt::print("{:<24}{}\n", label, Printable(value)); }
+void PrintRow(const char* label, const std::string& value) {
+  fmt::print("{:<24}{}\n", label, Printable(value));
+}
 
-std::string Joined(const std::vector<std::string>& texts) { return fmt::format("{}", fmt::join(texts, "; ")); }
+std::string Joined(const std::vector<std::string>& texts) {
+  return fmt::format("{}", fmt::join(texts, "; "));
+}
 
 // "VEKTOR (2), MY_TYPE (1), 4 more"
 std::string Named(const std::vector<std::string>& names) {
@@ -42,7 +46,8 @@ std::string Named(const std::vector<std::string>& names) {
 
 std::string UnknownTypes(const FileInfo& info) {
   std::vector<std::string> names;
-  for (const auto& [type, count] : info.unknownTypes) names.push_back(fmt::format("{} ({})", type, Grouped(count)));
+  for (const auto& [type, count] : info.unknownTypes)
+    names.push_back(fmt::format("{} ({})", type, Grouped(count)));
   return Named(names);
 }
 
@@ -56,7 +61,8 @@ std::string Unresolved(const FileInfo& info) {
     names.push_back(
         fmt::format("#{} ({}at {}:{})", reference.to, from, reference.place.line, reference.place.column));
   }
-  return fmt::format("{} to {}: {}", Grouped(count), Counted(info.unresolved.size(), "missing instance"), Named(names));
+  return fmt::format("{} to {}: {}", Grouped(count), Counted(info.unresolved.size(), "missing instance"),
+                     Named(names));
 }
 
 void PrintInfo(const FileInfo& info) {
@@ -84,8 +90,8 @@ void PrintInfo(const FileInfo& info) {
   PrintRow("unknown types", UnknownTypes(info));
   fmt::print("\n");
   for (const auto& [name, count] : info.types) fmt::print("{:>12}  {}\n", Grouped(count), name);
-  fmt::print("\nread in {:.1f} ms, {:.0f} MB/s, {:.0f} MB of memory\n", info.seconds * 1e3, info.MegabytesPerSecond(),
-             static_cast<double>(info.peakMemory) / 1e6);
+  fmt::print("\nread in {:.1f} ms, {:.0f} MB/s, {:.0f} MB of memory\n", info.seconds * 1e3,
+             info.MegabytesPerSecond(), static_cast<double>(info.peakMemory) / 1e6);
 }
 
 int Info(const InfoOptions& options) {
@@ -124,9 +130,10 @@ int Info(const InfoOptions& options) {
 
 void AddInfo(CLI::App& program, Run& run) {
   auto options = std::make_shared<InfoOptions>();
-  CLI::App* command =
-      program.add_subcommand("info", "Prints the headers of files, their schemas, and how many instances of which types "
-                                     "they hold");
+  CLI::App* command = program.add_subcommand(
+      "info",
+      "Prints the headers of files, their schemas, and how many instances of which types "
+      "they hold");
   command->add_option("FILE", options->files, "Part 21 files")->required();
   options->reading.AddTo(*command);
   command->add_flag("--json", options->json, "Prints an array with an object for each file");

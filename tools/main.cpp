@@ -35,6 +35,10 @@ int RunProgram(int argc, char** argv) {
   app.footer(velmar::Footer("velmar info examples/bracket.stp"));
   velmar::Run run;
   velmar::AddInfo(app, run);
+  velmar::AddList(app, run);
+  velmar::AddShow(app, run);
+  velmar::AddRefs(app, run);
+  velmar::AddSchemas(app, run);
   velmar::AddConvert(app, run);
   try {
     app.parse(argc, argv);
@@ -48,7 +52,8 @@ int RunProgram(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::atexit(velmar::SayWhereReadingEnded);
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows beyond its limit is an error of writing, as a full disk is
+  std::signal(SIGXFSZ,
+              SIG_IGN);  // a file that grows beyond its limit is an error of writing, as a full disk is
   int status = velmar::kDone;
   try {
     status = RunProgram(argc, argv);

@@ -1,5 +1,3 @@
-#include "Codes.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "Codes.h"
 #include "Reading.h"
 #include "RunProgram.h"
 #include "SampleFiles.h"
@@ -34,9 +33,11 @@ TEST_P(CatalogueRow, StandsAtItsCode) {
 TEST_P(CatalogueRow, ItsExampleHasTheFindingAndTheNearMissHasNone) {
   const CodeInfo& row = GetParam();
   if (row.example == nullptr) {
-    // What no file has by itself: it depends on the system, on what is done with the file, or needs a long text.
-    const std::set<Code> without = {Code::kLongToken,  Code::kFileChanged, Code::kFallbackLibrary, Code::kLongString,
-                                    Code::kRealRounded, Code::kMissingValues, Code::kNotWritten};
+    // What no file has by itself: it depends on the system, on what is done with the file, or needs a long
+    // text.
+    const std::set<Code> without = {Code::kLongToken,  Code::kFileChanged, Code::kFallbackLibrary,
+                                    Code::kLongString, Code::kRealRounded, Code::kMissingValues,
+                                    Code::kNotWritten};
     EXPECT_EQ(without.count(row.code), 1u);
     return;
   }
@@ -49,9 +50,10 @@ INSTANTIATE_TEST_SUITE_P(All, CatalogueRow, testing::ValuesIn(Catalogue()),
 
 TEST(Finding, KnowsItsInstanceAndAttribute) {
   TemporaryDirectory directory;
-  Reading reading(WriteFile(directory.Path("in.stp"),
-                            FileWith("#7=CARTESIAN_POINT('',(2147483648));\n"
-                                     "#8=(CONVERSION_BASED_UNIT('x',#0)NAMED_UNIT(*)PLANE_ANGLE_UNIT());\n")));
+  Reading reading(
+      WriteFile(directory.Path("in.stp"),
+                FileWith("#7=CARTESIAN_POINT('',(2147483648));\n"
+                         "#8=(CONVERSION_BASED_UNIT('x',#0)NAMED_UNIT(*)PLANE_ANGLE_UNIT());\n")));
   const std::vector<Finding>& findings = reading.GetFindings().WithPlace();
   ASSERT_EQ(findings.size(), 2u);
   EXPECT_EQ(findings[0].instance, 7);
@@ -62,8 +64,9 @@ TEST(Finding, KnowsItsInstanceAndAttribute) {
 
 TEST(Unresolved, ReferencesAreGivenOncePerMissingInstanceWithTheirFirstPlace) {
   TemporaryDirectory directory;
-  Reading reading(WriteFile(directory.Path("in.stp"), FileWith("#1=VECTOR('',#9,1.);\n#2=VECTOR('',#4,1.);\n"
-                                                               "#3=VECTOR('',#9,1.);\n#4=VEKTOR();\n#5=VECTOR('',#1,1.);\n")));
+  Reading reading(WriteFile(directory.Path("in.stp"),
+                            FileWith("#1=VECTOR('',#9,1.);\n#2=VECTOR('',#4,1.);\n"
+                                     "#3=VECTOR('',#9,1.);\n#4=VEKTOR();\n#5=VECTOR('',#1,1.);\n")));
   const std::vector<UnresolvedReference>& found = reading.GetPopulation().Unresolved();
   ASSERT_EQ(found.size(), 1u);  // #4 is there, though its type is unknown
   EXPECT_EQ(found[0].to, 9);

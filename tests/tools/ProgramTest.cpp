@@ -39,6 +39,10 @@ TEST_P(VelmarHelp, ShowsUsageAnExampleAndTheExitStatus) {
 INSTANTIATE_TEST_SUITE_P(EveryCommand, VelmarHelp,
                          testing::Values(std::vector<std::string>{"--help"},
                                          std::vector<std::string>{"info", "--help"},
+                                         std::vector<std::string>{"list", "--help"},
+                                         std::vector<std::string>{"show", "--help"},
+                                         std::vector<std::string>{"refs", "--help"},
+                                         std::vector<std::string>{"schemas", "--help"},
                                          std::vector<std::string>{"convert", "--help"}));
 
 class VelmarWrongUsage : public testing::TestWithParam<std::vector<std::string>> {};
@@ -57,6 +61,15 @@ INSTANTIATE_TEST_SUITE_P(All, VelmarWrongUsage,
                                          std::vector<std::string>{"info"},
                                          std::vector<std::string>{"info", "a", "b"},
                                          std::vector<std::string>{"info", "--quick", "a"},
+                                         std::vector<std::string>{"list", "a"},
+                                         std::vector<std::string>{"list", "a", "b", "--csv", "--json"},
+                                         std::vector<std::string>{"show", "a"},
+                                         std::vector<std::string>{"refs", "a"},
+                                         std::vector<std::string>{"refs", "a", "1", "--depth", "-1"},
+                                         std::vector<std::string>{"refs", "a", "1", "--depth", "x"},
+                                         std::vector<std::string>{"refs", "a", "1", "2"},
+                                         std::vector<std::string>{"schemas", "--schema", "AP21"},
+                                         std::vector<std::string>{"schemas", "a", "b"},
                                          std::vector<std::string>{"convert", "a"},
                                          std::vector<std::string>{"convert", "-o", "b"}));
 
@@ -64,6 +77,7 @@ class VelmarUnreadableInput : public testing::TestWithParam<std::string> {
  protected:
   Outcome Run(const std::string& in) {
     if (GetParam() == "info") return RunProgram({kVelmar, "info", in});
+    if (GetParam() != "convert") return RunProgram({kVelmar, GetParam(), in, "1"});
     return RunProgram({kVelmar, "convert", in, "-o", directory_.Path("out.stp")});
   }
   TemporaryDirectory directory_;
@@ -103,12 +117,13 @@ TEST_P(VelmarUnreadableInput, SaysThatPermissionIsDenied) {
   }
   std::vector<std::string> command = {kVelmar, GetParam(), in};
   if (GetParam() == "convert") command.insert(command.end(), {"-o", directory_.Path("out.stp")});
+  if (GetParam() != "convert" && GetParam() != "info") command.emplace_back("1");
   const Outcome outcome = RunProgram(command, setting);
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "velmar: error: " + in + " cannot be read: Permission denied\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(BothCommands, VelmarUnreadableInput, testing::Values("info", "convert"));
+INSTANTIATE_TEST_SUITE_P(EveryCommand, VelmarUnreadableInput, testing::Values("info", "list", "show", "refs", "convert"));
 
 TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   TemporaryDirectory directory;
