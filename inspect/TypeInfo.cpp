@@ -30,7 +30,8 @@ std::set<std::pair<std::string, std::string>> AllTypes() {
   std::set<std::pair<std::string, std::string>> types;
   for (std::string line; std::getline(report, line);) {
     std::istringstream stream(line);
-    const std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+    const std::istream_iterator<std::string> begin(stream);
+    const std::vector<std::string> words(begin, {});
     if (words.size() == 3 && words[2] != kOwnSchema) types.emplace(words[2], words[0]);
   }
   return types;

@@ -1,11 +1,14 @@
 #include "Messages.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -20,6 +23,10 @@ namespace {
 
 // So many findings with a place are printed; what is beyond is counted.
 constexpr std::size_t kPrinted = 50;
+
+constexpr const char* kBoldRed = "1;31";
+constexpr const char* kBoldGreen = "1;32";
+constexpr const char* kBoldYellow = "1;33";
 
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
@@ -52,6 +59,25 @@ std::pair<std::string, std::size_t> Shown(const Excerpt& excerpt) {
 
 std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
 
+// For a terminal that shows them, unless its user wants none (NO_COLOR).
+bool HasColours() {
+  static const bool kHasColours = [] {
+    const char* noColour = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    return isatty(STDERR_FILENO) != 0 && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
+           std::strcmp(terminal, "dumb") != 0;
+  }();
+  return kHasColours;
+}
+
+std::string Coloured(const std::string& text, const char* colour) {
+  return HasColours() ? fmt::format("\x1B[{}m{}\x1B[0m", colour, text) : text;
+}
+
+std::string Shown(Severity severity) {
+  return Coloured(Name(severity), severity == Severity::kError ? kBoldRed : kBoldYellow);
+}
+
 }  // namespace
 
 void Print(Findings& findings) {
@@ -66,23 +92,23 @@ void Print(Findings& findings) {
   for (std::size_t i = 0; i < printed; ++i) {
     const Finding& finding = placed[i];
     Say(fmt::format("{}:{}:{}: {}: {}{}\n", file, finding.place.line, finding.place.column,
-                    Name(finding.severity), finding.text, CodeOf(finding)));
+                    Shown(finding.severity), finding.text, CodeOf(finding)));
     if (i >= excerpts.size()) continue;  // the file is gone
     const auto [shown, caret] = Shown(excerpts[i]);
-    if (!shown.empty()) Say(fmt::format("  {}\n  {:>{}}\n", shown, '^', caret + 1));
+    if (!shown.empty()) Say(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured("^", kBoldGreen)));
   }
   const std::size_t hidden = placed.size() - printed + findings.NotKept();
   if (hidden > 0) Say(fmt::format("{}: {} not shown\n", file, Counted(hidden, "more message")));
   for (const Finding& finding : findings.WithoutPlace()) {
-    Say(fmt::format("{}: {}: {}{}\n", file, Name(finding.severity), finding.text, CodeOf(finding)));
+    Say(fmt::format("{}: {}: {}{}\n", file, Shown(finding.severity), finding.text, CodeOf(finding)));
   }
 }
 
 void SayWhereReadingEnded() {
   if (FileBeingRead() == nullptr) return;
   Say(fmt::format(
-      "{}: error: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
-      FileBeingRead(), NameOf(Code::kLongToken)));
+      "{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
+      FileBeingRead(), Shown(Severity::kError), NameOf(Code::kLongToken)));
 }
 
 int Finish(Findings& findings, bool isQuiet) {
@@ -99,7 +125,7 @@ void FlushOutput() {
 void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }
 
 int CannotRun(const std::string& text) {
-  Say("velmar: error: " + text + '\n');
+  Say("velmar: " + Shown(Severity::kError) + ": " + text + '\n');
   return kCannotRun;
 }
 

@@ -135,6 +135,45 @@ TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written: No space left on device\n");
 }
 
+// What the program says on standard error where that is a terminal of this kind.
+std::string OnATerminal(const std::vector<std::string>& command, const char* terminal, const char* noColour) {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY);
+  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return "no terminal";
+  const std::string slave = ptsname(master);
+  const int held = open(slave.c_str(), O_RDWR | O_NOCTTY);  // keeps what was written until it is read
+  Setting setting;
+  setting.before = [&] {
+    dup2(held, 2);
+    setenv("TERM", terminal, 1);
+    setenv("NO_COLOR", noColour, 1);
+  };
+  RunProgram(command, setting);
+  char text[4096];
+  fcntl(master, F_SETFL, O_NONBLOCK);
+  const ssize_t length = read(master, text, sizeof text);
+  close(held);
+  close(master);
+  return length <= 0 ? "" : std::string(text, static_cast<std::size_t>(length));
+}
+
+TEST(VelmarProgram, MessagesHaveColoursOnATerminalOnly) {
+  TemporaryDirectory directory;
+  const std::string in =
+      WriteFile(directory.Path("in.stp"), FileWith("#1=DIRECTION('',(1.,$));\n#2=DIRECTION('',(1.);\n"));
+  const std::vector<std::string> command = {kVelmar, "info", in};
+  const std::string coloured = OnATerminal(command, "xterm", "");
+  if (coloured == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
+  EXPECT_THAT(coloured, HasSubstr(":8:21: \x1B[1;33mwarning\x1B[0m: 1 unset list element not kept (#1) [V018]"));
+  EXPECT_THAT(coloured, HasSubstr(":9:21: \x1B[1;31merror\x1B[0m: \")\" expected [V001]"));
+  EXPECT_THAT(coloured, HasSubstr("                    \x1B[1;32m^\x1B[0m"));
+  EXPECT_THAT(OnATerminal({kVelmar, "info", in + "x"}, "xterm", ""), HasSubstr("velmar: \x1B[1;31merror\x1B[0m: "));
+  for (const std::string& plain : {OnATerminal(command, "xterm", "1"), OnATerminal(command, "dumb", ""),
+                                   RunProgram(command).err}) {
+    EXPECT_THAT(plain, HasSubstr("error: "));
+    EXPECT_THAT(plain, testing::Not(HasSubstr("\x1B")));
+  }
+}
+
 // Messages are lost then, and nothing else: the exit status says what there is to say.
 // As by `velmar info FILE | head`; where the signal is ignored, too, as some programs have it for those they start.
 TEST(VelmarProgram, AClosedPipeEndsItAsTheSignalDoes) {
