@@ -73,7 +73,9 @@ std::vector<std::string> TypesOf(const std::string& schema) {
 }
 
 const ExpEntityRuntimeType* FindType(const std::string& name, const std::string& schema) {
-  return ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(VELMAR::ToUpperString(name), schema);
+  const ExpEntityRuntimeType* type =
+      ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(VELMAR::ToUpperString(name), schema);
+  return type == nullptr || type->GetSchema() == kOwnSchema ? nullptr : type;
 }
 
 TypeInfo Describe(const ExpEntityRuntimeType& type) {

@@ -14,6 +14,6 @@ std::string Grouped(std::uint64_t number);
 std::string Counted(std::uint64_t number, const std::string& noun);
 
 /// The text as it may go to a terminal: a blank for each control character.
-std::string Printable(std::string text);
+std::string Printable(const std::string& text);
 
 }  // namespace velmar

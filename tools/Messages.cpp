@@ -106,9 +106,8 @@ void Print(Findings& findings) {
 
 void SayWhereReadingEnded() {
   if (FileBeingRead() == nullptr) return;
-  Say(fmt::format(
-      "{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
-      FileBeingRead(), Shown(Severity::kError), NameOf(Code::kLongToken)));
+  Say(fmt::format("{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
+                  FileBeingRead(), Shown(Severity::kError), NameOf(Code::kLongToken)));
 }
 
 int Finish(Findings& findings, bool isQuiet) {

@@ -45,6 +45,7 @@ TEST(TypeInfo, OfASchemaLibraryKnowsOwnersSupertypesAndSubtypes) {
 TEST(TypeInfo, IsNullForWhatThereIsNot) {
   EXPECT_EQ(FindType("NO_SUCH_TYPE", "AUTOMOTIVE_DESIGN"), nullptr);
   EXPECT_EQ(FindType("VERTEX", "NO_SUCH_SCHEMA"), nullptr);
+  EXPECT_EQ(FindType("FILE_NAME", "AUTOMOTIVE_DESIGN"), nullptr);  // no type of any schema: it stands in the header
 }
 
 TEST(TypeInfo, OfAnExpressTextKnowsTheTypesOfAttributes) {

@@ -21,6 +21,7 @@ TEST(Counted, OneIsSingular) {
 
 TEST(Printable, ControlCharactersBecomeBlanks) {
   EXPECT_EQ(Printable("a\tb\x1B[31m\x7F\xC3\xA4"), "a b [31m \xC3\xA4");
+  EXPECT_EQ(Printable("\xC2\x9B[31m\xC2\xA0\xC2"), " [31m\xC2\xA0\xC2");
 }
 
 }  // namespace

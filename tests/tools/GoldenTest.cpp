@@ -48,6 +48,7 @@ TEST_P(GoldenOutput, IsAsBefore) {
 }
 
 const char kSample[] = "examples/bracket.stp";
+const char kGears[] = "tests/tools/data/gears.stp";
 const char kText[] = "tests/tools/data/gears.exp";
 const char kValues[] = "tests/tools/data/values.stp";
 
@@ -71,8 +72,15 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{"show", {"show", kSample, "16", "#5", "10", "35"}},
                     Golden{"show_json", {"show", kValues, "--json", "-q", "1", "5", "6", "9", "10"}},
                     Golden{"show_missing", {"show", kValues, "-q", "1", "20", "77"}},
-                    Golden{"show_wrong", {"show", kSample, "x"}}, Golden{"refs", {"refs", kSample, "16"}},
-                    Golden{"refs_none", {"refs", kSample, "383"}},
+                    Golden{"show_wrong", {"show", kSample, "x"}},
+                    Golden{"info_express", {"info", kGears, "--express", kText, "--json"}},
+                    Golden{
+                        "list_express",
+                        {"list", kGears, "gear", "--express", kText, "--attr", "label", "--attr", "pitch"}},
+                    Golden{"list_header", {"list", kSample, "file_name"}},
+                    Golden{"show_express", {"show", kGears, "2", "--express", kText}},
+                    Golden{"refs_express", {"refs", kGears, "2", "--express", kText}},
+                    Golden{"refs", {"refs", kSample, "16"}}, Golden{"refs_none", {"refs", kSample, "383"}},
                     Golden{"refs_depth", {"refs", kSample, "#20", "--depth", "3"}},
                     Golden{"refs_all", {"refs", kSample, "80", "--depth", "0"}},
                     Golden{"refs_json", {"refs", kValues, "1", "--json", "-q"}},
