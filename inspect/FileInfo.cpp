@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <list>
 #include <map>
+#include <unordered_map>
 
 #include "ExpCustomEntities.h"
 #include "Instances.h"
@@ -53,14 +54,20 @@ void DescribeHeader(Population& file, FileInfo& info) {
 }
 
 void DescribeInstances(Population& file, FileInfo& info) {
+  std::unordered_map<const std::string*, std::size_t> simple;  // by the name that the type keeps
   std::map<std::string, std::size_t> counts;
   for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
     ExpEntity* entity = file.GetEntity(number);
     if (entity == nullptr) continue;
     if (info.largestNumber == 0) info.largestNumber = number;
-    if (dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity) != nullptr) ++info.complexInstances;
-    ++counts[TypeName(*entity)];
+    if (dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity) != nullptr) {
+      ++info.complexInstances;
+      ++counts[TypeName(*entity)];
+    } else {
+      ++simple[&entity->GetExpClassName()];
+    }
   }
+  for (const auto& [name, count] : simple) counts[*name] += count;
   info.instances = file.Count();
   info.types.assign(counts.begin(), counts.end());
   std::stable_sort(info.types.begin(), info.types.end(),

@@ -76,7 +76,7 @@ Listing ListInstances(Population& population, const ListingRequest& request) {
     for (; entity != found.end() && (*entity)->GetEntityNumber() == number; ++entity) {
       if (kept != nullptr && IsKept(kept, *entity)) parts.push_back(*entity);
     }
-    if (parts.empty()) continue;
+    if (kept == nullptr || parts.empty()) continue;
     Listing::Row row = {number, TypeName(*kept), {}};
     for (const std::string& attribute : listing.attributes) row.values.push_back(ValueIn(parts, attribute));
     listing.rows.push_back(std::move(row));

@@ -58,6 +58,7 @@ std::vector<SchemaInfo> RegisteredSchemas() {
   std::map<std::string, std::size_t> counts;
   for (const auto& [schema, name] : AllTypes()) ++counts[schema];
   std::vector<SchemaInfo> schemas;
+  schemas.reserve(counts.size());
   for (const auto& [schema, count] : counts) {
     schemas.push_back({schema, ProtocolOf(schema), LibraryFile(schema), count});
   }
