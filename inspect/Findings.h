@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,6 +45,9 @@ class Findings {
   std::size_t Errors() const { return errors_; }
   bool IsEmpty() const { return placed_.empty() && general_.empty(); }
   std::size_t NotKept() const { return notKept_; }
+
+  /// Forgets all that are not of these codes. Where some were not kept before, their number stays.
+  void Keep(const std::set<Code>& codes);
 
   /// Puts those with a place in the order of the places; of one place, they stay in the order in which they
   /// were added.

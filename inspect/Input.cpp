@@ -12,15 +12,7 @@
 
 namespace velmar {
 
-namespace {
-
-// How many columns of a line an excerpt shows, and how many of them at most before its place: enough to
-// recognise the place, little enough for one row of a terminal.
-constexpr std::size_t kWidth = 100;
-constexpr std::size_t kBefore = 60;
-
-// As std::fread; goes on where a signal came in between. Where ferror() holds behind it, errno says why.
-std::size_t ReadBytes(FILE* file, char* bytes, std::size_t wanted) {
+std::size_t ReadBytes(std::FILE* file, char* bytes, std::size_t wanted) {
   std::size_t count = 0;
   do {
     if (std::ferror(file) != 0) std::clearerr(file);
@@ -28,6 +20,13 @@ std::size_t ReadBytes(FILE* file, char* bytes, std::size_t wanted) {
   } while (count < wanted && std::ferror(file) != 0 && errno == EINTR);
   return count;
 }
+
+namespace {
+
+// How many columns of a line an excerpt shows, and how many of them at most before its place: enough to
+// recognise the place, little enough for one row of a terminal.
+constexpr std::size_t kWidth = 100;
+constexpr std::size_t kBefore = 60;
 
 // Hands out the bytes of a file, of which the line ends CR and CR LF come out as LF.
 class LineReader {

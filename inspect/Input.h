@@ -22,6 +22,9 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 /// Opens a file for reading; null with errno where that fails.
 File Open(const std::string& path);
 
+/// As std::fread; goes on where a signal came in between. Where ferror() holds behind it, errno says why.
+std::size_t ReadBytes(std::FILE* file, char* bytes, std::size_t wanted);
+
 /// Why the file cannot be read, as the end of a sentence that begins with its name; empty where it can be.
 std::string WhyUnreadable(const std::string& path);
 

@@ -23,17 +23,12 @@ double Now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-class BeingRead {
- public:
-  explicit BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
-  ~BeingRead() { fileBeingRead = nullptr; }
-  BeingRead(const BeingRead&) = delete;
-  BeingRead& operator=(const BeingRead&) = delete;
-};
-
 }  // namespace
 
 const char* FileBeingRead() { return fileBeingRead; }
+
+BeingRead::BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
+BeingRead::~BeingRead() { fileBeingRead = nullptr; }
 
 Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),

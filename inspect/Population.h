@@ -34,6 +34,15 @@ struct UnresolvedReference {
 /// library ends it where a token is too long.
 const char* FileBeingRead();
 
+/// While it lives, the file of this path is the one that is being read.
+class BeingRead {
+ public:
+  explicit BeingRead(const std::string& path);
+  ~BeingRead();
+  BeingRead(const BeingRead&) = delete;
+  BeingRead& operator=(const BeingRead&) = delete;
+};
+
 /// A file that notes, while it is read, which instances it cannot hold. Schema libraries are loaded when it
 /// needs them: that of its schema, and that of the fallback schema when it meets a type that its schema
 /// lacks. A schema that was loaded at run time takes the place of both.

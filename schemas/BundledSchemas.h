@@ -16,6 +16,10 @@ std::string BundledLibraryFile(const std::string& registryName);
 /// Throws std::runtime_error with the reason where the library cannot be loaded or the build has none.
 void LoadBundledSchema(const std::string& registryName);
 
+/// The EXPRESS text that the library of a schema was made of: where it was installed, or in the build. Throws std::runtime_error
+/// where the build has no such library, or the text is not there.
+std::string BundledSchemaText(const std::string& registryName);
+
 /// Loads the libraries of all schemas that the build has.
 void LoadBundledSchemas();
 

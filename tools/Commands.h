@@ -29,4 +29,13 @@ void AddSchemas(CLI::App& program, Run& run);
 /// Reads one file and writes what was read to another.
 void AddConvert(CLI::App& program, Run& run);
 
+/// What is wrong with files.
+void AddCheck(CLI::App& program, Run& run);
+
+/// The smallest file that holds some instances.
+void AddExtract(CLI::App& program, Run& run);
+
+/// One file of several.
+void AddMerge(CLI::App& program, Run& run);
+
 }  // namespace velmar

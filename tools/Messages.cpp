@@ -60,54 +60,64 @@ std::pair<std::string, std::size_t> Shown(const Excerpt& excerpt) {
 std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
 
 // For a terminal that shows them, unless its user wants none (NO_COLOR).
-bool HasColours() {
-  static const bool kHasColours = [] {
-    const char* noColour = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
-    return isatty(STDERR_FILENO) != 0 && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
-           std::strcmp(terminal, "dumb") != 0;
-  }();
-  return kHasColours;
+bool HasColours(std::FILE* stream) {
+  const char* noColour = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return isatty(fileno(stream)) != 0 && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
+         std::strcmp(terminal, "dumb") != 0;
 }
 
-std::string Coloured(const std::string& text, const char* colour) {
-  return HasColours() ? fmt::format("\x1B[{}m{}\x1B[0m", colour, text) : text;
+std::string Coloured(std::FILE* stream, const std::string& text, const char* colour) {
+  return HasColours(stream) ? fmt::format("\x1B[{}m{}\x1B[0m", colour, text) : text;
 }
 
-std::string Shown(Severity severity) {
-  return Coloured(Name(severity), severity == Severity::kError ? kBoldRed : kBoldYellow);
+std::string Shown(std::FILE* stream, Severity severity) {
+  return Coloured(stream, Name(severity), severity == Severity::kError ? kBoldRed : kBoldYellow);
 }
 
-}  // namespace
+// "#12 DIRECTION.name: "; empty where nothing is known of it.
+std::string SubjectOf(const Finding& finding) {
+  std::string subject = finding.instance == 0 ? "" : fmt::format("#{}", finding.instance);
+  if (!finding.attribute.empty()) subject += (subject.empty() ? "" : " ") + finding.attribute;
+  return subject.empty() ? "" : subject + ": ";
+}
 
-void Print(Findings& findings) {
+void PrintTo(std::FILE* stream, Findings& findings, std::size_t most, bool withSubjects) {
+  const auto print = [stream](const std::string& text) { stream == stderr ? Say(text) : fmt::print(stream, "{}", text); };
+
   findings.Sort();
   const std::string& file = findings.File();
   const std::vector<Finding>& placed = findings.WithPlace();
-  const std::size_t printed = std::min(placed.size(), kPrinted);
+  const std::size_t printed = std::min(placed.size(), most);
   std::vector<Place> places;
   for (std::size_t i = 0; i < printed; ++i) places.push_back(placed[i].place);
   const std::vector<Excerpt> excerpts = ReadExcerpts(file, places);
 
   for (std::size_t i = 0; i < printed; ++i) {
     const Finding& finding = placed[i];
-    Say(fmt::format("{}:{}:{}: {}: {}{}\n", file, finding.place.line, finding.place.column,
-                    Shown(finding.severity), finding.text, CodeOf(finding)));
+    print(fmt::format("{}:{}:{}: {}: {}{}{}\n", file, finding.place.line, finding.place.column, Shown(stream, finding.severity),
+                      withSubjects ? SubjectOf(finding) : "", finding.text, CodeOf(finding)));
     if (i >= excerpts.size()) continue;  // the file is gone
     const auto [shown, caret] = Shown(excerpts[i]);
-    if (!shown.empty()) Say(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured("^", kBoldGreen)));
+    if (!shown.empty()) print(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured(stream, "^", kBoldGreen)));
   }
   const std::size_t hidden = placed.size() - printed + findings.NotKept();
-  if (hidden > 0) Say(fmt::format("{}: {} not shown\n", file, Counted(hidden, "more message")));
+  if (hidden > 0) print(fmt::format("{}: {} not shown\n", file, Counted(hidden, "more message")));
   for (const Finding& finding : findings.WithoutPlace()) {
-    Say(fmt::format("{}: {}: {}{}\n", file, Shown(finding.severity), finding.text, CodeOf(finding)));
+    print(fmt::format("{}: {}: {}{}\n", file, Shown(stream, finding.severity), finding.text, CodeOf(finding)));
   }
 }
+
+}  // namespace
+
+void Print(Findings& findings) { PrintTo(stderr, findings, kPrinted, false); }
+
+void PrintAsData(Findings& findings, std::size_t most) { PrintTo(stdout, findings, most, true); }
 
 void SayWhereReadingEnded() {
   if (FileBeingRead() == nullptr) return;
   Say(fmt::format("{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
-                  FileBeingRead(), Shown(Severity::kError), NameOf(Code::kLongToken)));
+                  FileBeingRead(), Shown(stderr, Severity::kError), NameOf(Code::kLongToken)));
 }
 
 int Finish(Findings& findings, bool isQuiet) {
@@ -124,7 +134,7 @@ void FlushOutput() {
 void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }
 
 int CannotRun(const std::string& text) {
-  Say("velmar: " + Shown(Severity::kError) + ": " + text + '\n');
+  Say("velmar: " + Shown(stderr, Severity::kError) + ": " + text + '\n');
   return kCannotRun;
 }
 

@@ -2,6 +2,7 @@
 /// What the commands say on standard error.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "Findings.h"
@@ -26,6 +27,9 @@ int Finish(Findings& findings, bool isQuiet);
 
 /// Hands what was printed to the system. Throws std::system_error where it does not take it.
 void FlushOutput();
+
+/// The same on standard output, at most `most` of those with a place, and with what each is about: `#12 DIRECTION.name: `.
+void PrintAsData(Findings& findings, std::size_t most);
 
 /// Writes the text to standard error. Never throws: there is nobody left to be told that it cannot be
 /// written.

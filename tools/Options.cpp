@@ -44,14 +44,16 @@ void ReadingFlags::AddSchemaTo(CLI::App& command) {
              "Only the schema of this EXPRESS text, the last one in it");
 }
 
+std::optional<VELMAR::Schema> ReadingFlags::Schema() const {
+  if (!schema) return std::nullopt;
+  const std::optional<VELMAR::Schema> found = FindSchema(*schema);
+  if (!found) throw std::runtime_error(fmt::format("there is no schema '{}'; there are: {}", *schema, SchemaNames()));
+  return found;
+}
+
 ReadingOptions ReadingFlags::Resolve() const {
   ReadingOptions options;
-  if (schema) {
-    options.schema = FindSchema(*schema);
-    if (!options.schema) {
-      throw std::runtime_error(fmt::format("there is no schema '{}'; there are: {}", *schema, SchemaNames()));
-    }
-  }
+  options.schema = Schema();
   if (!express.empty()) {
     options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
   }

@@ -22,6 +22,8 @@ struct ReadingFlags {
   void AddTo(CLI::App& command);
   /// Without --quiet, for commands that read no file.
   void AddSchemaTo(CLI::App& command);
+  /// The schema that is named. Throws std::runtime_error where there is no such schema.
+  std::optional<VELMAR::Schema> Schema() const;
   /// Loads the EXPRESS text, if one is given. Throws std::runtime_error where there is no such schema, and
   /// VELMAR::LateBoundError.
   ReadingOptions Resolve() const;

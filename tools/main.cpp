@@ -39,7 +39,10 @@ int RunProgram(int argc, char** argv) {
   velmar::AddShow(app, run);
   velmar::AddRefs(app, run);
   velmar::AddSchemas(app, run);
+  velmar::AddCheck(app, run);
   velmar::AddConvert(app, run);
+  velmar::AddExtract(app, run);
+  velmar::AddMerge(app, run);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "Checking.h"
 #include "Codes.h"
 #include "Reading.h"
 #include "RunProgram.h"
@@ -16,10 +17,13 @@ namespace {
 // The codes of what is found in a file with this text.
 std::set<std::string> CodesOf(const std::string& text) {
   TemporaryDirectory directory;
-  Reading reading(WriteFile(directory.Path("in.stp"), text));
+  const std::string path = WriteFile(directory.Path("in.stp"), text);
+  Reading reading(path);
   std::set<std::string> codes;
-  for (const Finding& finding : reading.GetFindings().WithPlace()) codes.insert(NameOf(finding.code));
-  for (const Finding& finding : reading.GetFindings().WithoutPlace()) codes.insert(NameOf(finding.code));
+  for (const Findings& findings : {reading.GetFindings(), CheckFile(path)}) {
+    for (const Finding& finding : findings.WithPlace()) codes.insert(NameOf(finding.code));
+    for (const Finding& finding : findings.WithoutPlace()) codes.insert(NameOf(finding.code));
+  }
   return codes;
 }
 
@@ -37,7 +41,7 @@ TEST_P(CatalogueRow, ItsExampleHasTheFindingAndTheNearMissHasNone) {
     // text.
     const std::set<Code> without = {Code::kLongToken,  Code::kFileChanged, Code::kFallbackLibrary,
                                     Code::kLongString, Code::kRealRounded, Code::kMissingValues,
-                                    Code::kNotWritten};
+                                    Code::kNotWritten, Code::kTooLong,          Code::kTooDeep};
     EXPECT_EQ(without.count(row.code), 1u);
     return;
   }
