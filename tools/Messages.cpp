@@ -1,18 +1,32 @@
 #include "Messages.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "Input.h"
+#include "Population.h"
+#include "Wording.h"
 
 namespace velmar {
 
 namespace {
+
+// So many findings with a place are printed; what is beyond is counted.
+constexpr std::size_t kPrinted = 50;
+
+constexpr const char* kBoldRed = "1;31";
+constexpr const char* kBoldGreen = "1;32";
+constexpr const char* kBoldYellow = "1;33";
 
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
@@ -43,96 +57,85 @@ std::pair<std::string, std::size_t> Shown(const Excerpt& excerpt) {
   return {shown, caret};
 }
 
-const char* Name(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }
+std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
 
-// What an exception that the library has caught says, in words of a user.
-std::string Reason(const std::string& logged) {
-  static const std::string kReading = "Error while reading from filestream ";
-  std::string reason =
-      logged.compare(0, kReading.size(), kReading) == 0 ? logged.substr(kReading.size()) : logged;
-  const std::size_t lineEnd = reason.find("\n   ");
-  if (lineEnd != std::string::npos) reason.erase(0, lineEnd + 4);
-  if (reason == "std::bad_array_new_length") return "cannot be read: the header section holds no record";
-  if (reason == "std::bad_alloc") return "not enough memory";
-  return reason;
+// For a terminal that shows them, unless its user wants none (NO_COLOR).
+bool HasColours(std::FILE* stream) {
+  const char* noColour = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return isatty(fileno(stream)) != 0 && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
+         std::strcmp(terminal, "dumb") != 0;
 }
 
-// What of a message the library has logged says that the file cannot be read, with the reason; empty where it
-// says something else.
-std::string ReasonUnreadable(const std::string& logged, int error) {
-  if (logged.compare(0, 25, "Error while opening file ") == 0) return std::strerror(error);
-  for (const char* text : {"the input cannot be read any further: ", "the length of the input cannot be found"}) {
-    const std::size_t at = logged.find(text);
-    if (at == std::string::npos) continue;
-    const std::string reason = logged.substr(at + std::strlen(text));
-    return reason.empty() ? std::strerror(error) : reason;
+std::string Coloured(std::FILE* stream, const std::string& text, const char* colour) {
+  return HasColours(stream) ? fmt::format("\x1B[{}m{}\x1B[0m", colour, text) : text;
+}
+
+std::string Shown(std::FILE* stream, Severity severity) {
+  return Coloured(stream, Name(severity), severity == Severity::kError ? kBoldRed : kBoldYellow);
+}
+
+// "#12 DIRECTION.name: "; empty where nothing is known of it.
+std::string SubjectOf(const Finding& finding) {
+  std::string subject = finding.instance == 0 ? "" : fmt::format("#{}", finding.instance);
+  if (!finding.attribute.empty()) subject += (subject.empty() ? "" : " ") + finding.attribute;
+  return subject.empty() ? "" : subject + ": ";
+}
+
+void PrintTo(std::FILE* stream, Findings& findings, std::size_t most, bool withSubjects) {
+  const auto print = [stream](const std::string& text) { stream == stderr ? Say(text) : fmt::print(stream, "{}", text); };
+
+  findings.Sort();
+  const std::string& file = findings.File();
+  const std::vector<Finding>& placed = findings.WithPlace();
+  const std::size_t printed = std::min(placed.size(), most);
+  std::vector<Place> places;
+  for (std::size_t i = 0; i < printed; ++i) places.push_back(placed[i].place);
+  const std::vector<Excerpt> excerpts = ReadExcerpts(file, places);
+
+  for (std::size_t i = 0; i < printed; ++i) {
+    const Finding& finding = placed[i];
+    print(fmt::format("{}:{}:{}: {}: {}{}{}\n", file, finding.place.line, finding.place.column, Shown(stream, finding.severity),
+                      withSubjects ? SubjectOf(finding) : "", finding.text, CodeOf(finding)));
+    if (i >= excerpts.size()) continue;  // the file is gone
+    const auto [shown, caret] = Shown(excerpts[i]);
+    if (!shown.empty()) print(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured(stream, "^", kBoldGreen)));
   }
-  return "";
+  const std::size_t hidden = placed.size() - printed + findings.NotKept();
+  if (hidden > 0) print(fmt::format("{}: {} not shown\n", file, Counted(hidden, "more message")));
+  for (const Finding& finding : findings.WithoutPlace()) {
+    print(fmt::format("{}: {}: {}{}\n", file, Shown(stream, finding.severity), finding.text, CodeOf(finding)));
+  }
 }
 
 }  // namespace
 
-void Messages::Add(Severity severity, int line, int column, std::string text) {
-  if (severity == Severity::kError) ++errors_;
-  if (line > 0 && placed_.size() == kSorted) {
-    ++unsorted_;
-    return;
-  }
-  (line > 0 ? placed_ : general_).push_back({severity, {line, column}, std::move(text)});
+void Print(Findings& findings) { PrintTo(stderr, findings, kPrinted, false); }
+
+void PrintAsData(Findings& findings, std::size_t most) { PrintTo(stdout, findings, most, true); }
+
+void SayWhereReadingEnded() {
+  if (FileBeingRead() == nullptr) return;
+  Say(fmt::format("{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
+                  FileBeingRead(), Shown(stderr, Severity::kError), NameOf(Code::kLongToken)));
 }
 
-void Messages::Print() {
-  std::stable_sort(placed_.begin(), placed_.end(), [](const Message& a, const Message& b) {
-    return a.place.line != b.place.line ? a.place.line < b.place.line : a.place.column < b.place.column;
-  });
-  const std::size_t printed = std::min(placed_.size(), kPrinted);
-  std::vector<Place> places;
-  for (std::size_t i = 0; i < printed; ++i) places.push_back(placed_[i].place);
-  const std::vector<Excerpt> excerpts = ReadExcerpts(file_, places);
+int Finish(Findings& findings, bool isQuiet) {
+  FlushOutput();
+  const int status = findings.Errors() == 0 ? kDone : kFileHasErrors;
+  if (!isQuiet) Print(findings);
+  return status;
+}
 
-  for (std::size_t i = 0; i < printed; ++i) {
-    const Message& message = placed_[i];
-    Say(fmt::format("{}:{}:{}: {}: {}\n", file_, message.place.line, message.place.column, Name(message.severity),
-                    message.text));
-    if (i >= excerpts.size()) continue;  // the file is gone
-    const auto [shown, caret] = Shown(excerpts[i]);
-    if (!shown.empty()) Say(fmt::format("  {}\n  {:>{}}\n", shown, '^', caret + 1));
-  }
-  const std::size_t hidden = placed_.size() - printed + unsorted_;
-  if (hidden > 0) Say(fmt::format("{}: {} not shown\n", file_, Counted(hidden, "more message")));
-  for (const Message& message : general_) {
-    Say(fmt::format("{}: {}: {}\n", file_, Name(message.severity), message.text));
-  }
-  placed_.clear();
-  general_.clear();
-  unsorted_ = 0;
+void FlushOutput() {
+  if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
 }
 
 void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }
 
 int CannotRun(const std::string& text) {
-  Say("velmar: error: " + text + '\n');
+  Say("velmar: " + Shown(stderr, Severity::kError) + ": " + text + '\n');
   return kCannotRun;
-}
-
-LogListener::LogListener(Messages& messages) : messages_(messages) { VELMAR::ExpLogger::AddLogger(this); }
-
-LogListener::~LogListener() { VELMAR::ExpLogger::RemoveLogger(this); }
-
-void LogListener::Write(const std::string& message, const VELMAR::ExpLogLevel& level) {
-  const int error = errno == 0 ? EIO : errno;
-  std::string text = message;
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  const std::string reason = ReasonUnreadable(text, error);
-  if (!reason.empty()) messages_.SetUnreadable(reason);
-  int line = 0;
-  int column = 0;
-  int length = 0;
-  if (std::sscanf(text.c_str(), "-- line %d col %d: %n", &line, &column, &length) == 2 && length > 0) {
-    messages_.Add(Severity::kError, line, column, text.substr(static_cast<std::size_t>(length)));
-  } else if (level == VELMAR::ExpLogException) {
-    messages_.AddError(Reason(text));
-  }
 }
 
 }  // namespace velmar

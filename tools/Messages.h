@@ -1,13 +1,11 @@
 /// @file Messages.h
-/// What the commands say about a file on standard error.
+/// What the commands say on standard error.
 #pragma once
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
-#include "ExpLogging.h"
-#include "Input.h"
+#include "Findings.h"
 
 namespace velmar {
 
@@ -18,69 +16,30 @@ enum ExitStatus {
   kCannotRun = 2,  ///< wrong usage, or a file that cannot be read or written
 };
 
-enum class Severity { kError, kWarning };
+/// Prints findings in the order of the lines, as `file:line:col: severity: text [code]` with the source line
+/// and a caret below, and last those that concern the file as a whole. Reads the file again for the source
+/// lines.
+void Print(Findings& findings);
 
-/// Collects what is to be said about one file and prints it in the order of the lines, as
-/// `file:line:col: severity: text` with the source line and a caret below, and last what concerns the file as
-/// a whole.
-class Messages {
- public:
-  /// So many messages with a place are printed; what is beyond is counted.
-  static constexpr std::size_t kPrinted = 50;
-  /// So many are sorted; those added later are counted only.
-  static constexpr std::size_t kSorted = 100000;
+/// Ends a command that has printed its data: says what is wrong with the file, unless `isQuiet`, and returns
+/// the exit status. Throws as FlushOutput does.
+int Finish(Findings& findings, bool isQuiet);
 
-  explicit Messages(std::string file) : file_(std::move(file)) {}
+/// Hands what was printed to the system. Throws std::system_error where it does not take it.
+void FlushOutput();
 
-  /// Line and column count from 1; line 0 stands for the file as a whole.
-  void Add(Severity severity, int line, int column, std::string text);
-  void AddError(std::string text) { Add(Severity::kError, 0, 0, std::move(text)); }
+/// The same on standard output, at most `most` of those with a place, and with what each is about: `#12 DIRECTION.name: `.
+void PrintAsData(Findings& findings, std::size_t most);
 
-  /// Notes that the file could not be read, or not to its end.
-  void SetUnreadable(std::string reason) { unreadable_ = std::move(reason); }
-  /// Why it could not; empty where it could.
-  const std::string& Unreadable() const { return unreadable_; }
-
-  std::size_t Errors() const { return errors_; }
-  bool IsEmpty() const { return placed_.empty() && general_.empty(); }
-
-  /// Prints to standard error what was added, and forgets it. Reads the file again for the source lines.
-  void Print();
-
- private:
-  struct Message {
-    Severity severity;
-    Place place;
-    std::string text;
-  };
-
-  std::string file_;
-  std::vector<Message> placed_;
-  std::vector<Message> general_;
-  std::size_t unsorted_ = 0;
-  std::size_t errors_ = 0;
-  std::string unreadable_;
-};
-
-/// Writes the text to standard error. Never throws: there is nobody left to be told that it cannot be written.
+/// Writes the text to standard error. Never throws: there is nobody left to be told that it cannot be
+/// written.
 void Say(const std::string& text) noexcept;
 
 /// Prints `velmar: error: text` to standard error and returns kCannotRun.
 int CannotRun(const std::string& text);
 
-/// While it lives, turns what the library logs into messages: syntax errors get their place, errors met in
-/// reading none, and progress is passed over. Notes where the file itself cannot be read.
-class LogListener : public VELMAR::ExpAbstractLogger {
- public:
-  explicit LogListener(Messages& messages);
-  ~LogListener() override;
-  LogListener(const LogListener&) = delete;
-  LogListener& operator=(const LogListener&) = delete;
-
-  void Write(const std::string& message, const VELMAR::ExpLogLevel& level) override;
-
- private:
-  Messages& messages_;
-};
+/// Says in which file, if the process ends while one is being read, because a token of it is too long: for
+/// std::atexit.
+void SayWhereReadingEnded();
 
 }  // namespace velmar

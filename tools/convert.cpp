@@ -1,132 +1,85 @@
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <cstring>
-#include <exception>
 #include <filesystem>
-#include <list>
-#include <new>
-#include <ostream>
+#include <memory>
 #include <string>
 #include <system_error>
 
 #include "Commands.h"
-#include "ExpUtilities.h"
-#include "Input.h"
+#include "Conversion.h"
 #include "Messages.h"
-#include "Population.h"
-#include "ReplaceFile.h"
+#include "Options.h"
+#include "Reading.h"
 #include "UnreadableValues.h"
+#include "Wording.h"
 
 namespace velmar {
 
 namespace {
 
-namespace fs = std::filesystem;
+struct ConvertOptions {
+  std::string in;
+  std::string out;
+  ReadingFlags reading;
+};
 
-// Why no file can be written under this name, as the end of a sentence that begins with it; empty where one
-// can, as far as can be told without touching anything.
-std::string WhyUnwritable(const std::string& path) {
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (fs::is_directory(status)) return "is a directory";
-  if (access(path.c_str(), W_OK) == 0) return "";
-  if (errno == ENOENT) {
-    const fs::path folder = fs::path(path).parent_path();
-    if (access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0) return "";
-  }
-  return fmt::format("cannot be written: {}", std::strerror(errno));
-}
-
-// Why what was read is not written; empty where it is.
-std::string WhyNotWritten(const Population& file, const Messages& messages, const std::string& in,
-                          const std::string& out) {
-  if (messages.IsEmpty()) return "";
-  std::error_code error;
-  if (!file.IsSchemaSupported()) return fmt::format("{} is not written: the schema is not supported", out);
-  if (file.Count() == 0) return fmt::format("{} is not written: nothing could be read", out);
-  if (fs::equivalent(in, out, error)) return "the file is left as it is: not all of it could be kept";
-  return "";
-}
-
-// Makes every instance writable: what has no value, because the file has none or because it could not be
-// kept, is written `$`. Adds a warning where there is such a value.
-void MarkMissingValues(Population& file, Messages& messages) {
-  std::list<VELMAR::ExpEntity*> header;
-  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"}) file.GetEntities(header, type, false);
-  int marked = 0;
-  for (VELMAR::ExpEntity* record : header) marked += VELMAR::MarkUnsetValues(*record);
-  for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
-    if (VELMAR::ExpEntity* entity = file.GetEntity(number)) marked += VELMAR::MarkUnsetValues(*entity);
-  }
-  if (marked == 0) return;
-  messages.Add(Severity::kWarning, 0, 0,
-               fmt::format("{} written as $", Counted(static_cast<std::uint64_t>(marked), "missing value")));
-}
-
-// Writes the population and returns the number of bytes. Adds an error where that fails.
-std::uint64_t WriteAndReport(Population& file, const std::string& out, Messages& messages) {
-  std::uint64_t size = 0;
-  try {
-    VelmarFiles::TextBuffer buffer;
-    std::ostream stream(&buffer);
-    stream.exceptions(std::ios::badbit | std::ios::failbit);
-    file.Write(stream);
-    for (const std::string& block : buffer.Blocks()) size += block.size();
-    VelmarFiles::ReplaceFile(out, buffer.Blocks());
-  } catch (const std::string& error) {
-    messages.AddError(error);
-  } catch (const std::bad_alloc&) {
-    messages.AddError("not enough memory");
-  } catch (const std::exception& error) {
-    messages.AddError(error.what());
-  }
-  return size;
-}
-
-}  // namespace
-
-int Convert(const std::string& in, const std::string& out, const ReadingOptions& options) {
+int Convert(const ConvertOptions& options) {
+  const ReadingOptions readingOptions = options.reading.Resolve();
+  const std::string& in = options.in;
+  const std::string& out = options.out;
   std::string why = WhyUnreadable(in);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", in, why));
   why = WhyUnwritable(out);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", out, why));
 
-  Messages messages(in);
-  Population file(options);
-  file.ReadAndReport(in, messages);
-  const std::string size = Grouped(FileSize(in));  // before it is written, for IN may be OUT
-  ReportUnreadableValues(file, messages);
-  const bool hasErrors = messages.Errors() != 0;
-  why = WhyNotWritten(file, messages, in, out);
+  Reading reading(in, readingOptions);
+  Population& file = reading.GetPopulation();
+  Findings& findings = reading.GetFindings();
+  ReportUnreadableValues(file, findings);
+  const bool hasErrors = findings.Errors() != 0;
+  why = WhyNotWritten(reading, out);
   if (why.empty()) {
-    MarkMissingValues(file, messages);
+    MarkMissingValues(file, findings);
   } else {
-    messages.AddError(why);
+    findings.Add(Code::kNotWritten, why);
   }
-  messages.Print();
+  if (!options.reading.quiet) Print(findings);
   if (!why.empty()) return kFileHasErrors;
 
-  Messages outMessages(out);
+  Findings outFindings(out);
   const auto start = std::chrono::steady_clock::now();
-  const std::uint64_t outSize = WriteAndReport(file, out, outMessages);
+  const std::uint64_t outSize = WriteAndReport(file, out, outFindings);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  if (outMessages.Errors() != 0) {
-    outMessages.AddError("not written");
-    outMessages.Print();
+  if (outFindings.Errors() != 0) {
+    outFindings.Add(Code::kNotWritten, "not written");
+    Print(outFindings);
     return kCannotRun;
   }
   std::error_code error;
-  if (fs::is_regular_file(out, error)) {
-    const std::string instances = Counted(file.Count(), "instance");
-    fmt::print("{}: {}, {} bytes, read in {:.1f} ms\n", in, instances, size, file.ReadingTime() * 1e3);
-    fmt::print("{}: {}, {} bytes, written in {:.1f} ms\n", out, instances, Grouped(outSize),
-               seconds * 1e3);
+  if (std::filesystem::is_regular_file(out, error)) {
+    fmt::print("{}: {}, {} bytes, read in {:.1f} ms\n", in, Counted(file.Count(), "instance"),
+               Grouped(reading.Size()), file.ReadingTime() * 1e3);
+    fmt::print("{}: {}, {} bytes, written in {:.1f} ms\n", out, Counted(file.Count(), "instance"),
+               Grouped(outSize), seconds * 1e3);
   }
   return hasErrors ? kFileHasErrors : kDone;
+}
+
+}  // namespace
+
+void AddConvert(CLI::App& program, Run& run) {
+  auto options = std::make_shared<ConvertOptions>();
+  CLI::App* command =
+      program.add_subcommand("convert",
+                             "Reads a file and writes it anew. OUT is replaced by a complete file or not "
+                             "at all; it may be the same file as IN if all of IN could be kept");
+  command->add_option("IN", options->in, "The Part 21 file to read")->required();
+  command->add_option("-o,--output", options->out, "The Part 21 file to write")->required()->type_name("OUT");
+  options->reading.AddTo(*command);
+  command->footer(Footer("velmar convert examples/bracket.stp -o copy.stp"));
+  command->callback([options, &run] { run = [options] { return Convert(*options); }; });
 }
 
 }  // namespace velmar

@@ -1,125 +1,144 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdint>
-#include <cstdio>
-#include <list>
-#include <map>
+#include <cstddef>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
-#include <system_error>
-#include <utility>
 #include <vector>
 
 #include "Commands.h"
-#include "ExpCustomEntities.h"
-#include "Input.h"
+#include "FileInfo.h"
+#include "Json.h"
 #include "Messages.h"
-#include "Population.h"
-#include "Schemas.h"
+#include "Options.h"
+#include "Wording.h"
 
 namespace velmar {
 
 namespace {
 
-using VELMAR::ExpAttribute;
-using VELMAR::ExpEntity;
-using VELMAR::ExpExternalMappingEntity;
+constexpr std::size_t kShown = 3;  // so many of a row are named; what is beyond is counted
 
-// The text as it may go to a terminal: without control characters.
-std::string Printable(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return text;
+struct InfoOptions {
+  std::vector<std::string> files;
+  ReadingFlags reading;
+  bool json = false;
+};
+
+void PrintRow(const char* label, const std::string& value) {
+  fmt::print("{:<24}{}\n", label, Printable(value));
 }
 
-std::string Text(VELMAR::ExpString& value) { return Printable(value.GetExpString()); }
-
-std::string Text(VELMAR::ExpAggregation& values) {
-  std::vector<std::string> texts;
-  for (ExpAttribute* value : *values.GetExpAggregation()) {
-    if (auto* string = dynamic_cast<VELMAR::ExpString*>(value)) texts.push_back(Text(*string));
-  }
+std::string Joined(const std::vector<std::string>& texts) {
   return fmt::format("{}", fmt::join(texts, "; "));
 }
 
-template <class Header>
-Header* HeaderOf(Population& file, const char* typeName) {
-  std::list<ExpEntity*> found;
-  file.GetEntities(found, typeName, false);
-  return found.empty() ? nullptr : dynamic_cast<Header*>(found.front());
+// "VEKTOR (2), MY_TYPE (1), 4 more"
+std::string Named(const std::vector<std::string>& names) {
+  if (names.empty()) return "none";
+  const auto end = names.begin() + static_cast<std::ptrdiff_t>(std::min(names.size(), kShown));
+  std::string text = fmt::format("{}", fmt::join(names.begin(), end, ", "));
+  if (names.size() > kShown) text += fmt::format(", {} more", Grouped(names.size() - kShown));
+  return text;
 }
 
-void PrintRow(const char* label, const std::string& value) { fmt::print("{:<24}{}\n", label, value); }
-
-void PrintHeader(Population& file) {
-  if (auto* description = HeaderOf<VELMAR::FILE_DESCRIPTION>(file, "FILE_DESCRIPTION")) {
-    PrintRow("description", Text(description->Description()));
-    PrintRow("implementation level", Text(description->ImplementationLevel()));
-  }
-  if (auto* name = HeaderOf<VELMAR::FILE_NAME>(file, "FILE_NAME")) {
-    PrintRow("name", Text(name->Name()));
-    PrintRow("time stamp", Text(name->TimeStamp()));
-    PrintRow("author", Text(name->Author()));
-    PrintRow("organization", Text(name->Organization()));
-    PrintRow("preprocessor version", Text(name->PreprocessorVersion()));
-    PrintRow("originating system", Text(name->OriginatingSystem()));
-    PrintRow("authorization", Text(name->Authorization()));
-  }
-  std::string schemas = Printable(file.SchemaOfFile());
-  if (auto* schema = HeaderOf<VELMAR::FILE_SCHEMA>(file, "FILE_SCHEMA"))
-    schemas = Text(schema->SchemaIdentifiers());
-  PrintRow("schema", schemas);
-  PrintRow("read as", fmt::format("{} ({})", file.GetSchemaName(),
-                                  file.IsLateBound() ? "EXPRESS" : ShortName(file.GetSchema())));
-}
-
-std::string TypeName(ExpEntity* entity) {
-  auto* complex = dynamic_cast<ExpExternalMappingEntity*>(entity);
-  if (complex == nullptr) return entity->GetExpClassName();
+std::string UnknownTypes(const FileInfo& info) {
   std::vector<std::string> names;
-  for (ExpEntity* part : *complex->GetEntities()) names.push_back(part->GetExpClassName());
-  std::sort(names.begin(), names.end());
-  return fmt::format("({})", fmt::join(names, " "));
+  for (const auto& [type, count] : info.unknownTypes)
+    names.push_back(fmt::format("{} ({})", type, Grouped(count)));
+  return Named(names);
 }
 
-void PrintTypes(Population& file) {
-  std::map<std::string, std::size_t> counts;
-  for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
-    if (ExpEntity* entity = file.GetEntity(number)) ++counts[TypeName(entity)];
+std::string Unresolved(const FileInfo& info) {
+  if (info.unresolved.empty()) return "none";
+  std::vector<std::string> names;
+  std::size_t count = 0;
+  for (const UnresolvedReference& reference : info.unresolved) {
+    count += reference.count;
+    const std::string from = reference.from == 0 ? "" : fmt::format("from #{} ", reference.from);
+    names.push_back(
+        fmt::format("#{} ({}at {}:{})", reference.to, from, reference.place.line, reference.place.column));
   }
-  // The most frequent first, equally frequent ones by name.
-  std::vector<std::pair<std::string, std::size_t>> sorted(counts.begin(), counts.end());
-  std::stable_sort(sorted.begin(), sorted.end(),
-                   [](const auto& a, const auto& b) { return a.second > b.second; });
+  return fmt::format("{} to {}: {}", Grouped(count), Counted(info.unresolved.size(), "missing instance"),
+                     Named(names));
+}
 
-  PrintRow("instances", fmt::format("{} of {}", Grouped(file.Count()), Counted(counts.size(), "type")));
+void PrintInfo(const FileInfo& info) {
+  PrintRow("file", fmt::format("{}, {} bytes", info.file, Grouped(info.size)));
+  if (info.description) {
+    PrintRow("description", Joined(info.description->description));
+    PrintRow("implementation level", info.description->implementationLevel);
+  }
+  if (info.name) {
+    PrintRow("name", info.name->name);
+    PrintRow("time stamp", info.name->timeStamp);
+    PrintRow("author", Joined(info.name->author));
+    PrintRow("organization", Joined(info.name->organization));
+    PrintRow("preprocessor version", info.name->preprocessorVersion);
+    PrintRow("originating system", info.name->originatingSystem);
+    PrintRow("authorization", info.name->authorization);
+  }
+  PrintRow("schema", Joined(info.schemas));
+  PrintRow("read as", fmt::format("{} ({})", info.readAs, info.protocol.empty() ? "EXPRESS" : info.protocol));
+  if (!info.library.empty()) PrintRow("schema library", info.library);
+  PrintRow("instances", fmt::format("{} of {}", Grouped(info.instances), Counted(info.types.size(), "type")));
+  PrintRow("complex instances", Grouped(info.complexInstances));
+  PrintRow("largest number", info.largestNumber == 0 ? "none" : fmt::format("#{}", info.largestNumber));
+  PrintRow("unresolved references", Unresolved(info));
+  PrintRow("unknown types", UnknownTypes(info));
   fmt::print("\n");
-  for (const auto& [name, count] : sorted) fmt::print("{:>12}  {}\n", Grouped(count), name);
+  for (const auto& [name, count] : info.types) fmt::print("{:>12}  {}\n", Grouped(count), name);
+  fmt::print("\nread in {:.1f} ms, {:.0f} MB/s, {:.0f} MB of memory\n", info.seconds * 1e3,
+             info.MegabytesPerSecond(), static_cast<double>(info.peakMemory) / 1e6);
+}
+
+int Info(const InfoOptions& options) {
+  const ReadingOptions readingOptions = options.reading.Resolve();
+  int status = kDone;
+  bool isFirst = true;
+  Json json = Json::array();
+  for (const std::string& path : options.files) {
+    try {
+      Reading reading(path, readingOptions);
+      Findings& findings = reading.GetFindings();
+      const FileInfo info = Describe(reading);
+      findings.Sort();
+      if (options.json) {
+        json.push_back(ToJson(info, findings));
+      } else {
+        if (!isFirst) fmt::print("\n");
+        isFirst = false;
+        PrintInfo(info);
+        FlushOutput();
+      }
+      if (findings.Errors() != 0) status = std::max<int>(status, kFileHasErrors);
+      if (!options.reading.quiet) Print(findings);
+    } catch (const std::system_error&) {  // of standard output
+      throw;
+    } catch (const std::runtime_error& error) {
+      status = CannotRun(error.what());
+      if (options.json) json.push_back({{"file", path}, {"error", error.what()}});
+    }
+  }
+  if (options.json) fmt::print("{}", ToText(json));
+  return status;
 }
 
 }  // namespace
 
-int Info(const std::string& path, const ReadingOptions& options) {
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) return CannotRun(fmt::format("{} {}", path, why));
-
-  Messages messages(path);
-  Population file(options);
-  file.ReadAndReport(path, messages);
-  const std::uint64_t size = FileSize(path);
-  PrintRow("file", fmt::format("{}, {} bytes", Printable(path), Grouped(size)));
-  PrintHeader(file);
-  PrintTypes(file);
-  fmt::print("\nread in {:.1f} ms, {:.0f} MB/s\n", file.ReadingTime() * 1e3,
-             static_cast<double>(size) / 1e6 / std::max(file.ReadingTime(), 1e-9));
-  if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
-  std::fflush(stdout);
-
-  const ExitStatus status = messages.Errors() == 0 ? kDone : kFileHasErrors;
-  messages.Print();
-  return status;
+void AddInfo(CLI::App& program, Run& run) {
+  auto options = std::make_shared<InfoOptions>();
+  CLI::App* command = program.add_subcommand(
+      "info",
+      "Prints the headers of files, their schemas, and how many instances of which types "
+      "they hold");
+  command->add_option("FILE", options->files, "Part 21 files")->required();
+  options->reading.AddTo(*command);
+  command->add_flag("--json", options->json, "Prints an array with an object for each file");
+  command->footer(Footer("velmar info examples/bracket.stp"));
+  command->callback([options, &run] { run = [options] { return Info(*options); }; });
 }
 
 }  // namespace velmar

@@ -20,7 +20,7 @@ std::string LongFile() {
   for (int i = 2; i <= 4000; ++i) data += "#" + std::to_string(i) + "=CARTESIAN_POINT('p',(1.,2.,3.));\n";
   return FileWith(data);
 }
-const char kWarning[] = ":8:21: warning: 1 unset list element not kept (#1)\n";
+const char kWarning[] = ":8:21: warning: 1 unset list element not kept (#1) [V018]\n";
 
 class Velmar : public FaultTest {
  protected:
@@ -127,7 +127,7 @@ TEST_P(VelmarConvert, LeavesAWholeFileOrThatOfBefore) {
             EXPECT_THAT(outcome.err, HasSubstr(strerror(fault.error)));
             EXPECT_THAT(outcome.err, AnyOf(HasSubstr("velmar: error: " + in_ + " cannot be read: "),
                                            HasSubstr("velmar: error: " + out_ + " cannot be "),
-                                           HasSubstr(out_ + ": error: not written\n")));
+                                           HasSubstr(out_ + ": error: not written [V027]\n")));
           }
         });
     EXPECT_GT(calls, 0) << Text(fault);
@@ -161,7 +161,7 @@ TEST_P(VelmarConvert, LeavesAWholeFileOrThatOfBeforeOnAFullDisk) {
   const auto files = FilesIn(disk);
   umount2(disk.c_str(), MNT_DETACH);
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_THAT(outcome.err, HasSubstr(out + ": error: No space left on device\n" + out + ": error: not written\n"));
+  EXPECT_THAT(outcome.err, HasSubstr(out + ": error: No space left on device [V027]\n" + out + ": error: not written [V027]\n"));
   std::map<std::string, std::string> before;
   if (GetParam()) before["out.stp"] = "old";
   EXPECT_EQ(files, before);

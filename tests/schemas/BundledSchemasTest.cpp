@@ -115,6 +115,17 @@ TEST_P(EveryBundledSchema, SubtypesAndSupertypesAgree) {
   EXPECT_GT(subtypes, 0);
 }
 
+TEST_P(EveryBundledSchema, HasTheTextThatItWasMadeOf) {
+  if (!IsBundledSchema(GetParam().registryName)) GTEST_SKIP() << "this build leaves the library out";
+  const auto textOf = [](const std::string& path) { return std::string(Express::SourceFile::Read(path).Text()); };
+  EXPECT_EQ(textOf(BundledSchemaText(GetParam().registryName)),
+            textOf(std::string(VELMAR_SCHEMAS) + '/' + GetParam().file));
+}
+
+TEST(BundledSchemaText, OfWhichThereIsNoLibraryThrows) {
+  EXPECT_THROW(BundledSchemaText("CUTTING_TOOL_SCHEMA_ARM"), std::runtime_error);
+}
+
 TEST(LoadBundledSchema, LoadsTheLibraryOfOneSchemaOnce) {
   const std::string schema = "AUTOMOTIVE_DESIGN";
   if (!IsBundledSchema(schema)) GTEST_SKIP() << "this build leaves the library out";

@@ -77,7 +77,7 @@ TEST_F(Convert, AFileThatCouldNotBeKeptWholeIsNotReplacedByItself) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(outcome.err,
-              HasSubstr("a.stp: error: the file is left as it is: not all of it could be kept\n"));
+              HasSubstr("a.stp: error: the file is left as it is: not all of it could be kept [V027]\n"));
   EXPECT_EQ(Read("a.stp"), kBroken);
 }
 
@@ -102,7 +102,7 @@ TEST_F(Convert, NothingIsWrittenWhereNothingCouldBeRead) {
   Write("out.stp", "something else");
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: out.stp is not written: nothing could be read\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: out.stp is not written: nothing could be read [V027]\n"));
   EXPECT_EQ(Read("out.stp"), "something else");
   EXPECT_EQ(Run("in.stp", "new.stp").status, 1);
   EXPECT_FALSE(Exists("new.stp"));
@@ -117,11 +117,11 @@ TEST_F(Convert, NothingIsWrittenOfAFileWhoseSchemaIsNotSupported) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
             "in.stp:5:1: error: schema 'IFC4' is not supported; supported: " + kSupported +
-            "\n"
+            " [V006]\n"
             "  FILE_SCHEMA(('IFC4'));\n"
             "  ^\n"
-            "in.stp: error: 1 record of 1 unknown type not kept: NO_SUCH_TYPE\n"
-            "in.stp: error: out.stp is not written: the schema is not supported\n");
+            "in.stp: error: 1 record of 1 unknown type not kept: NO_SUCH_TYPE [V008]\n"
+            "in.stp: error: out.stp is not written: the schema is not supported [V027]\n");
   EXPECT_FALSE(Exists("out.stp"));
 }
 
@@ -162,7 +162,7 @@ TEST_F(Convert, AFileWithoutASchemaIsNotSupported) {
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.err,
-              HasSubstr("in.stp: error: the file names no schema; supported: " + kSupported + "\n"));
+              HasSubstr("in.stp: error: the file names no schema; supported: " + kSupported + " [V007]\n"));
 }
 
 TEST_F(Convert, ExitsWith2WhereOutCannotBeWritten) {
@@ -181,8 +181,8 @@ TEST_F(Convert, ExitsWith2OnAFullDisk) {
   const Outcome outcome = Run("in.stp", "/dev/full");
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err,
-            "/dev/full: error: No space left on device\n"
-            "/dev/full: error: not written\n");
+            "/dev/full: error: No space left on device [V027]\n"
+            "/dev/full: error: not written [V027]\n");
   EXPECT_EQ(outcome.out, "");
 }
 
@@ -196,7 +196,7 @@ TEST_F(Convert, WhatOutHoldsStaysWhereWritingBreaksOff) {
   };
   const Outcome outcome = Run("in.stp", "out.stp", setting);
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_EQ(outcome.err, "out.stp: error: File too large\nout.stp: error: not written\n");
+  EXPECT_EQ(outcome.err, "out.stp: error: File too large [V027]\nout.stp: error: not written [V027]\n");
   EXPECT_EQ(Read("out.stp"), "something else");
   EXPECT_EQ(Run("in.stp", "new.stp", setting).status, 2);
   EXPECT_FALSE(Exists("new.stp"));
@@ -250,54 +250,54 @@ TEST_P(ConvertLoss, IsReported) {
 const Loss kLosses[] = {
     {"Nothing", "#1=CARTESIAN_POINT('p',(1.,2.,3.));\n", 0, ""},
     {"UnknownType", "#1=VEKTOR('',#2,1.);\n#2=MY_TYPE();\n#3=VEKTOR();\n", 1,
-     "8:1: error: 2 instances of VEKTOR not kept: AUTOMOTIVE_DESIGN has no such entity (#1, #3)\n"
-     "9:1: error: 1 instance of MY_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#2)\n"},
+     "8:1: error: 2 instances of VEKTOR not kept: AUTOMOTIVE_DESIGN has no such entity (#1, #3) [V008]\n"
+     "9:1: error: 1 instance of MY_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#2) [V008]\n"},
     {"ManyOfAnUnknownType", "#1=X();\n#2=X();\n#3=X();\n#4=X();\n", 1,
-     "8:1: error: 4 instances of X not kept: AUTOMOTIVE_DESIGN has no such entity (#1, #2, #3, ...)\n"},
+     "8:1: error: 4 instances of X not kept: AUTOMOTIVE_DESIGN has no such entity (#1, #2, #3, ...) [V008]\n"},
     {"UserDefinedType", "#1=!MY_TYPE('a');\n", 1,
-     "8:1: error: 1 instance of MY_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#1)\n"},
+     "8:1: error: 1 instance of MY_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#1) [V008]\n"},
     {"UnknownPart", "#1=(LENGTH_UNIT()MY_PART(1)NAMED_UNIT(*)SI_UNIT($,.METRE.));\n", 1,
-     "8:1: error: 1 partial record of MY_PART not kept: AUTOMOTIVE_DESIGN has no such entity (#1)\n"},
+     "8:1: error: 1 partial record of MY_PART not kept: AUTOMOTIVE_DESIGN has no such entity (#1) [V008]\n"},
     {"TypeOfTheHeaderInData", "#1=FILE_NAMES();\n", 1,
-     "8:1: error: 1 instance of FILE_NAMES not kept: AUTOMOTIVE_DESIGN has no such entity (#1)\n"},
+     "8:1: error: 1 instance of FILE_NAMES not kept: AUTOMOTIVE_DESIGN has no such entity (#1) [V008]\n"},
     {"InScope", "#1=&SCOPE\n#2=X();\nENDSCOPE/#2/DIRECTION('',(1.,0.),3);\n", 1,
      "8:1: error: 1 record of DIRECTION with more parameters than attributes (2): the surplus is not kept "
-     "(#1)\n"
-     "9:1: error: 1 instance of X not kept: AUTOMOTIVE_DESIGN has no such entity (#2)\n"},
+     "(#1) [V010]\n"
+     "9:1: error: 1 instance of X not kept: AUTOMOTIVE_DESIGN has no such entity (#2) [V008]\n"},
     {"TooManyParameters", "#1=DIRECTION('',(1.,0.),$);\n#2=DIRECTION('',(1.,0.),(1,2),3);\n", 1,
      "8:1: error: 2 records of DIRECTION with more parameters than attributes (2): the surplus is not kept "
-     "(#1, #2)\n"},
+     "(#1, #2) [V010]\n"},
     {"TooManyInAPart", "#1=(LENGTH_UNIT(1)NAMED_UNIT(*)SI_UNIT($,.METRE.));\n", 1,
      "8:1: error: 1 record of LENGTH_UNIT with more parameters than attributes (0): the surplus is not kept "
-     "(#1)\n"},
+     "(#1) [V010]\n"},
     {"TooFewParameters", "#1=DIRECTION('');\n#2=DIRECTION();\n", 0,
      "8:1: warning: 2 records of DIRECTION with fewer parameters than attributes (2): the others keep their "
      "initial "
-     "values (#1, #2)\n"},
+     "values (#1, #2) [V011]\n"},
     {"NumberUsedTwice", "#1=COLOUR();\n#1=COLOUR();\n#1=DIRECTION('',(1.,0.));\n", 1,
-     "9:1: error: #1 is used twice; the instance at 8:1 is not kept\n"
-     "10:1: error: #1 is used twice; the instance at 9:1 is not kept\n"},
-    {"NumberZero", "#0=COLOUR();\n", 1, "8:1: error: instance numbers begin at #1\n"},
-    {"ReferenceToNumberZero", "#1=VECTOR('',#0,1.);\n", 1, "8:14: error: instance numbers begin at #1\n"},
+     "9:1: error: #1 is used twice; the instance at 8:1 is not kept [V012]\n"
+     "10:1: error: #1 is used twice; the instance at 9:1 is not kept [V012]\n"},
+    {"NumberZero", "#0=COLOUR();\n", 1, "8:1: error: instance numbers begin at #1 [V013]\n"},
+    {"ReferenceToNumberZero", "#1=VECTOR('',#0,1.);\n", 1, "8:14: error: instance numbers begin at #1 [V013]\n"},
     {"ReferenceOutOfRange", "#1=VECTOR('',#1073741824,1.);\n", 1,
-     "8:14: error: instance numbers end at #1073741823\n"},
+     "8:14: error: instance numbers end at #1073741823 [V014]\n"},
     {"GreatestReference", "#1=VECTOR('',#1073741823,1.);\n", 0, ""},
     {"GreatestAndSmallestInteger", "#1=CARTESIAN_POINT('',(2147483647,-2147483648));\n", 0, ""},
     {"IntegerOutOfRange", "#1=CARTESIAN_POINT('',(2147483648,-2147483649));\n", 1,
-     "8:24: error: the integer does not fit 32 bits\n"
-     "8:35: error: the integer does not fit 32 bits\n"},
+     "8:24: error: the integer does not fit 32 bits [V015]\n"
+     "8:35: error: the integer does not fit 32 bits [V015]\n"},
     {"GreatestReal", "#1=CARTESIAN_POINT('',(1.7976931348623157E+308,1.E-999));\n", 0,
      " warning: 1 real number rounded to 15 digits that are infinite when they are read: #1 "
-     "CARTESIAN_POINT.coordinates\n"},
+     "CARTESIAN_POINT.coordinates [V025]\n"},
     {"RealOutOfRange", "#1=CARTESIAN_POINT('',(1.E309,-1.e+0400));\n", 1,
-     "8:24: error: the real number does not fit 64 bits\n"
-     "8:31: error: the real number does not fit 64 bits\n"},
+     "8:24: error: the real number does not fit 64 bits [V016]\n"
+     "8:31: error: the real number does not fit 64 bits [V016]\n"},
     {"UnsetInList", "#1=DIRECTION('',(1.,$,0.,*));\n", 0,
-     "8:21: warning: 2 unset list elements not kept (#1)\n"},
+     "8:21: warning: 2 unset list elements not kept (#1) [V018]\n"},
     {"EnumerationInList", "#1=DIRECTION('',(1.,.X.));\n", 0,
-     "8:21: warning: 1 enumeration value in a list not kept (#1)\n"},
+     "8:21: warning: 1 enumeration value in a list not kept (#1) [V019]\n"},
     {"Binary", "#1=DIRECTION('',(1.,\"0A\"));\n#2=DIRECTION(\"0\",(1.));\n", 0,
-     "8:21: warning: 2 binary values not kept (#1, #2)\n"},
+     "8:21: warning: 2 binary values not kept (#1, #2) [V017]\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Every, ConvertLoss, testing::ValuesIn(kLosses),
@@ -307,8 +307,8 @@ TEST_F(Convert, ValuesThatAreMissingAreWrittenAsUnset) {
   Write("in.stp", FileWith("#1=PRESENTATION_STYLE_ASSIGNMENT((NULL_STYLE(.NULL.)));\n#2=VECTOR('v');\n"));
   Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:46: warning: 1 enumeration value in a list not kept (#1)\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp: warning: 2 missing values written as $\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:46: warning: 1 enumeration value in a list not kept (#1) [V019]\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: warning: 2 missing values written as $ [V026]\n"));
   EXPECT_THAT(Read("out.stp"),
               HasSubstr("#1 = PRESENTATION_STYLE_ASSIGNMENT(($));\n#2 = VECTOR('v', $, 0.);\n"));
   // What is written can be read.
@@ -322,7 +322,7 @@ TEST_F(Convert, ValuesThatAreMissingInTheHeaderAreWrittenAsUnset) {
   Write("in.stp", text);
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp: warning: 1 missing value written as $\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: warning: 1 missing value written as $ [V026]\n"));
   EXPECT_THAT(Read("out.stp"), HasSubstr("FILE_NAME('t.stp', '2026-01-01T00:00:00', ($), ('O'), 'P', 'S', 'Z');\n"));
 }
 
@@ -341,12 +341,12 @@ TEST_F(Convert, ANumberThatCannotBeStoredLosesTheFile) {
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            "in.stp:9:1: error: instance numbers end at #1073741823\n"
+            "in.stp:9:1: error: instance numbers end at #1073741823 [V014]\n"
             "  #1073741824=DIRECTION('',(1.,0.));\n"
             "  ^\n"
-            "in.stp: error: an instance number is out of range; nothing of the file is kept\n"
-            "in.stp: error: 2 of the 2 instances were not read because of the errors\n"
-            "in.stp: error: out.stp is not written: nothing could be read\n");
+            "in.stp: error: an instance number is out of range; nothing of the file is kept [V004]\n"
+            "in.stp: error: 2 of the 2 instances were not read because of the errors [V021]\n"
+            "in.stp: error: out.stp is not written: nothing could be read [V027]\n");
 }
 
 TEST_F(Convert, InstancesThatErrorsHideAreCounted) {
@@ -355,9 +355,9 @@ TEST_F(Convert, InstancesThatErrorsHideAreCounted) {
   Write("in.stp", text);
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:10:1: error: \"END-ISO-10303-21;\" expected\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:10:1: error: \"END-ISO-10303-21;\" expected [V001]\n"));
   EXPECT_THAT(outcome.err,
-              HasSubstr("in.stp: error: 2 of the 3 instances were not read because of the errors\n"));
+              HasSubstr("in.stp: error: 2 of the 3 instances were not read because of the errors [V021]\n"));
 }
 
 TEST_F(Convert, HeaderRecordsThatTheHeaderDoesNotKnowAreReported) {
@@ -369,10 +369,10 @@ TEST_F(Convert, HeaderRecordsThatTheHeaderDoesNotKnowAreReported) {
   EXPECT_THAT(
       outcome.err,
       HasSubstr(
-          "in.stp:6:1: error: 1 header record of FILE_POPULATION not kept: the header has no such entity\n"));
+          "in.stp:6:1: error: 1 header record of FILE_POPULATION not kept: the header has no such entity [V009]\n"));
   EXPECT_THAT(
       outcome.err,
-      HasSubstr("in.stp:7:2: error: 1 header record of MINE not kept: the header has no such entity\n"));
+      HasSubstr("in.stp:7:2: error: 1 header record of MINE not kept: the header has no such entity [V009]\n"));
 }
 
 // A text that is written as this many characters with its apostrophes; what is read has far fewer.
@@ -393,7 +393,7 @@ TEST_F(Convert, WarnsOfAStringThatIsTooLongWhenItIsWritten) {
   Write("in.stp", FileWith("#7=CARTESIAN_POINT('" + LongText(32768) + "',(1.,2.));\n"));
   const Outcome outcome = Run("in.stp", "out.stp");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, kLongString + "#7 CARTESIAN_POINT.name\n");
+  EXPECT_EQ(outcome.err, kLongString + "#7 CARTESIAN_POINT.name [V024]\n");
   EXPECT_EQ(Run("out.stp", "again.stp").status, 1);  // this is the reason
 }
 
@@ -415,7 +415,7 @@ TEST_F(Convert, SuchAStringMayBeInTheHeaderAListASelectOrAComplexInstance) {
   EXPECT_THAT(Run("in.stp", "out.stp").err,
               HasSubstr("in.stp: warning: 5 strings written with more than 32,767 characters, which ends the program that "
                         "reads it: FILE_NAME.author, #3 REPRESENTATION_ITEM.name, "
-                        "#4 MEASURE_WITH_UNIT.value_component, ...\n"));
+                        "#4 MEASURE_WITH_UNIT.value_component, ... [V024]\n"));
 }
 
 TEST_F(Convert, WarnsOfARealThatIsInfiniteWhenItIsReadAgain) {
@@ -428,7 +428,7 @@ TEST_F(Convert, WarnsOfARealThatIsInfiniteWhenItIsReadAgain) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err,
             "in.stp: warning: 2 real numbers rounded to 15 digits that are infinite when they are read: "
-            "#7 CARTESIAN_POINT.coordinates\n");
+            "#7 CARTESIAN_POINT.coordinates [V025]\n");
   EXPECT_EQ(Run("out.stp", "again.stp").status, 1);  // this is the reason
 }
 

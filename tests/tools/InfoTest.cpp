@@ -35,7 +35,12 @@ TEST(Info, PrintsTheHeaderTheSchemaAndTheNumberOfInstances) {
                                      "authorization           Z\n"
                                      "schema                  AUTOMOTIVE_DESIGN\n"
                                      "read as                 AUTOMOTIVE_DESIGN (AP214)\n"
-                                     "instances               1 of 1 type\n"));
+                                     "schema library          libVelmarAutomotiveDesign_3.1.so\n"
+                                     "instances               1 of 1 type\n"
+                                     "complex instances       0\n"
+                                     "largest number          #1\n"
+                                     "unresolved references   none\n"
+                                     "unknown types           none\n"));
 }
 
 TEST(Info, ShowsTextInUtf8) {
@@ -49,6 +54,10 @@ TEST(Info, ListsTypesTheMostFrequentFirstAndEquallyFrequentOnesByName) {
                     "#4=(NAMED_UNIT(*)SI_UNIT($,.METRE.)LENGTH_UNIT());\n#5=COLOUR();\n"));
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.out, HasSubstr("instances               5 of 4 types\n"
+                                     "complex instances       1\n"
+                                     "largest number          #5\n"
+                                     "unresolved references   none\n"
+                                     "unknown types           none\n"
                                      "\n"
                                      "           2  DIRECTION\n"
                                      "           1  (LENGTH_UNIT NAMED_UNIT SI_UNIT)\n"
@@ -62,14 +71,14 @@ TEST(Info, EndsWithTimeAndRate) {
   const std::string out = Info(FileWith(kPoint)).out;
   const std::size_t start = out.find("read in ");
   ASSERT_NE(start, std::string::npos);
-  EXPECT_THAT(out.substr(start), MatchesRegex("read in [0-9]+\\.[0-9] ms, [0-9]+ MB/s\n"));
+  EXPECT_THAT(out.substr(start), MatchesRegex("read in [0-9]+\\.[0-9] ms, [0-9]+ MB/s, [0-9]+ MB of memory\n"));
 }
 
 TEST(Info, AFileWithErrorsIsShownAsFarAsItGoes) {
   const Outcome outcome = Info(FileWith("#1=CARTESIAN_POINT('',(1.,2.);\n#2=DIRECTION('',(1.,0.));\n"));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            "in.stp:8:30: error: \")\" expected\n"
+            "in.stp:8:30: error: \")\" expected [V001]\n"
             "  #1=CARTESIAN_POINT('',(1.,2.);\n"
             "                               ^\n");
   EXPECT_THAT(outcome.out, HasSubstr("instances               2 of 2 types\n"));
@@ -80,7 +89,7 @@ TEST(Info, AFileWithAByteOrderMarkIsReadAndItsColumnsAreCharacters) {
   EXPECT_EQ(Info(good).status, 0);
   const std::string bad = "\xEF\xBB\xBF" + FileWith("#1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.);\n");
   EXPECT_EQ(Info(bad).err,
-            "in.stp:8:32: error: \")\" expected\n"
+            "in.stp:8:32: error: \")\" expected [V001]\n"
             "  #1=CARTESIAN_POINT('\xC3\xA4\xC3\xB6',(1.,2.);\n"
             "                                 ^\n");
 }
@@ -89,23 +98,65 @@ TEST(Info, ADamagedByteOrderMarkIsReported) {
   const Outcome outcome = Info("\xEF\xBB" + FileWith(kPoint));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.err,
-              HasSubstr("in.stp:1:1: error: damaged byte order mark: EF is not followed by BB BF\n"));
+              HasSubstr("in.stp:1:1: error: damaged byte order mark: EF is not followed by BB BF [V002]\n"));
 }
 
 TEST(Info, ValuesThatTypedListElementsDoNotKeepAreReported) {
   const Outcome outcome =
       Info(FileWith("#1=PRESENTATION_STYLE_ASSIGNMENT((X($),X(.X.),X(*),X((1,.Y.))));\n"));
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:42: warning: 1 enumeration value in a list not kept (#1)\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:49: warning: 1 unset list element not kept (#1)\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:54: warning: 1 list in a typed list element not kept (#1)\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:42: warning: 1 enumeration value in a list not kept (#1) [V019]\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:49: warning: 1 unset list element not kept (#1) [V018]\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:54: warning: 1 list in a typed list element not kept (#1) [V020]\n"));
+}
+
+TEST(Info, ReferencesThatLeadNowhereAreShownWithTheirPlaces) {
+  const Outcome outcome = Info(FileWith("#1=VECTOR('',#9,1.);\n#2=VECTOR('',#9,1.);\n#3=VECTOR('',#8,1.);\n"));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("unresolved references   3 to 2 missing instances: #9 (from #1 at 8:14), "
+                                     "#8 (from #3 at 10:14)\n"));
+}
+
+TEST(Info, UnknownTypesAreNamedWithTheirNumber) {
+  const Outcome outcome = Info(FileWith("#1=X();\n#2=(Y()X());\n#3=Z();\n#4=W();\n"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("unknown types           W (1), X (2), Y (1), 1 more\n"));
+}
+
+TEST(Info, QuietSaysNothingOfTheFileAndKeepsTheExitStatus) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith("#1=X();\n"));
+  const Outcome outcome = RunProgram({VELMAR_PROGRAM, "info", "--quiet", in});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_NE(outcome.out, "");
+}
+
+TEST(Info, OfSeveralFilesTheWorstDecidesTheExitStatus) {
+  TemporaryDirectory directory;
+  const std::string good = WriteFile(directory.Path("good.stp"), FileWith(kPoint));
+  const std::string bad = WriteFile(directory.Path("bad.stp"), FileWith("#1=X();\n"));
+  EXPECT_EQ(RunProgram({VELMAR_PROGRAM, "info", good, good}).status, 0);
+  EXPECT_EQ(RunProgram({VELMAR_PROGRAM, "info", bad, good}).status, 1);
+  const Outcome outcome = RunProgram({VELMAR_PROGRAM, "info", directory.Path("none"), bad, good});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("velmar: error: " + directory.Path("none") + " does not exist\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("good.stp"));  // the others are read all the same
+}
+
+TEST(Info, JsonHoldsTextThatIsNoUtf8AsReplacementCharacters) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(kPoint, "AUTOMOTIVE_DESIGN \xE4"));
+  const Outcome outcome = RunProgram({VELMAR_PROGRAM, "info", "--json", in});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("\"file_schema\": [\n        \"AUTOMOTIVE_DESIGN "));
 }
 
 TEST(Info, AnEmptyHeaderIsReported) {
   const Outcome outcome =
       Info("ISO-10303-21;\nHEADER;\nENDSEC;\nDATA;\n" + kPoint + "ENDSEC;\nEND-ISO-10303-21;\n");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: cannot be read: the header section holds no record\n"));
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp: error: cannot be read: the header section holds no record [V003]\n"));
   EXPECT_THAT(outcome.out, HasSubstr("instances               0 of 0 types\n"));
 }
 

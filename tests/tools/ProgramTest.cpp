@@ -39,6 +39,10 @@ TEST_P(VelmarHelp, ShowsUsageAnExampleAndTheExitStatus) {
 INSTANTIATE_TEST_SUITE_P(EveryCommand, VelmarHelp,
                          testing::Values(std::vector<std::string>{"--help"},
                                          std::vector<std::string>{"info", "--help"},
+                                         std::vector<std::string>{"list", "--help"},
+                                         std::vector<std::string>{"show", "--help"},
+                                         std::vector<std::string>{"refs", "--help"},
+                                         std::vector<std::string>{"schemas", "--help"},
                                          std::vector<std::string>{"convert", "--help"}));
 
 class VelmarWrongUsage : public testing::TestWithParam<std::vector<std::string>> {};
@@ -57,6 +61,15 @@ INSTANTIATE_TEST_SUITE_P(All, VelmarWrongUsage,
                                          std::vector<std::string>{"info"},
                                          std::vector<std::string>{"info", "a", "b"},
                                          std::vector<std::string>{"info", "--quick", "a"},
+                                         std::vector<std::string>{"list", "a"},
+                                         std::vector<std::string>{"list", "a", "b", "--csv", "--json"},
+                                         std::vector<std::string>{"show", "a"},
+                                         std::vector<std::string>{"refs", "a"},
+                                         std::vector<std::string>{"refs", "a", "1", "--depth", "-1"},
+                                         std::vector<std::string>{"refs", "a", "1", "--depth", "x"},
+                                         std::vector<std::string>{"refs", "a", "1", "2"},
+                                         std::vector<std::string>{"schemas", "--schema", "AP21"},
+                                         std::vector<std::string>{"schemas", "a", "b"},
                                          std::vector<std::string>{"convert", "a"},
                                          std::vector<std::string>{"convert", "-o", "b"}));
 
@@ -64,6 +77,7 @@ class VelmarUnreadableInput : public testing::TestWithParam<std::string> {
  protected:
   Outcome Run(const std::string& in) {
     if (GetParam() == "info") return RunProgram({kVelmar, "info", in});
+    if (GetParam() != "convert") return RunProgram({kVelmar, GetParam(), in, "1"});
     return RunProgram({kVelmar, "convert", in, "-o", directory_.Path("out.stp")});
   }
   TemporaryDirectory directory_;
@@ -103,12 +117,13 @@ TEST_P(VelmarUnreadableInput, SaysThatPermissionIsDenied) {
   }
   std::vector<std::string> command = {kVelmar, GetParam(), in};
   if (GetParam() == "convert") command.insert(command.end(), {"-o", directory_.Path("out.stp")});
+  if (GetParam() != "convert" && GetParam() != "info") command.emplace_back("1");
   const Outcome outcome = RunProgram(command, setting);
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.err, "velmar: error: " + in + " cannot be read: Permission denied\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(BothCommands, VelmarUnreadableInput, testing::Values("info", "convert"));
+INSTANTIATE_TEST_SUITE_P(EveryCommand, VelmarUnreadableInput, testing::Values("info", "list", "show", "refs", "convert"));
 
 TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   TemporaryDirectory directory;
@@ -120,7 +135,69 @@ TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written: No space left on device\n");
 }
 
+// What the program says on standard error where that is a terminal of this kind.
+std::string OnATerminal(const std::vector<std::string>& command, const char* terminal, const char* noColour) {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY);
+  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return "no terminal";
+  const std::string slave = ptsname(master);
+  const int held = open(slave.c_str(), O_RDWR | O_NOCTTY);  // keeps what was written until it is read
+  Setting setting;
+  setting.before = [&] {
+    dup2(held, 2);
+    setenv("TERM", terminal, 1);
+    setenv("NO_COLOR", noColour, 1);
+  };
+  RunProgram(command, setting);
+  char text[4096];
+  fcntl(master, F_SETFL, O_NONBLOCK);
+  const ssize_t length = read(master, text, sizeof text);
+  close(held);
+  close(master);
+  return length <= 0 ? "" : std::string(text, static_cast<std::size_t>(length));
+}
+
+TEST(VelmarProgram, MessagesHaveColoursOnATerminalOnly) {
+  TemporaryDirectory directory;
+  const std::string in =
+      WriteFile(directory.Path("in.stp"), FileWith("#1=DIRECTION('',(1.,$));\n#2=DIRECTION('',(1.);\n"));
+  const std::vector<std::string> command = {kVelmar, "info", in};
+  const std::string coloured = OnATerminal(command, "xterm", "");
+  if (coloured == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
+  EXPECT_THAT(coloured, HasSubstr(":8:21: \x1B[1;33mwarning\x1B[0m: 1 unset list element not kept (#1) [V018]"));
+  EXPECT_THAT(coloured, HasSubstr(":9:21: \x1B[1;31merror\x1B[0m: \")\" expected [V001]"));
+  EXPECT_THAT(coloured, HasSubstr("                    \x1B[1;32m^\x1B[0m"));
+  EXPECT_THAT(OnATerminal({kVelmar, "info", in + "x"}, "xterm", ""), HasSubstr("velmar: \x1B[1;31merror\x1B[0m: "));
+  for (const std::string& plain : {OnATerminal(command, "xterm", "1"), OnATerminal(command, "dumb", ""),
+                                   RunProgram(command).err}) {
+    EXPECT_THAT(plain, HasSubstr("error: "));
+    EXPECT_THAT(plain, testing::Not(HasSubstr("\x1B")));
+  }
+}
+
 // Messages are lost then, and nothing else: the exit status says what there is to say.
+// As by `velmar info FILE | head`; where the signal is ignored, too, as some programs have it for those they start.
+TEST(VelmarProgram, AClosedPipeEndsItAsTheSignalDoes) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(kPoint));
+  for (const bool isIgnored : {false, true}) {
+    Setting setting;
+    setting.before = [isIgnored] {
+      int ends[2];
+      if (pipe(ends) != 0) _exit(126);
+      close(ends[0]);
+      dup2(ends[1], 1);
+      std::signal(SIGPIPE, isIgnored ? SIG_IGN : SIG_DFL);
+    };
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{{"info", in}, {"--help"}}) {
+      std::vector<std::string> command = {kVelmar};
+      command.insert(command.end(), arguments.begin(), arguments.end());
+      const Outcome outcome = RunProgram(command, setting);
+      EXPECT_EQ(outcome.status, 1000 + SIGPIPE);
+      EXPECT_EQ(outcome.err, "");
+    }
+  }
+}
+
 TEST(VelmarProgram, StandardErrorThatCannotBeWrittenChangesNoExitStatus) {
   TemporaryDirectory directory;
   const std::string damaged = WriteFile(directory.Path("in.stp"), FileWith("#1=CARTESIAN_POINT('',(1.,2.);\n"));
@@ -166,7 +243,7 @@ TEST(VelmarProgram, ATokenOf32767CharactersIsReadAndALongerOneIsReported) {
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            in + ": error: the file holds a token of more than 32,767 characters and cannot be read\n");
+            in + ": error: the file holds a token of more than 32,767 characters and cannot be read [V005]\n");
 }
 
 TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
@@ -174,7 +251,7 @@ TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith("#1=\x1B[31m\x07;\n" + kPoint));
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: invalid entityInstance\n  #1= [31m ;\n     ^\n"));
+  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: invalid entityInstance [V001]\n  #1= [31m ;\n     ^\n"));
 }
 
 TEST(VelmarProgram, CountsMoreMessagesThanItKeeps) {
@@ -194,7 +271,7 @@ TEST(VelmarProgram, OfManyMessages50AreShownAndTheOthersCounted) {
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data));
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: invalid entityInstance\n  #50=;\n"));
+  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: invalid entityInstance [V001]\n  #50=;\n"));
   EXPECT_THAT(outcome.err, testing::Not(HasSubstr("#51=;")));
   EXPECT_THAT(outcome.err, HasSubstr(in + ": 10 more messages not shown\n"));
 }

@@ -1,0 +1,224 @@
+#include "Codes.h"
+
+#include <fmt/format.h>
+
+namespace velmar {
+
+namespace {
+
+constexpr Severity kError = Severity::kError;
+constexpr Severity kWarning = Severity::kWarning;
+
+constexpr const char* kGoodFile =
+    "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
+    "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-21;\n";
+
+const std::vector<CodeInfo>& Rows() {
+  static const std::vector<CodeInfo> kRows = {
+      {Code::kSyntax, kError, "syntax error",
+       "The text does not follow the grammar of ISO 10303-21. Reading goes on behind the next semicolon; "
+       "what the "
+       "semicolon ends may be lost.",
+       "#1=DIRECTION('',(1.,0.);\n", "#1=DIRECTION('',(1.,0.));\n"},
+      {Code::kByteOrderMark, kError, "damaged byte order mark",
+       "The file begins with the byte EF, which begins the byte order mark of UTF-8, but BB BF do not "
+       "follow. Nothing is "
+       "read.",
+       "\xEF\xBBISO-10303-21;\n",
+       "\xEF\xBB\xBFISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
+       "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n#1=COLOUR("
+       ");\n"
+       "ENDSEC;\nEND-ISO-10303-21;\n"},
+      {Code::kEmptyHeader, kError, "empty header",
+       "The HEADER section holds no record. The file is given up.",
+       "ISO-10303-21;\nHEADER;\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-21;\n", kGoodFile},
+      {Code::kGivenUp, kError, "reading was given up",
+       "The file cannot be held in memory: there is not enough of it, or an instance number is out of range. "
+       "Nothing of "
+       "the file is kept.",
+       "#1073741824=COLOUR();\n", "#1073741823=COLOUR();\n"},
+      {Code::kLongToken, kError, "token too long",
+       "A token, mostly a string, has more than 32,767 characters. Reading ends there, and the program with "
+       "it.",
+       nullptr, nullptr},
+      {Code::kUnsupportedSchema, kError, "schema not supported",
+       "There is no schema library for the schema that FILE_SCHEMA names. --schema reads the file with "
+       "another one, "
+       "--express with the schema of an EXPRESS text.",
+       "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
+       "FILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-21;\n",
+       kGoodFile},
+      {Code::kNoSchema, kError, "no schema named",
+       "The header has no FILE_SCHEMA, or an empty one. --schema and --express say how to read the file.",
+       "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
+       "FILE_SCHEMA(());\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-21;\n",
+       kGoodFile},
+      {Code::kUnknownType, kError, "unknown entity type",
+       "The schema has no entity of this name. The instance, or this part of a complex instance, is not "
+       "kept.",
+       "#1=VEKTOR('',#2,1.);\n", "#1=VECTOR('',#2,1.);\n"},
+      {Code::kUnknownHeaderRecord, kError, "unknown header record",
+       "The header has a record other than FILE_DESCRIPTION, FILE_NAME and FILE_SCHEMA. It is not kept.",
+       "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
+       "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n!MINE();\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-"
+       "21;\n",
+       kGoodFile},
+      {Code::kTooManyParameters, kError, "too many parameters",
+       "A record has more parameters than its entity type has attributes. The surplus is not kept.",
+       "#1=DIRECTION('',(1.,0.),3);\n", "#1=DIRECTION('',(1.,0.));\n"},
+      {Code::kTooFewParameters, kWarning, "too few parameters",
+       "A record has fewer parameters than its entity type has attributes. The others keep their initial "
+       "values: an empty "
+       "text, 0, no reference.",
+       "#1=DIRECTION('');\n", "#1=DIRECTION('',$);\n"},
+      {Code::kNumberUsedTwice, kError, "instance number used twice",
+       "Two instances have the same number. References to it lead to the later one; the earlier is not kept.",
+       "#1=COLOUR();\n#1=COLOUR();\n", "#1=COLOUR();\n#2=COLOUR();\n"},
+      {Code::kNumberZero, kError, "instance number zero", "Instance numbers begin at #1.",
+       "#1=VECTOR('',#0,1.);\n", "#1=VECTOR('',#1,1.);\n"},
+      {Code::kNumberTooHigh, kError, "instance number too high", "Instance numbers end at #1073741823.",
+       "#1=VECTOR('',#1073741824,1.);\n", "#1=VECTOR('',#1073741823,1.);\n"},
+      {Code::kIntegerRange, kError, "integer out of range",
+       "An integer does not fit 32 bits; another number is kept in its place.",
+       "#1=CARTESIAN_POINT('',(2147483648));\n", "#1=CARTESIAN_POINT('',(2147483647));\n"},
+      {Code::kRealRange, kError, "real number out of range",
+       "A real number does not fit 64 bits; it becomes infinite.", "#1=CARTESIAN_POINT('',(1.E309));\n",
+       "#1=CARTESIAN_POINT('',(1.E308));\n"},
+      {Code::kBinary, kWarning, "binary value not kept",
+       "Binary values are passed over; the attribute has no value.", "#1=DIRECTION(\"0A\",(1.));\n",
+       "#1=DIRECTION('0A',(1.));\n"},
+      {Code::kUnsetInList, kWarning, "unset list element not kept",
+       "A list holds $ or *. These elements are left out, and the list becomes shorter.",
+       "#1=DIRECTION('',(1.,$));\n", "#1=DIRECTION('',$);\n"},
+      {Code::kEnumerationInList, kWarning, "enumeration value in a list not kept",
+       "A list holds an enumeration item. It is left out, and the list becomes shorter.",
+       "#1=DIRECTION('',(1.,.X.));\n", "#1=DIRECTION('',(1.,2.));\n"},
+      {Code::kListInTypedElement, kWarning, "list in a typed list element not kept",
+       "A typed element of a list holds a list. The element is left without a value.",
+       "#1=PRESENTATION_STYLE_ASSIGNMENT((X((1))));\n", "#1=PRESENTATION_STYLE_ASSIGNMENT((X(1)));\n"},
+      {Code::kInstancesNotRead, kError, "instances lost to errors",
+       "So many instances that the file defines were not read because of the errors that are reported, too.",
+       "#1=DIRECTION(;\n#2=COLOUR(;\nENDSEC;\nDATA;\n#3=COLOUR();\n", "#1=DIRECTION('',$);\n#2=COLOUR();\n"},
+      {Code::kFileChanged, kError, "file changed while it was read",
+       "The file became shorter while it was read. Try again when nobody writes it.", nullptr, nullptr},
+      {Code::kFallbackLibrary, kWarning, "fallback schema library not loaded",
+       "The library with types that the file's own schema lacks cannot be loaded. Such types are unknown "
+       "then.",
+       nullptr, nullptr},
+      {Code::kLongString, kWarning, "string too long when it is written",
+       "With its escapes the string has more than 32,767 characters, which ends the program that reads it.",
+       nullptr, nullptr},
+      {Code::kRealRounded, kWarning, "real number infinite when it is read again",
+       "The number is so great that, rounded to the 15 digits that are written, it does not fit 64 bits any "
+       "more.",
+       nullptr, nullptr},
+      {Code::kMissingValues, kWarning, "missing values written as $",
+       "Values that the file leaves out, or that could not be kept, are written as $.", nullptr, nullptr},
+      {Code::kNotWritten, kError, "output not written",
+       "Nothing was written, because of the reason given; what was there is left as it was.", nullptr,
+       nullptr},
+      {Code::kWrongKind, kError, "value of the wrong kind",
+       "The attribute, or the element of a list, has another type in the schema: a string where a number is expected, for "
+       "instance.",
+       "#1=DIRECTION(3,(1.,0.));\n", "#1=DIRECTION('3',(1.,0.));\n"},
+      {Code::kMissingValue, kError, "required value missing",
+       "The attribute has $, but it is not OPTIONAL in the schema.", "#1=DIRECTION($,(1.,0.));\n",
+       "#1=DIRECTION('',(1.,0.));\n"},
+      {Code::kNothingDerived, kError, "* where nothing is derived",
+       "* stands for a value that is derived in a subtype (ISO 10303-21). This attribute is not.", "#1=DIRECTION(*,(1.,0.));\n",
+       "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
+      {Code::kDerivedValue, kWarning, "value of a derived attribute",
+       "The schema says how the value is derived, so * is expected. What the file has in its place does not count.",
+       "#1=(LENGTH_UNIT()NAMED_UNIT(#2)SI_UNIT($,.METRE.));\n#2=DIMENSIONAL_EXPONENTS(1.,0.,0.,0.,0.,0.,0.);\n",
+       "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
+      {Code::kUnknownItem, kError, "no such enumeration item", "The enumeration type has no item of this name.",
+       "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.MEETER.));\n", "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
+      {Code::kForeignSelectType, kError, "type that is not of the select",
+       "The value has the name of a type that the select type does not have.",
+       "#1=MEASURE_WITH_UNIT(LABEL('a'),#2);\n#2=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n",
+       "#1=MEASURE_WITH_UNIT(LENGTH_MEASURE(1.),#2);\n#2=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
+      {Code::kUntypedSelectValue, kError, "value of a select without a type name",
+       "In a select type, values other than references have the name of their type: LENGTH_MEASURE(1.).",
+       "#1=MEASURE_WITH_UNIT(1.,#2);\n#2=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n",
+       "#1=MEASURE_WITH_UNIT(LENGTH_MEASURE(1.),#2);\n#2=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
+      {Code::kNoSuchInstance, kError, "reference to a missing instance", "The file has no instance of this number.",
+       "#1=VECTOR('',#2,1.);\n", "#1=VECTOR('',#2,1.);\n#2=DIRECTION('',(1.,0.));\n"},
+      {Code::kWrongInstance, kError, "reference to an instance of another type",
+       "The instance is there, but of a type that the attribute does not admit.",
+       "#1=VECTOR('',#2,1.);\n#2=CARTESIAN_POINT('',(1.,0.));\n", "#1=VECTOR('',#2,1.);\n#2=DIRECTION('',(1.,0.));\n"},
+      {Code::kElementCount, kError, "too many or too few elements",
+       "The schema says how many elements a list, set, bag or array may have.", "#1=DIRECTION('',(1.));\n",
+       "#1=DIRECTION('',(1.,0.));\n"},
+      {Code::kTooLong, kError, "string or binary value too long",
+       "The schema limits how many characters or bits the value may have, or fixes it.", nullptr, nullptr},
+      {Code::kIntegerForReal, kWarning, "integer in place of a real number",
+       "A real number has a decimal point: 1. for 1. Most readers take the integer.", "#1=DIRECTION('',(1,0.));\n",
+       "#1=DIRECTION('',(1.,0.));\n"},
+      {Code::kBadEscape, kError, "bad escape in a string",
+       "A backslash begins an escape (ISO 10303-21, string encodings) and is written twice where it stands for itself.",
+       "#1=DIRECTION('C:\\TEMP',(1.,0.));\n", "#1=DIRECTION('C:\\\\TEMP',(1.,0.));\n"},
+      {Code::kNotUtf8, kWarning, "bytes that are not UTF-8",
+       "Bytes outside ASCII are UTF-8. A string that holds others is taken for ISO 8859-1.", "#1=DIRECTION('\xE4',(1.,0.));\n",
+       "#1=DIRECTION('\xC3\xA4',(1.,0.));\n"},
+      {Code::kAbstractType, kError, "instance of an abstract entity", "Instances are of its subtypes.",
+       "#1=APPROVAL_ASSIGNMENT($);\n", "#1=COLOUR();\n"},
+      {Code::kMissingSupertype, kError, "complex instance without a supertype",
+       "A complex instance has a record for each of its types and of their supertypes (ISO 10303-21, external mapping).",
+       "#1=(LENGTH_UNIT()SI_UNIT($,.METRE.));\n", "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
+      {Code::kMissingHeaderRecord, kError, "header record missing",
+       "FILE_DESCRIPTION, FILE_NAME and FILE_SCHEMA are required.",
+       "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n"
+       "#1=COLOUR();\nENDSEC;\nEND-ISO-10303-21;\n",
+       kGoodFile},
+      {Code::kTooDeep, kWarning, "values within values not checked",
+       "What stands within 500 levels of lists and typed values is not compared with the schema.", nullptr, nullptr},
+  };
+  return kRows;
+}
+
+// The text as it stands in an indented block of Markdown.
+std::string Indented(const std::string& text) {
+  std::string block = "    ";
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const unsigned char byte = static_cast<unsigned char>(text[i]);
+    block += byte < 0x80 ? std::string(1, text[i]) : fmt::format("<{:02X}>", byte);
+    if (text[i] == '\n' && i + 1 < text.size()) block += "    ";
+  }
+  return block;
+}
+
+}  // namespace
+
+const char* Name(Severity severity) { return severity == kError ? "error" : "warning"; }
+
+std::string NameOf(Code code) { return fmt::format("V{:03}", static_cast<int>(code)); }
+
+const CodeInfo& InfoOf(Code code) { return Rows()[static_cast<std::size_t>(code) - 1]; }
+
+const std::vector<CodeInfo>& Catalogue() { return Rows(); }
+
+std::string ExampleFile(const std::string& example) {
+  if (example.empty() || example[0] == 'I' || example[0] == '\xEF') return example;
+  return "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
+         "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n" +
+         example + "ENDSEC;\nEND-ISO-10303-21;\n";
+}
+
+std::string CatalogueAsMarkdown() {
+  std::string text =
+      "# Findings\n\n"
+      "What `velmar` says about files, by the code that ends each message. An error is a fault of the file, "
+      "or data that is\n"
+      "lost, and makes the exit status 1; a warning does not. Examples are whole files, or the DATA section "
+      "of a file of AP214.\n";
+  for (const CodeInfo& row : Catalogue()) {
+    text += fmt::format("\n## {}: {}\n\n{}. {}\n", NameOf(row.code), row.title,
+                        row.severity == kError ? "Error" : "Warning", row.explanation);
+    if (row.example == nullptr) continue;
+    text +=
+        fmt::format("\nReported:\n\n{}\nNot reported:\n\n{}", Indented(row.example), Indented(row.nearMiss));
+  }
+  return text;
+}
+
+}  // namespace velmar

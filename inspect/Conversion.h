@@ -1,0 +1,29 @@
+/// @file Conversion.h
+/// Writing what was read.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Findings.h"
+#include "Population.h"
+#include "Reading.h"
+
+namespace velmar {
+
+/// Why no file can be written under this name, as the end of a sentence that begins with it; empty where one
+/// can, as far as can be told without touching anything.
+std::string WhyUnwritable(const std::string& path);
+
+/// Why what was read is not written to `out`; empty where it is.
+std::string WhyNotWritten(Reading& in, const std::string& out);
+
+/// Makes every instance writable: what has no value, because the file has none or because it could not be
+/// kept, is written `$`. Adds a warning where there is such a value.
+void MarkMissingValues(Population& file, Findings& findings);
+
+/// Writes the population and returns the number of bytes. What `out` holds is replaced by a complete file or
+/// not at all. Adds an error where that fails.
+std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings);
+
+}  // namespace velmar

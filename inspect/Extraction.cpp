@@ -1,0 +1,167 @@
+#include "Extraction.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <stdexcept>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "ExpUtilities.h"
+#include "Input.h"
+#include "ReplaceFile.h"
+#include "Scanner.h"
+#include "WrittenInstances.h"
+
+namespace velmar {
+
+namespace {
+
+using VELMAR::Token;
+
+constexpr std::int64_t kHighestNumber = 1073741823;
+constexpr const char* kEnd = "ENDSEC;\nEND-ISO-10303-21;\n";
+
+std::string ContentsOf(const std::string& path) {
+  const std::string why = WhyUnreadable(path);
+  if (!why.empty()) throw std::runtime_error(path + " " + why);
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  std::string contents(FileSize(path), '\0');
+  contents.resize(ReadBytes(file.get(), &contents[0], contents.size()));
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+  return contents;
+}
+
+[[noreturn]] void ThrowNoData(const std::string& path) { throw std::runtime_error(path + " has no DATA section"); }
+
+std::string Piece(const std::string& contents, int begin, int end) {
+  return contents.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+}
+
+// An instance of a file that is being taken apart.
+struct Part {
+  std::int64_t number;
+  int begin, end;
+  std::size_t firstReference, lastReference;  // in a list of all
+};
+
+}  // namespace
+
+Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers) {
+  const std::string contents = ContentsOf(path);
+  std::vector<Part> parts;
+  std::vector<std::int64_t> references;
+  std::unordered_map<std::int64_t, std::size_t> partOf;
+  const int dataBegin = ForEachWrittenInstance(path, true, [&](const WrittenInstance& instance) {
+    if (instance.IsInHeader()) return;
+    const std::size_t first = references.size();
+    for (const WrittenRecord& record : instance.records) {
+      for (const WrittenValue& value : record.values) {
+        if (value.kind != WrittenValue::Kind::Reference) continue;
+        references.push_back(std::strtoll(value.text.c_str(), nullptr, 10));
+      }
+    }
+    partOf[instance.number] = parts.size();
+    parts.push_back({instance.number, instance.begin, instance.end, first, references.size()});
+  });
+  if (dataBegin < 0) ThrowNoData(path);
+
+  std::unordered_set<std::size_t> taken;
+  std::vector<std::size_t> next;
+  const auto take = [&](std::int64_t number) {
+    const auto part = partOf.find(number);
+    if (part == partOf.end()) return false;
+    if (taken.insert(part->second).second) next.push_back(part->second);
+    return true;
+  };
+  for (const std::int64_t number : numbers) {
+    if (!take(number)) throw std::runtime_error(fmt::format("{} has no instance #{}", path, number));
+  }
+  while (!next.empty()) {
+    const Part part = parts[next.back()];
+    next.pop_back();
+    for (std::size_t i = part.firstReference; i < part.lastReference; ++i) take(references[i]);
+  }
+
+  std::vector<std::size_t> order(taken.begin(), taken.end());
+  std::sort(order.begin(), order.end(), [&parts](std::size_t a, std::size_t b) { return parts[a].begin < parts[b].begin; });
+  Text text = {Piece(contents, 0, dataBegin) + "\n"};
+  for (const std::size_t i : order) {
+    text.push_back(fmt::format("#{}={};\n", parts[i].number, Piece(contents, parts[i].begin, parts[i].end)));
+  }
+  text.emplace_back(kEnd);
+  return text;
+}
+
+Text Merge(const std::vector<std::string>& paths) {
+  Text text;
+  std::string schema;
+  std::int64_t offset = 0;
+  for (const std::string& path : paths) {
+    const std::string contents = ContentsOf(path);
+    const std::string name = VELMAR::ToUpperString(SchemaNamedIn(path).name);
+    if (text.empty()) schema = name;
+    if (name != schema) {
+      throw std::runtime_error(fmt::format("{} has the schema '{}', {} '{}': they make no file of one schema", paths.front(),
+                                           schema, path, name));
+    }
+    const File file = Open(path);
+    if (file == nullptr) ThrowUnreadable(path, errno);
+    VELMAR::Scanner scanner(file.get());
+    std::int64_t highest = offset;
+    std::size_t done = 0;  // so much of the contents has been copied, or passed over
+    bool inData = false;
+    bool hadData = false;
+    std::string piece;
+    const auto copyTo = [&](int position) {
+      piece.append(contents, done, static_cast<std::size_t>(position) - done);
+      done = static_cast<std::size_t>(position);
+    };
+    for (const Token* token = scanner.Scan(); token->kind != Token::EoF; token = scanner.Scan()) {
+      if (token->kind == Token::Data) {
+        const int begin = token->pos + static_cast<int>(std::wcslen(token->val));
+        if (text.empty() && !hadData) copyTo(begin);
+        done = static_cast<std::size_t>(begin);
+        if (!text.empty()) {  // the piece before ends with its line
+          if (contents.compare(done, 1, "\r") == 0) ++done;
+          if (contents.compare(done, 1, "\n") == 0) ++done;
+        }
+        inData = hadData = true;
+      } else if (token->kind == Token::EndSec && inData) {
+        copyTo(token->pos);
+        inData = false;
+      } else if (token->kind == Token::EntityInstanceName && inData) {
+        const std::int64_t number = std::wcstoll(token->val + 1, nullptr, 10);
+        if (number > kHighestNumber - offset) {
+          throw std::runtime_error(fmt::format("{}:{}:{}: the instance numbers become too high", path, token->line, token->col));
+        }
+        highest = std::max(highest, number + offset);
+        copyTo(token->pos);
+        piece += fmt::format("#{}", number + offset);
+        done += std::wcslen(token->val);
+      }
+    }
+    if (!hadData) ThrowNoData(path);
+    if (inData) piece.append(contents, done, std::string::npos);  // a section without an end
+    if (piece.empty() || piece.back() != '\n') piece += '\n';
+    text.push_back(std::move(piece));
+    offset = highest;
+  }
+  text.emplace_back(kEnd);
+  return text;
+}
+
+void WriteText(const Text& text, const std::string& path) {
+  try {
+    VelmarFiles::ReplaceFile(path, text);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(path + " cannot be written: " + error.what());
+  }
+}
+
+}  // namespace velmar

@@ -1,0 +1,61 @@
+/// @file Input.h
+/// The files that are looked at.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmar {
+
+/// The longest file that the library reads: 2^31 - 1 bytes.
+constexpr std::uint64_t kLongestFile = 2147483647;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Opens a file for reading; null with errno where that fails.
+File Open(const std::string& path);
+
+/// As std::fread; goes on where a signal came in between. Where ferror() holds behind it, errno says why.
+std::size_t ReadBytes(std::FILE* file, char* bytes, std::size_t wanted);
+
+/// Why the file cannot be read, as the end of a sentence that begins with its name; empty where it can be.
+std::string WhyUnreadable(const std::string& path);
+
+/// Throws std::runtime_error: the file cannot be read, for the reason that `error`, a value of errno, gives.
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error);
+
+/// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark.
+/// Throws std::runtime_error where it cannot be read.
+bool HasDamagedByteOrderMark(const std::string& path);
+
+/// The size in bytes. Throws std::runtime_error where the file cannot be asked.
+std::uint64_t FileSize(const std::string& path);
+
+/// A place in a file; line and column count from 1. Columns are bytes, or characters in a file with a byte
+/// order mark.
+struct Place {
+  int line;
+  int column;
+};
+
+/// A piece of a source line around a place, and the position of the place in it.
+struct Excerpt {
+  std::string text;
+  std::size_t caret;
+};
+
+/// One excerpt for each place; the places are sorted. Reads the file once, up to the last of them. Lines end
+/// at LF, at CR LF and at a CR alone.
+std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Place>& places);
+
+/// Whether the bytes are well-formed UTF-8, but for sequences that are cut off at either end.
+bool IsUtf8(const std::string& bytes);
+
+}  // namespace velmar

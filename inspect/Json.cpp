@@ -1,0 +1,174 @@
+#include "Json.h"
+
+#include <nlohmann/json.hpp>
+
+namespace velmar {
+
+namespace {
+
+Json CountsOf(const std::vector<std::pair<std::string, std::size_t>>& counts) {
+  Json json = Json::array();
+  for (const auto& [type, count] : counts) json.push_back({{"type", type}, {"count", count}});
+  return json;
+}
+
+Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+Json HeaderOf(const FileInfo& info) {
+  Json json = {{"file_description", nullptr}, {"file_name", nullptr}, {"file_schema", info.schemas}};
+  if (info.description) {
+    json["file_description"] = {{"description", info.description->description},
+                                {"implementation_level", info.description->implementationLevel}};
+  }
+  if (info.name) {
+    json["file_name"] = {{"name", info.name->name},
+                         {"time_stamp", info.name->timeStamp},
+                         {"author", info.name->author},
+                         {"organization", info.name->organization},
+                         {"preprocessor_version", info.name->preprocessorVersion},
+                         {"originating_system", info.name->originatingSystem},
+                         {"authorization", info.name->authorization}};
+  }
+  return json;
+}
+
+Json UnresolvedOf(const FileInfo& info) {
+  std::size_t count = 0;
+  Json missing = Json::array();
+  for (const UnresolvedReference& reference : info.unresolved) {
+    count += reference.count;
+    missing.push_back({{"to", reference.to},
+                       {"count", reference.count},
+                       {"from", reference.from},
+                       {"line", reference.place.line},
+                       {"column", reference.place.column}});
+  }
+  return {{"count", count}, {"missing", missing}};
+}
+
+Json ToJson(const Finding& finding) {
+  const bool isPlaced = finding.place.line > 0;
+  return {{"code", NameOf(finding.code)},
+          {"severity", Name(finding.severity)},
+          {"line", isPlaced ? Json(finding.place.line) : Json(nullptr)},
+          {"column", isPlaced ? Json(finding.place.column) : Json(nullptr)},
+          {"instance", finding.instance > 0 ? Json(finding.instance) : Json(nullptr)},
+          {"attribute", TextOrNull(finding.attribute)},
+          {"text", finding.text},
+          {"hint", TextOrNull(finding.hint)}};
+}
+
+Json AttributesOf(const RecordView& record) {
+  Json json = Json::object();
+  for (const AttributeView& attribute : record.attributes) {
+    json[*attribute.name] = attribute.value == nullptr ? Json(nullptr) : JsonOf(*attribute.value);
+  }
+  return json;
+}
+
+}  // namespace
+
+Json ToJson(const Findings& findings) {
+  Json json = Json::array();
+  for (const Finding& finding : findings.WithPlace()) json.push_back(ToJson(finding));
+  for (const Finding& finding : findings.WithoutPlace()) json.push_back(ToJson(finding));
+  return json;
+}
+
+Json ToJson(const FileInfo& info, const Findings& findings) {
+  return {{"file", info.file},
+          {"size", info.size},
+          {"header", HeaderOf(info)},
+          {"schema",
+           {{"name", info.readAs},
+            {"protocol", TextOrNull(info.protocol)},
+            {"library", TextOrNull(info.library)},
+            {"supported", info.isSchemaSupported}}},
+          {"instances", info.instances},
+          {"complex_instances", info.complexInstances},
+          {"largest_number", info.largestNumber},
+          {"types", CountsOf(info.types)},
+          {"unknown_types", CountsOf(info.unknownTypes)},
+          {"unresolved_references", UnresolvedOf(info)},
+          {"findings", ToJson(findings)},
+          {"findings_not_listed", findings.NotKept()},
+          {"reading",
+           {{"seconds", info.seconds},
+            {"megabytes_per_second", info.MegabytesPerSecond()},
+            {"peak_memory", info.peakMemory}}}};
+}
+
+Json ToJson(const InstanceView& instance, Place place) {
+  const bool isPlaced = place.line > 0;
+  Json json = {{"id", instance.number},
+               {"type", instance.type},
+               {"line", isPlaced ? Json(place.line) : Json(nullptr)},
+               {"column", isPlaced ? Json(place.column) : Json(nullptr)}};
+  if (instance.isComplex) {
+    json["parts"] = Json::array();
+    for (const RecordView& record : instance.records) {
+      json["parts"].push_back({{"type", *record.type}, {"attributes", AttributesOf(record)}});
+    }
+  } else {
+    json["attributes"] = AttributesOf(instance.records.front());
+  }
+  return json;
+}
+
+Json ToJson(const Listing& listing) {
+  Json json = Json::array();
+  for (const Listing::Row& row : listing.rows) {
+    Json attributes = Json::object();
+    for (std::size_t i = 0; i < row.values.size(); ++i) {
+      if (row.values[i] != nullptr) attributes[listing.attributes[i]] = JsonOf(*row.values[i]);
+    }
+    json.push_back({{"id", row.number}, {"type", row.type}, {"attributes", attributes}});
+  }
+  return json;
+}
+
+Json ToJson(const std::vector<Reference>& references, const InstanceView& instance) {
+  Json list = Json::array();
+  for (const Reference& reference : references) {
+    list.push_back({{"from", reference.from},
+                    {"type", *reference.type},
+                    {"attribute", *reference.attribute},
+                    {"to", reference.to},
+                    {"level", reference.level}});
+  }
+  return {{"id", instance.number}, {"type", instance.type}, {"references", list}};
+}
+
+Json ToJson(const std::vector<SchemaInfo>& schemas) {
+  Json json = Json::array();
+  for (const SchemaInfo& schema : schemas) {
+    json.push_back({{"name", schema.name},
+                    {"protocol", TextOrNull(schema.protocol)},
+                    {"library", TextOrNull(schema.library)},
+                    {"types", schema.types}});
+  }
+  return json;
+}
+
+Json ToJson(const TypeInfo& type) {
+  Json attributes = Json::array();
+  for (const AttributeInfo& attribute : type.attributes) {
+    const bool isKnown = !attribute.expressType.empty();
+    attributes.push_back({{"name", attribute.name},
+                          {"owner", attribute.owner},
+                          {"type", TextOrNull(attribute.expressType)},
+                          {"optional", isKnown ? Json(attribute.isOptional) : Json(nullptr)},
+                          {"derived", isKnown ? Json(attribute.isDerived) : Json(nullptr)}});
+  }
+  return {{"schema", type.schema},
+          {"type", type.name},
+          {"attributes", attributes},
+          {"supertypes", type.supertypes},
+          {"subtypes", type.subtypes}};
+}
+
+std::string ToText(const Json& json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace velmar

@@ -1,0 +1,61 @@
+#include "LibraryLog.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace velmar {
+
+namespace {
+
+// What an exception that the library has caught says, in words of a user.
+std::string Reason(const std::string& logged) {
+  static const std::string kReading = "Error while reading from filestream ";
+  std::string reason =
+      logged.compare(0, kReading.size(), kReading) == 0 ? logged.substr(kReading.size()) : logged;
+  const std::size_t lineEnd = reason.find("\n   ");
+  if (lineEnd != std::string::npos) reason.erase(0, lineEnd + 4);
+  if (reason == "std::bad_array_new_length") return "cannot be read: the header section holds no record";
+  if (reason == "std::bad_alloc") return "not enough memory";
+  return reason;
+}
+
+// What of a message the library has logged says that the file cannot be read, with the reason; empty where it
+// says something else.
+std::string ReasonUnreadable(const std::string& logged, int error) {
+  if (logged.compare(0, 25, "Error while opening file ") == 0) return std::strerror(error);
+  for (const char* text :
+       {"the input cannot be read any further: ", "the length of the input cannot be found"}) {
+    const std::size_t at = logged.find(text);
+    if (at == std::string::npos) continue;
+    const std::string reason = logged.substr(at + std::strlen(text));
+    return reason.empty() ? std::strerror(error) : reason;
+  }
+  return "";
+}
+
+}  // namespace
+
+LibraryLog::LibraryLog(Findings& findings) : findings_(findings) { VELMAR::ExpLogger::AddLogger(this); }
+
+LibraryLog::~LibraryLog() { VELMAR::ExpLogger::RemoveLogger(this); }
+
+void LibraryLog::Write(const std::string& message, const VELMAR::ExpLogLevel& level) {
+  const int error = errno == 0 ? EIO : errno;
+  std::string text = message;
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  const std::string unreadable = ReasonUnreadable(text, error);
+  if (!unreadable.empty()) unreadable_ = unreadable;
+  int line = 0;
+  int column = 0;
+  int length = 0;
+  if (std::sscanf(text.c_str(), "-- line %d col %d: %n", &line, &column, &length) == 2 && length > 0) {
+    findings_.Add(Code::kSyntax, {line, column}, text.substr(static_cast<std::size_t>(length)));
+  } else if (level == VELMAR::ExpLogException) {
+    const std::string reason = Reason(text);
+    findings_.Add(reason.find("holds no record") != std::string::npos ? Code::kEmptyHeader : Code::kGivenUp,
+                  reason);
+  }
+}
+
+}  // namespace velmar

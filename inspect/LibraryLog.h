@@ -1,0 +1,31 @@
+/// @file LibraryLog.h
+/// What the library says while it reads, as findings.
+#pragma once
+
+#include <string>
+
+#include "ExpLogging.h"
+#include "Findings.h"
+
+namespace velmar {
+
+/// While it lives, turns what the library logs into findings: syntax errors get their place, errors met in
+/// reading none, and progress is passed over. Notes where the file itself cannot be read.
+class LibraryLog : public VELMAR::ExpAbstractLogger {
+ public:
+  explicit LibraryLog(Findings& findings);
+  ~LibraryLog() override;
+  LibraryLog(const LibraryLog&) = delete;
+  LibraryLog& operator=(const LibraryLog&) = delete;
+
+  void Write(const std::string& message, const VELMAR::ExpLogLevel& level) override;
+
+  /// Why the file could not be read, or not to its end; empty where it could.
+  const std::string& Unreadable() const { return unreadable_; }
+
+ private:
+  Findings& findings_;
+  std::string unreadable_;
+};
+
+}  // namespace velmar

@@ -1,0 +1,147 @@
+#include "Population.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "Input.h"
+#include "LibraryLog.h"
+#include "LossFinder.h"
+#include "Schemas.h"
+
+namespace velmar {
+
+namespace {
+
+const char* fileBeingRead = nullptr;
+
+// Seconds since some point of time.
+double Now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+const char* FileBeingRead() { return fileBeingRead; }
+
+BeingRead::BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
+BeingRead::~BeingRead() { fileBeingRead = nullptr; }
+
+Population::Population(const ReadingOptions& options)
+    : ExpFixedSchemaFile(options.lateBoundSchema),
+      isLateBound_(!options.lateBoundSchema.empty()),
+      keepsSchema_(isLateBound_ || options.schema.has_value()) {
+  if (options.schema) SetSchema(*options.schema);
+}
+
+void Population::ReadAndReport(const std::string& path, Findings& findings) {
+  unknownTypes_.clear();
+  unresolved_.clear();
+  repeated_.clear();
+  schemaOfFile_.clear();
+  schemaSupported_ = true;
+  usesFallback_ = false;
+  libraryFailure_.clear();
+  fallbackFailure_.clear();
+  loadingTime_ = 0;
+  wasGivenSchema_ = false;
+  if (HasDamagedByteOrderMark(path)) {
+    findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
+    return;
+  }
+
+  const BeingRead reading(path);
+  std::string unreadable;
+  {
+    const LibraryLog log(findings);
+    const double start = Now();
+    Read(path);
+    readingTime_ = Now() - start - loadingTime_;
+    unreadable = log.Unreadable();
+  }
+  if (!unreadable.empty()) throw std::runtime_error(path + " cannot be read: " + unreadable);
+  if (findings.Errors() == 0 && !wasGivenSchema_) {  // the library takes it for no file
+    throw std::runtime_error(path + " cannot be read: it is empty");
+  }
+  LoadTypes();  // where the file was given up before its schema was known
+  if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
+  if (!fallbackFailure_.empty()) findings.Add(Code::kFallbackLibrary, fallbackFailure_);
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  errno = 0;
+  LossFinder(*this, findings).Find(file.get());
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+}
+
+VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
+  VELMAR::ExpEntity* entity = ExpFixedSchemaFile::CreateEntity(typeName);
+  if (entity == nullptr && usesFallback_) {
+    fallbackFailure_ = TryLoading(LoadFallback);
+    usesFallback_ = false;  // from now on the registry looks there itself
+    entity = ExpFixedSchemaFile::CreateEntity(typeName);
+  }
+  if (entity == nullptr) ++unknownTypes_[typeName];
+  return entity;
+}
+
+void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
+  // A complex instance of which no part is known has no text that could be read again.
+  auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity);
+  if (complex != nullptr && complex->GetEntities()->empty()) {
+    ++withoutParts_;
+    return;
+  }
+
+  const bool isNew = GetEntity(number) == nullptr;
+  try {
+    ExpFile::AddEntity(number, entity);
+  } catch (const std::length_error&) {
+    throw std::string("an instance number is out of range; nothing of the file is kept");
+  }
+  if (isNew) {
+    ++count_;
+  } else {
+    repeated_.insert(number);
+  }
+}
+
+void Population::SetSchemaName(std::string name) {
+  wasGivenSchema_ = true;
+  schemaOfFile_ = name;
+  if (!keepsSchema_) ExpFixedSchemaFile::SetSchemaName(name);
+  schemaSupported_ = keepsSchema_ || FindSchema(name) == GetSchema();
+  usesFallback_ = schemaSupported_ && !isLateBound_;
+  LoadTypes();
+  // It is no fault of the file that its types are not there.
+  if (!libraryFailure_.empty()) throw libraryFailure_;
+}
+
+void Population::LoadTypes() {
+  if (isLateBound_) return;
+  libraryFailure_ = TryLoading([this] { LoadLibrary(GetSchema()); });
+}
+
+// Gives the reason where loading fails, and counts the time that it takes.
+template <class Load>
+std::string Population::TryLoading(Load load) {
+  const double start = Now();
+  std::string failure;
+  try {
+    load();
+  } catch (const std::runtime_error& error) {
+    failure = error.what();
+  }
+  loadingTime_ += Now() - start;
+  return failure;
+}
+
+void Population::DeleteEntities() {
+  count_ = 0;
+  withoutParts_ = 0;
+  ExpFile::DeleteEntities();
+}
+
+}  // namespace velmar

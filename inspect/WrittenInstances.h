@@ -1,0 +1,112 @@
+/// @file WrittenInstances.h
+/// The instances of a Part 21 file one behind the other, as they stand in the text.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Input.h"
+#include "Scanner.h"
+
+namespace velmar {
+
+/// One value as it is written. The values of a record stand behind each other in one list: an aggregate or a typed value,
+/// then what stands within it.
+struct WrittenValue {
+  enum class Kind { Integer, Real, String, Binary, Enumeration, Reference, Unset, Omitted, Aggregate, Typed };
+
+  Kind kind = Kind::Unset;
+  Place where = {0, 0};
+  /// The token; without apostrophes, quotation marks, points and `#`. Of a typed value its name, else empty.
+  std::string text;
+  std::size_t end = 0;       ///< the index behind the value and all that stands within it
+  std::size_t elements = 0;  ///< of an aggregate, and of the parentheses of a typed value
+};
+
+/// The record of one entity type: NAME ( values ).
+struct WrittenRecord {
+  std::string type;  ///< with `!` in front of the name of a user-defined type
+  Place where = {0, 0};
+  Place end = {0, 0};  ///< of its closing parenthesis
+  std::size_t parameters = 0;
+  std::vector<WrittenValue> values;  ///< the parameters and all that stands within them
+};
+
+/// An instance, or a record of the header.
+struct WrittenInstance {
+  std::int64_t number = -1;  ///< -1 in the header; the greatest 64-bit number for all that are greater
+  Place where = {0, 0};
+  bool isComplex = false;
+  std::vector<WrittenRecord> records;
+  /// Where the records stand in the file, in bytes: the first, or the parenthesis before it, and what is behind the last.
+  int begin = 0;
+  int end = 0;
+
+  bool IsInHeader() const { return number < 0; }
+};
+
+/// Gives the header records and the instances of a file in the order of its text. What is no instance is passed over
+/// silently up to the next semicolon: to say what is wrong with the syntax is the parser's part. An instance with a scope
+/// comes behind those within it.
+class InstanceReader {
+ public:
+  /// `scanner` stands at the beginning of the file, and outlives this. `isUtf8` says that the file has a byte order mark:
+  /// the texts of values are UTF-8 then, and bytes of the file otherwise.
+  InstanceReader(VELMAR::Scanner& scanner, bool isUtf8) : scanner_(scanner), isUtf8_(isUtf8) { Next(); }
+
+  /// Fills `instance` with the next one, whose memory is used again; false at the end of the file. Without `withValues` the
+  /// records of instances have types and places alone.
+  bool Read(WrittenInstance& instance, bool withValues = true);
+
+  /// Where the first DATA section begins, in bytes, behind its keyword; -1 while there was none.
+  int DataBegin() const { return dataBegin_; }
+
+ private:
+  struct Enclosing {
+    std::int64_t number;
+    Place where = {0, 0};
+  };
+
+  void Next() {
+    behind_ = token_ == nullptr ? 0 : token_->pos + 1;  // exact behind parentheses
+    token_ = scanner_.Scan();
+  }
+  bool Is(VELMAR::Token::Kind kind) const { return token_->kind == kind; }
+  Place Here() const { return {token_->line, token_->col}; }
+  bool ReadRecords(WrittenInstance& instance, bool withValues);
+  bool ReadRecord(WrittenInstance& instance, bool withValues);
+  bool ReadValues(WrittenRecord& record);
+  bool ReadValue(WrittenValue& value);
+  bool PassValues(WrittenRecord& record);
+  void PassStatement();
+
+  VELMAR::Scanner& scanner_;
+  const bool isUtf8_;
+  VELMAR::Token* token_ = nullptr;
+  int dataBegin_ = -1;
+  int behind_ = 0;  // where the token before this one ends
+  bool inHeader_ = false;
+  std::vector<Enclosing> enclosing_;     // the instances in whose scope we are
+  std::vector<std::size_t> open_;        // the aggregates and typed values that a value stands within
+  std::vector<WrittenRecord> spare_;     // records whose memory waits for others
+};
+
+/// Calls `action` for each header record and instance of a file; returns where its DATA section begins, as DataBegin. Throws
+/// std::runtime_error where it cannot be read.
+int ForEachWrittenInstance(const std::string& path, bool withValues,
+                           const std::function<void(const WrittenInstance&)>& action);
+
+/// What the header of a file says of its schema.
+struct NamedSchema {
+  std::string name;      ///< the first of FILE_SCHEMA; empty where there is none
+  Place where = {0, 0};  ///< of the record
+};
+
+/// Throws as ForEachWrittenInstance does.
+NamedSchema SchemaNamedIn(const std::string& path);
+
+}  // namespace velmar

@@ -1,0 +1,69 @@
+// Every command of velmar that looks at a file, over the whole corpus.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "../tools/RunProgram.h"
+#include "CorpusFiles.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+class Commands : public CorpusFile {
+ protected:
+  // The outcome; it ended by itself, with a status that is documented.
+  Outcome Run(const std::string& command, const std::vector<std::string>& arguments) {
+    std::vector<std::string> line = {VELMAR_PROGRAM, command, "-q", (Corpus() / GetParam()).string()};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    const Outcome outcome = RunProgram(line);
+    EXPECT_LE(outcome.status, 2) << command;
+    EXPECT_GE(outcome.status, 0) << command;
+    return outcome;
+  }
+  Json RunForJson(const std::string& command, std::vector<std::string> arguments) {
+    arguments.emplace_back("--json");
+    const Outcome outcome = Run(command, arguments);
+    const Json json = Json::parse(outcome.out, nullptr, false);
+    EXPECT_FALSE(json.is_discarded()) << command << ": " << outcome.out.substr(0, 1000);
+    return json;
+  }
+};
+
+TEST_P(Commands, TellOfItWhatTheyShould) {
+  EXPECT_NE(Run("info", {}).out, "");
+  const Json info = RunForJson("info", {}).at(0);
+  std::size_t count = 0;
+  for (const Json& type : info.at("types")) count += type.at("count").get<std::size_t>();
+  EXPECT_EQ(count, info.at("instances").get<std::size_t>());
+  const int number = info.at("largest_number").get<int>();
+  if (number == 0) return;  // nothing could be kept
+
+  const Json shown = RunForJson("show", {std::to_string(number)}).at(0);
+  EXPECT_EQ(shown.at("id"), number);
+  EXPECT_GT(shown.at("line"), 0);
+  Run("show", {std::to_string(number), "1"});
+
+  for (const Json& type : info.at("types")) {
+    const std::string name = type.at("type").get<std::string>();
+    if (name[0] == '(') continue;
+    const Json rows = RunForJson("list", {name, "--exact"});
+    EXPECT_GE(rows.size(), type.at("count").get<std::size_t>())
+        << name;  // more where it is part of complex ones, too
+    Run("list", {name});
+    Run("list", {name, "--csv"});
+    const std::string first = std::to_string(rows.at(0).at("id").get<int>());
+    EXPECT_EQ(RunForJson("refs", {first, "--depth", "0"}).at("id"), rows.at(0).at("id"));
+    Run("refs", {first, "--depth", "3"});
+    Run("refs", {first, "--dot"});
+    break;  // the most frequent one is enough
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Commands,
+    testing::ValuesIn(FilesOf({"ap203", "ap203e2", "ap214", "ap242", "other", "syntax", "bad"})), NameOf);
+
+}  // namespace

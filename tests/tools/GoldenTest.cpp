@@ -1,0 +1,96 @@
+// Commands on files of the repository, and all that they print: golden/NAME.txt has what is expected.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <ostream>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "RunProgram.h"
+
+namespace {
+
+struct Golden {
+  const char* name;
+  std::vector<std::string> arguments;
+};
+
+void PrintTo(const Golden& golden, std::ostream* os) { *os << golden.name; }
+
+// Without what differs from run to run.
+std::string Lasting(std::string text) {
+  text = std::regex_replace(text, std::regex("read in [0-9.]+ ms, [0-9]+ MB/s, [0-9]+ MB"),
+                            "read in T ms, R MB/s, M MB");
+  return std::regex_replace(text, std::regex("(\"(seconds|megabytes_per_second|peak_memory)\": )[-+.0-9e]+"),
+                            "$1N");
+}
+
+class GoldenOutput : public testing::TestWithParam<Golden> {};
+
+TEST_P(GoldenOutput, IsAsBefore) {
+  std::vector<std::string> command = {VELMAR_PROGRAM};
+  command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+  Setting setting;
+  setting.directory = SOURCE_FOLDER;
+  const Outcome outcome = RunProgram(command, setting);
+  std::string line = "$ velmar";
+  for (const std::string& argument : GetParam().arguments) line += " " + argument;
+  const std::string text = line + "\n" + Lasting(outcome.out) + "-- messages\n" + outcome.err +
+                           "-- exit status " + std::to_string(outcome.status) + "\n";
+
+  const std::string golden = std::string(SOURCE_FOLDER "/tests/tools/golden/") + GetParam().name + ".txt";
+  const std::string expected = ReadFile(golden);
+  if (text == expected) return;
+  const std::string made = testing::TempDir() + "velmar-golden-" + GetParam().name + ".txt";
+  std::ofstream(made) << text;
+  EXPECT_EQ(text, expected) << "If this is as it should be: cp " << made << " " << golden;
+}
+
+const char kSample[] = "examples/bracket.stp";
+const char kGears[] = "tests/tools/data/gears.stp";
+const char kText[] = "tests/tools/data/gears.exp";
+const char kValues[] = "tests/tools/data/values.stp";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, GoldenOutput,
+    testing::Values(Golden{"info", {"info", kSample}},
+                    Golden{"info_of_several", {"info", kValues, "none.stp", kSample, "-q"}},
+                    Golden{"info_json", {"info", "--json", kValues}},
+                    Golden{"info_json_missing", {"info", "--json", "none.stp"}},
+                    Golden{"list", {"list", kSample, "product"}},
+                    Golden{"list_subtypes", {"list", kSample, "face_bound", "--attr", "bound"}},
+                    Golden{"list_exact", {"list", kSample, "FACE_BOUND", "--exact"}},
+                    Golden{"list_complex",
+                           {"list", kSample, "named_unit", "--attr", "name", "--attr", "prefix", "--attr",
+                            "conversion_factor"}},
+                    Golden{"list_csv", {"list", kValues, "cartesian_point", "--csv"}},
+                    Golden{"list_json", {"list", kValues, "measure_with_unit", "--json", "-q"}},
+                    Golden{"list_none", {"list", kSample, "colour_specification", "--exact"}},
+                    Golden{"list_unknown_type", {"list", kSample, "vektor"}},
+                    Golden{"list_unknown_attribute", {"list", kSample, "product", "--attr", "x"}},
+                    Golden{"show", {"show", kSample, "16", "#5", "10", "35"}},
+                    Golden{"show_json", {"show", kValues, "--json", "-q", "1", "5", "6", "9", "10"}},
+                    Golden{"show_missing", {"show", kValues, "-q", "1", "20", "77"}},
+                    Golden{"show_wrong", {"show", kSample, "x"}},
+                    Golden{"info_express", {"info", kGears, "--express", kText, "--json"}},
+                    Golden{
+                        "list_express",
+                        {"list", kGears, "gear", "--express", kText, "--attr", "label", "--attr", "pitch"}},
+                    Golden{"list_header", {"list", kSample, "file_name"}},
+                    Golden{"show_express", {"show", kGears, "2", "--express", kText}},
+                    Golden{"refs_express", {"refs", kGears, "2", "--express", kText}},
+                    Golden{"refs", {"refs", kSample, "16"}}, Golden{"refs_none", {"refs", kSample, "383"}},
+                    Golden{"refs_depth", {"refs", kSample, "#20", "--depth", "3"}},
+                    Golden{"refs_all", {"refs", kSample, "80", "--depth", "0"}},
+                    Golden{"refs_json", {"refs", kValues, "1", "--json", "-q"}},
+                    Golden{"refs_dot", {"refs", kSample, "20", "--depth", "2", "--dot"}},
+                    Golden{"refs_missing", {"refs", kSample, "384"}},
+                    Golden{"schemas_type", {"schemas", "Face_Surface", "--schema", "AP214"}},
+                    Golden{"schemas_json", {"schemas", "vertex", "--json", "--schema", "AP214"}},
+                    Golden{"schemas_express", {"schemas", "--express", kText}},
+                    Golden{"schemas_express_type", {"schemas", "--express", kText, "worm"}},
+                    Golden{"schemas_unknown", {"schemas", "vektor", "--schema", "AP214"}}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace

@@ -1,0 +1,35 @@
+/// @file Options.h
+/// Options that several commands have.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Population.h"
+
+namespace velmar {
+
+/// How files are read, as users say it.
+struct ReadingFlags {
+  std::optional<std::string> schema;
+  std::string express;
+  std::vector<std::string> includes;
+  bool quiet = false;
+
+  /// Adds --schema, --express, -I and --quiet; stays where it is while the command does.
+  void AddTo(CLI::App& command);
+  /// Without --quiet, for commands that read no file.
+  void AddSchemaTo(CLI::App& command);
+  /// The schema that is named. Throws std::runtime_error where there is no such schema.
+  std::optional<VELMAR::Schema> Schema() const;
+  /// Loads the EXPRESS text, if one is given. Throws std::runtime_error where there is no such schema, and
+  /// VELMAR::LateBoundError.
+  ReadingOptions Resolve() const;
+};
+
+/// What the help of a command ends with: an example, and the exit status.
+std::string Footer(const std::string& example);
+
+}  // namespace velmar
