@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <list>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -286,18 +287,20 @@ void Parser::headerSection() {
 
 // headerEntityList = headerEntity { headerEntity } .
 void Parser::headerEntityList() {
-  headerEntity();
-  while (StartsRecord()) headerEntity();
+  std::set<std::string> names;
+  headerEntity(names);
+  while (StartsRecord()) headerEntity(names);
 }
 
 // headerEntity = simpleRecord ";" .
-void Parser::headerEntity() {
+//
+// `names` are those of the records so far that the three entities of the header stand for.
+void Parser::headerEntity(std::set<std::string>& names) {
   ExpEntity* entity = nullptr;
   simpleRecord(entity, Place::Header, recordName_);
-  if (keepsEverything_ && entity != nullptr) {
-    std::list<ExpEntity*> all;
-    provider_->GetEntities(all, recordName_, false);
-    if (all.size() > 1) Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
+  if (keepsEverything_ && entity != nullptr && dynamic_cast<UnknownEntity*>(entity) == nullptr &&
+      !names.insert(recordName_).second) {
+    Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
   }
   while (!StartOf(kEndsInstance)) {
     SynErr(kNotInHeaderEntity);

@@ -28,7 +28,8 @@ class VELMAR_API ExpSchemaReal : public ExpReal {
   std::string ToString() override;
 };
 
-/// A BINARY attribute of a generated entity. Readers pass binary values over, so it is written `$`, or `*` where omitted.
+/// A BINARY attribute of a generated entity. Readers pass binary values over, so it is written `$`, or `*` where omitted;
+/// where everything is kept, GetKeptValue gives the value, which is written in its place.
 class VELMAR_API ExpSchemaBinary : public ExpAttribute {
  public:
   std::string ToString() override;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -88,7 +89,7 @@ class VELMAR_API Parser {
   void Part21();
   void headerSection();
   void headerEntityList();
-  void headerEntity();
+  void headerEntity(std::set<std::string>& names);
   void dataSection();
   void entityInstanceList();
   bool entityInstanceName(int& number);

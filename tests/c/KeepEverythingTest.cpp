@@ -514,6 +514,25 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomKeptRecords, testing::Range(1u, 9u));
 
 // ------------------------------------------------------------------------------------------------------ hostile input
 
+// Each of these would take hours if the time grew with the square of the length.
+TEST(KeepEverything, ManyRecordsAndParametersTakeNoLongerThanTheirNumber) {
+  constexpr int kMany = 200000;
+  std::string header;
+  std::string parameters = "1";
+  std::string records;
+  for (int i = 0; i < kMany; ++i) {
+    header += i % 2 == 0 ? "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n" : "X();\n";
+    parameters += ",1";
+    records += "X()";
+  }
+  ExpFile file;
+  file.KeepEverything(true);
+  Read(file, FileOf("#1=UNKNOWN(" + parameters + ");\n#2=EMPTY(" + parameters + ");\n#3=(" + records + ");", header));
+  EXPECT_EQ(file.GetEntity(1)->GetNofExplicitMembers(), kMany + 1);
+  EXPECT_NE(GetKeptValue(*file.GetEntity(2), kMany), nullptr);
+  EXPECT_GT(TextOf(file).size(), 2 * parameters.size());
+}
+
 // Whatever a damaged file holds, what is written of it can be read.
 TEST(KeepEverything, WhatIsReadOfADamagedFileIsWrittenWithoutSyntaxErrors) {
   std::string records;
