@@ -32,7 +32,7 @@ std::string ContentsOf(const std::string& path) {
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);
   std::string contents(FileSize(path), '\0');
-  contents.resize(ReadBytes(file.get(), &contents[0], contents.size()));
+  contents.resize(ReadBytes(file.get(), contents.data(), contents.size()));
   if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
   return contents;
 }
