@@ -60,6 +60,9 @@ enum class Code {
   kMissingSupertype,
   kMissingHeaderRecord,
   kTooDeep,
+  kCyclicAssembly,
+  kLooseEnd,
+  kUnnamedProduct,
 };
 
 /// "V012"

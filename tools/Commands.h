@@ -23,6 +23,9 @@ void AddShow(CLI::App& program, Run& run);
 /// Who refers to an instance.
 void AddRefs(CLI::App& program, Run& run);
 
+/// Which products are made of which.
+void AddTree(CLI::App& program, Run& run);
+
 /// The schemas that there are, and their types.
 void AddSchemas(CLI::App& program, Run& run);
 

@@ -51,7 +51,7 @@ std::string Summary(const Findings& findings) {
 
 int Check(const CheckFlags& flags) {
   const std::set<Code> codes = CodesNamed(flags.only);
-  const CheckOptions options = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
+  const SchemaChoice options = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
   int status = kDone;
   Json json = Json::array();
   std::vector<Findings> all;

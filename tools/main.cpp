@@ -56,6 +56,7 @@ int RunProgram(int argc, char** argv) {
   velmar::AddList(app, run);
   velmar::AddShow(app, run);
   velmar::AddRefs(app, run);
+  velmar::AddTree(app, run);
   velmar::AddSchemas(app, run);
   velmar::AddCheck(app, run);
   velmar::AddConvert(app, run);
