@@ -142,6 +142,7 @@ TEST_F(ReportInABrowser, NothingOfAHostileFileRuns) {
                                      FileWith("#1=PRODUCT('" + hostile + "','" + hostile + "',3,());/*" + hostile + "*/\n"));
   EXPECT_EQ(Evaluate(file, "return [document.title, document.images.length, document.scripts.length];"),
             "[\"hostile.stp \xE2\x80\x93 Velmar\",0,2]");
+  EXPECT_THAT(ReadFile(directory_.Path("out.html")), HasSubstr("&lt;script&gt;document.title=1"));
 }
 
 }  // namespace
