@@ -3,10 +3,12 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Velmar EXPORT VelmarTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar COMPONENT development FILES_MATCHING PATTERN "*.h")
 if(TARGET velmar)
   install(TARGETS velmar RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velmar)
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velmar)
 
 # Users link Velmar::Velmar and, say, Velmar::AutomotiveDesign.
 set(velmar_components "")
@@ -17,7 +19,7 @@ foreach(component IN ITEMS LateBound ${VELMAR_SCHEMAS})
 endforeach()
 
 set(velmar_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Velmar)
-install(EXPORT VelmarTargets NAMESPACE Velmar:: DESTINATION ${velmar_package_dir})
+install(EXPORT VelmarTargets NAMESPACE Velmar:: DESTINATION ${velmar_package_dir} COMPONENT development)
 configure_package_config_file(
   cmake/VelmarConfig.cmake.in ${CMAKE_BINARY_DIR}/VelmarConfig.cmake
   INSTALL_DESTINATION ${velmar_package_dir}
@@ -28,7 +30,7 @@ install(
   FILES
     ${CMAKE_BINARY_DIR}/VelmarConfig.cmake ${CMAKE_BINARY_DIR}/VelmarConfigVersion.cmake
     cmake/VelmarSchema.cmake cmake/SchemaLibrary.map
-  DESTINATION ${velmar_package_dir}
+  DESTINATION ${velmar_package_dir} COMPONENT development
 )
 
 # pkg-config: velmar for the library, velmar-<schema> for each schema library, velmar-late-bound.
@@ -36,7 +38,7 @@ file(RELATIVE_PATH velmar_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 function(velmar_install_pc name description requires library)
   set(file ${CMAKE_BINARY_DIR}/${name}.pc)
   configure_file(cmake/velmar.pc.in ${file} @ONLY)
-  install(FILES ${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  install(FILES ${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()
 function(velmar_install_schema_pc schema name description)
   if(TARGET Velmar${schema})

@@ -18,6 +18,7 @@
 #include "CppWriter.h"
 #include "Diagnostics.h"
 #include "Loader.h"
+#include "Manual.h"
 #include "Model.h"
 #include "Printer.h"
 #include "ReplaceFile.h"
@@ -30,9 +31,20 @@ constexpr int kGood = 0;
 constexpr int kSchemaErrors = 1;
 constexpr int kUsage = 2;
 
-constexpr const char* kExitStatus =
-    "Messages go to standard error. Exit status: 0 where all is well, 1 for errors in a schema,\n"
-    "2 for wrong usage or a file that cannot be read or written.";
+// What the help of a command ends with.
+std::string Footer(const std::string& example) {
+  return "Example: " + example +
+         "\n\n"
+         "Exit status: 0 where all is well, 1 for errors in a schema, 2 for wrong usage or a file that cannot be\n"
+         "read or written. Messages go to standard error as file:line:col: severity: text [code].";
+}
+
+VelmarManual::Facts ManualFacts() {
+  VelmarManual::Facts facts;
+  facts.version = "3.1";
+  facts.sections = {{"SEE ALSO", {"velmar(1)"}}};
+  return facts;
+}
 
 struct Options {
   std::vector<std::string> files;
@@ -195,13 +207,16 @@ void AddSearchPath(CLI::App& command, Options& options) {
           "-I,--include", options.searchPath,
           "A folder where NAME.exp is looked for, in any case of letters, when a schema NAME is interfaced "
           "that no FILE declares; may be given several times")
+      ->type_name("FOLDER")
       ->allow_extra_args(false);
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app("velmar-express reads EXPRESS schemas (ISO 10303-11).");
-  app.footer(kExitStatus);
+  CLI::App app("Checks, prints and lists EXPRESS schemas (ISO 10303-11), and writes C++ classes of them.",
+               "velmar-express");
+  app.footer(Footer("velmar-express check my_schema.exp"));
   app.set_version_flag("--version", "velmar-express 3.1");
+  VelmarManual::AddOptions(app, ManualFacts());
   app.require_subcommand(1);
   Options options;
 
@@ -209,21 +224,21 @@ int Run(int argc, char** argv) {
   check->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
       ->required();
   AddSearchPath(*check, options);
-  check->footer(kExitStatus);
+  check->footer(Footer("velmar-express check my_schema.exp -I other_schemas"));
 
   CLI::App* print = app.add_subcommand(
       "print", "Write the schemas in canonical form: without remarks, one form for everything");
   print->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
       ->required();
   AddSearchPath(*print, options);
-  print->footer(kExitStatus);
+  print->footer(Footer("velmar-express print my_schema.exp"));
 
   CLI::App* list =
       app.add_subcommand("list", "Write the place, kind and name of each declaration, one on a line");
   list->add_option("FILE", options.files, "EXPRESS files; schemas in them may interface each other")
       ->required();
   AddSearchPath(*list, options);
-  list->footer(kExitStatus);
+  list->footer(Footer("velmar-express list my_schema.exp"));
 
   CLI::App* generate = app.add_subcommand("generate", "Write the C++ of a schema library");
   generate->add_option("FILE", options.files, "EXPRESS files: the schema and those it interfaces")
@@ -231,23 +246,30 @@ int Run(int argc, char** argv) {
   generate
       ->add_option("--output-dir", options.outputDirectory,
                    "Where the files go; made where it does not exist")
+      ->type_name("FOLDER")
       ->capture_default_str();
   generate
       ->add_option(
           "--registry-name", options.registryName,
           "The schema name that the types are registered under; in camel case it names the C++ namespace and "
           "the files. Default: the name of the schema")
+      ->type_name("NAME")
       ->check(ValidateRegistryName);
-  generate->add_option("--schema", options.schemaName, "Which schema of the files. Default: the last one");
+  generate->add_option("--schema", options.schemaName, "Which schema of the files. Default: the last one")
+      ->type_name("NAME");
   generate->add_option("--parts", options.parts, "Into how many .cpp files the classes go")
+      ->type_name("N")
       ->check(CLI::Range(1, 999))
       ->capture_default_str();
-  CLI::Option* depfile = generate->add_option(
-      "--depfile", options.depfile, "Writes a makefile rule there that says which EXPRESS files were read");
+  CLI::Option* depfile =
+      generate
+          ->add_option("--depfile", options.depfile, "Writes a makefile rule there that says which EXPRESS files were read")
+          ->type_name("FILE");
   depfile->needs(generate->add_option("--depfile-target", options.depfileTarget, "The target of that rule")
+                     ->type_name("FILE")
                      ->needs(depfile));
   AddSearchPath(*generate, options);
-  generate->footer(kExitStatus);
+  generate->footer(Footer("velmar-express generate my_schema.exp --output-dir generated"));
 
   try {
     app.parse(argc, argv);

@@ -21,6 +21,8 @@ class ExpString;
 class VELMAR_API ExpAttributeVisitor {
  public:
   virtual ~ExpAttributeVisitor();
+  /// The operation for a value of the kind. Called by ExpAttribute::Accept; the base does nothing.
+  ///@{
   virtual void VisitExpReal(ExpReal* value);
   virtual void VisitExpInteger(ExpInteger* value);
   virtual void VisitExpString(ExpString* value);
@@ -28,6 +30,7 @@ class VELMAR_API ExpAttributeVisitor {
   virtual void VisitExpAggregation(ExpAggregation* value);
   virtual void VisitExpEnumeration(ExpEnumeration* value);
   virtual void VisitExpSelect(ExpSelect* value);
+  ///@}
 };
 
 }  // namespace VELMAR

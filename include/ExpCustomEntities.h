@@ -10,6 +10,7 @@ namespace VELMAR {
 /// The base of the header entities; visitors pass over all of them.
 class VELMAR_API FILE_INFORMATION : virtual public ExpEntity {
  public:
+  /// A new entity of the type; the creation function of its type.
   static ExpEntity* New();
   ~FILE_INFORMATION() override;
   using ExpEntity::GetMember;
@@ -22,6 +23,7 @@ class VELMAR_API FILE_INFORMATION : virtual public ExpEntity {
 /// FILE_DESCRIPTION: what the file holds and the implementation level of its encoding.
 class VELMAR_API FILE_DESCRIPTION : virtual public FILE_INFORMATION {
  public:
+  /// As FILE_INFORMATION::New.
   static ExpEntity* New();
   FILE_DESCRIPTION();
   ~FILE_DESCRIPTION() override;
@@ -30,8 +32,11 @@ class VELMAR_API FILE_DESCRIPTION : virtual public FILE_INFORMATION {
   void Accept(ExpEntityVisitor* visitor) override;
   void ClearContent() override;
 
+  /// The attribute (ISO 10303-21, file_description); belongs to the entity.
+  ///@{
   ExpAggregation& Description() { return description_; }
   ExpString& ImplementationLevel() { return implementationLevel_; }
+  ///@}
 
  private:
   ExpAggregation description_;
@@ -42,6 +47,7 @@ class VELMAR_API FILE_DESCRIPTION : virtual public FILE_INFORMATION {
 /// FILE_NAME: who wrote the file, when, and with which programs.
 class VELMAR_API FILE_NAME : virtual public FILE_INFORMATION {
  public:
+  /// As FILE_INFORMATION::New.
   static ExpEntity* New();
   FILE_NAME();
   ~FILE_NAME() override;
@@ -50,6 +56,8 @@ class VELMAR_API FILE_NAME : virtual public FILE_INFORMATION {
   void Accept(ExpEntityVisitor* visitor) override;
   void ClearContent() override;
 
+  /// The attribute (ISO 10303-21, file_name); belongs to the entity.
+  ///@{
   ExpString& Name() { return name_; }
   ExpString& TimeStamp() { return timeStamp_; }
   ExpAggregation& Author() { return author_; }
@@ -57,6 +65,7 @@ class VELMAR_API FILE_NAME : virtual public FILE_INFORMATION {
   ExpString& PreprocessorVersion() { return preprocessorVersion_; }
   ExpString& OriginatingSystem() { return originatingSystem_; }
   ExpString& Authorization() { return authorization_; }
+  ///@}
 
  private:
   ExpString name_;
@@ -72,6 +81,7 @@ class VELMAR_API FILE_NAME : virtual public FILE_INFORMATION {
 /// FILE_SCHEMA: the schemas of the file's instances.
 class VELMAR_API FILE_SCHEMA : virtual public FILE_INFORMATION {
  public:
+  /// As FILE_INFORMATION::New.
   static ExpEntity* New();
   FILE_SCHEMA();
   ~FILE_SCHEMA() override;
@@ -80,6 +90,7 @@ class VELMAR_API FILE_SCHEMA : virtual public FILE_INFORMATION {
   void Accept(ExpEntityVisitor* visitor) override;
   void ClearContent() override;
 
+  /// The names of the schemas, each an ExpString (ISO 10303-21, file_schema); belongs to the entity.
   ExpAggregation& SchemaIdentifiers() { return schemaIdentifiers_; }
 
  private:
@@ -91,8 +102,11 @@ class VELMAR_API FILE_SCHEMA : virtual public FILE_INFORMATION {
 /// is loaded.
 class VELMAR_API ExpCustomEntitiesFactory : public ExpObjectFactory {
  public:
+  /// What GetInstance has made; for the library.
+  ///@{
   static ExpCustomEntitiesFactory* instance;
   static bool isInstanceCreated;
+  ///@}
   /// The one instance, made and initialised on the first call; never deleted.
   static ExpCustomEntitiesFactory* GetInstance();
 

@@ -27,8 +27,11 @@ class VELMAR_API ExpEntityVisitor {
   /// A complex instance; the base does nothing with it.
   virtual void VisitExpExternalMappingEntity(ExpExternalMappingEntity* entity);
 
+  /// The store in which references are resolved; null where there is none. Not owned.
+  ///@{
   ExpAbstractObjectAdmin* GetAdmin();
   void SetAdmin(ExpAbstractObjectAdmin* admin);
+  ///@}
 
   /// The type number of the entity #number; -1 without a store or for numbers below 1. The entity must exist.
   int GetTypeOfEntity(int number);

@@ -34,12 +34,15 @@ enum Schema : int {
 /// ```
 class VELMAR_API ExpFile : public ExpAbstractObjectProvider {
  public:
+  /// What the FILE_SCHEMA of a file of the protocol states.
+  ///@{
   static const char* const SCHEMA_NAME_STEP_AP203;
   static const char* const SCHEMA_NAME_STEP_AP203E2;
   static const char* const SCHEMA_NAME_STEP_AP214;
   static const char* const SCHEMA_NAME_STEP_AP242;
   static const char* const SCHEMA_NAME_PLIB;
   static const char* const SCHEMA_NAME_ISO13399;
+  ///@}
 
   /// An empty file of the schema STEP_AP214.
   ExpFile();
@@ -108,12 +111,16 @@ class VELMAR_API ExpFile : public ExpAbstractObjectProvider {
   /// enumerations; they are written by ToString. An instance of an unknown type is an entity with a select for each
   /// parameter and the positions "1", "2" ... as names; its type is in no registry, so GetEntities does not find it.
   void KeepEverything(bool keep);
+  /// What KeepEverything has set.
   bool KeepsEverything() const;
 
+  /// Writes the line that opens an exchange file.
   void WriteEncodingStart(std::ostream& os);
   /// Writes the HEADER section. Empty values of its entities are filled with defaults, which stay.
   void WriteHeaderSection(std::ostream& os);
+  /// Writes the DATA section: every instance, in the order of the numbers.
   void WriteDataSection(std::ostream& os);
+  /// Writes the line that closes an exchange file.
   void WriteEncodingEnd(std::ostream& os);
 
   /// Writes the message to the log, without a line end.

@@ -49,6 +49,7 @@ class VELMAR_API ExpFlyweightAdministration : public ExpAbstractObjectAdmin {
 
   /// 10000 slots.
   ExpFlyweightAdministration();
+  /// A table of so many slots.
   explicit ExpFlyweightAdministration(int initialSize);
   /// Deletes the entities created for this store.
   ~ExpFlyweightAdministration() override;

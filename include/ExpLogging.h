@@ -25,6 +25,7 @@ enum ExpLogLevel : int {
 class VELMAR_API ExpAbstractOutput {
  public:
   virtual ~ExpAbstractOutput();
+  /// Takes one character. What it returns is up to the class.
   virtual int Put(char c) = 0;
   /// Calls Put(char) for each character in order. Returns 0.
   virtual int Put(const std::string& text);
@@ -33,6 +34,7 @@ class VELMAR_API ExpAbstractOutput {
 /// Writes to a stream, which is not owned, and flushes it after every Put.
 class VELMAR_API ExpStreamOutput : public ExpAbstractOutput {
  public:
+  /// Writes to `stream`, which outlives this output.
   explicit ExpStreamOutput(std::ostream& stream);
   ~ExpStreamOutput() override;
   /// Returns 0.
@@ -64,6 +66,7 @@ class VELMAR_API ExpFileOutput : public ExpAbstractOutput {
 class VELMAR_API ExpAbstractLogger {
  public:
   virtual ~ExpAbstractLogger();
+  /// Takes a message as it is: with its line end, where it has one.
   virtual void Write(const std::string& message, const ExpLogLevel& level) = 0;
   /// Calls Write with one "\n" appended to the message.
   virtual void WriteLine(const std::string& message, const ExpLogLevel& level);
@@ -102,6 +105,7 @@ class VELMAR_API ExpLogger {
   /// Whether `logger` is registered. Linear in the number of loggers.
   static bool Contains(ExpAbstractLogger* logger);
 
+  /// Hands the message over as it is, without a line end of its own.
   static void Write(const std::string& message, const ExpLogLevel& level);
   /// Each logger appends the line feed itself.
   static void WriteLine(const std::string& message, const ExpLogLevel& level);

@@ -20,6 +20,7 @@ enum Schema : int;
 /// A type of a schema: its EXPRESS name and the schema that defines it.
 class VELMAR_API ExpRuntimeType {
  public:
+  /// A type without an implementing class.
   ExpRuntimeType(std::string name, std::string schema);
   virtual ~ExpRuntimeType();
   ExpRuntimeType(const ExpRuntimeType&) = delete;
@@ -27,10 +28,13 @@ class VELMAR_API ExpRuntimeType {
 
   /// The platform's type-information name of the class that implements the type; empty where there is none.
   const std::string& GetImplementationTypeName() const { return implementationTypeName_; }
+  /// The EXPRESS name, in upper case.
   const std::string& GetName() const { return name_; }
+  /// The name of the registry schema.
   const std::string& GetSchema() const { return schema_; }
 
  protected:
+  /// Set by derived classes.
   std::string implementationTypeName_;
 
  private:
@@ -65,6 +69,8 @@ class VELMAR_API ExpEntityRuntimeType : public ExpRuntimeType {
   /// Deletes the instances created for a store, and their list.
   void DeleteInstanceList(unsigned int adminId);
 
+  /// What the constructor was given. The lists stay the type's.
+  ///@{
   int GetNofExplicitMembers() const { return nofExplicitMembers_; }
   int GetNofInverseMembers() const { return nofInverseMembers_; }
   int GetExternalMappingStartIndex() const { return externalMappingStartIndex_; }
@@ -73,6 +79,7 @@ class VELMAR_API ExpEntityRuntimeType : public ExpRuntimeType {
   std::vector<std::string>* GetSuperClasses() const { return superClasses_; }
   std::vector<std::string>* GetSubClasses() const { return subClasses_; }
   std::vector<std::string>* GetMemberNames() const { return memberNames_; }
+  ///@}
   /// The position of a member, from 0; -1 where there is none of this name.
   int GetMemberIndex(const std::string& name) const;
 
@@ -125,7 +132,9 @@ class VELMAR_API ExpRuntimeTypeVector {
 /// at a time.
 class VELMAR_API ExpRuntimeRegistry {
  public:
+  /// The one instance; null before the first call of GetInstance.
   static ExpRuntimeRegistry* m_instance;
+  /// The one instance, made on the first call.
   static ExpRuntimeRegistry* GetInstance();
 
   ExpRuntimeRegistry();

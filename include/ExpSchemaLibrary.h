@@ -103,10 +103,13 @@ Entity* Resolve(ExpAbstractObjectAdmin& store, ExpAttribute& value) {
 template <class Entity, int depth>
 struct ExpResolved {
   static_assert(depth > 1, "there is one aggregate at least");
+  /// A vector of such vectors.
   using Type = std::vector<typename ExpResolved<Entity, depth - 1>::Type>;
 };
+/// Of one aggregate.
 template <class Entity>
 struct ExpResolved<Entity, 1> {
+  /// A vector of entities.
   using Type = std::vector<Entity*>;
 };
 
@@ -147,10 +150,11 @@ ExpEntity* ExpSchemaCreate() {
 /// The classes that an operation of a visitor is about.
 template <class Operation>
 struct ExpVisitOf;
+/// The one form that operations have.
 template <class SchemaVisitor, class EntityClass>
 struct ExpVisitOf<void (SchemaVisitor::*)(EntityClass*)> {
-  using Visitor = SchemaVisitor;
-  using Entity = EntityClass;
+  using Visitor = SchemaVisitor;  ///< whose operation it is
+  using Entity = EntityClass;     ///< what it takes
 };
 
 /// Calls an operation, &Visitor::VisitSurface say, of `visitor`, if there is one, with the entity where that is
@@ -167,7 +171,7 @@ bool ExpSchemaVisit(ExpEntityVisitor* visitor, ExpEntity* entity) {
 /// What one entity type tells the registry and visitors. Names within a list are separated by one blank; those
 /// of types are EXPRESS names in upper case, without a schema.
 struct ExpEntityTypeRow {
-  const char* name;
+  const char* name;         ///< the EXPRESS name
   ExpEntity* (*create)();   ///< creates an empty instance
   int explicitMembers;      ///< the number of explicit attributes, inherited ones included
   int inverseMembers;       ///< the number of inverse attributes, inherited ones included
@@ -182,8 +186,8 @@ struct ExpEntityTypeRow {
 
 /// Rows that stand in one constant table.
 struct ExpEntityTypeTable {
-  const ExpEntityTypeRow* rows;
-  std::size_t count;
+  const ExpEntityTypeRow* rows;  ///< the first
+  std::size_t count;             ///< how many there are
 };
 
 /// Registers `count` entity types under a registry schema name, for instance "AUTOMOTIVE_DESIGN". Their supertypes,

@@ -22,6 +22,7 @@
 /// An exception that says what went wrong in one text.
 class VELMAR_API descriptive_exception : public std::exception {
  public:
+  /// An exception with this message.
   explicit descriptive_exception(const std::string& message);
   ~descriptive_exception() override;
 
@@ -135,6 +136,7 @@ VELMAR_API bool MatchStepEscapeSequence(const std::string& s, unsigned int& inde
 
 /// `pageN[byte]` is the Unicode code point of a byte of ISO/IEC 8859-N; 0 marks a byte that is not assigned.
 /// Part 1 is the identity and part 12 does not exist. page7 is the edition of 1987, without A4, A5 and AA.
+///@{
 extern VELMAR_API const unsigned int page2[256];
 extern VELMAR_API const unsigned int page3[256];
 extern VELMAR_API const unsigned int page4[256];
@@ -149,6 +151,7 @@ extern VELMAR_API const unsigned int page13[256];
 extern VELMAR_API const unsigned int page14[256];
 extern VELMAR_API const unsigned int page15[256];
 extern VELMAR_API const unsigned int page16[256];
+///@}
 
 // -----------------------------------------------------------------------------------------------------------
 // Preparing instances for writing

@@ -21,9 +21,13 @@ class VELMAR_API Errors {
   Errors();
   /// Reports the error of a number: 0 to 24 for a token that is missing, 25 to 36 for what a production cannot start with.
   void SynErr(int line, int col, int n);
+  /// Logs the message with its place, and counts it.
   void Error(int line, int col, const wchar_t* s);
+  /// Logs the message, with its place where one is given, and counts nothing.
+  ///@{
   void Warning(int line, int col, const wchar_t* s);
   void Warning(const wchar_t* s);
+  ///@}
   /// Logs the message and ends the process with exit status 1.
   void Exception(const wchar_t* s);
 };
@@ -62,13 +66,22 @@ class VELMAR_API Parser {
   const std::string& GetNotes() const { return notes_; }
 
   // Tokens.
+  /// Makes the look-ahead token the current one, and scans the next.
   void Get();
+  /// Consumes a token of the kind `n`, or reports that it is missing.
   void Expect(int n);
+  /// As Expect; goes on to where a token of the set `follow` stands.
   void ExpectWeak(int n, int follow);
+  /// Consumes a separator of the kind `n`. False where there is none but a token of the set `repFol`; otherwise that is
+  /// reported, and tokens are passed over up to one of the sets, or the end of the instance: true where it is of `syFol`.
   bool WeakSeparator(int n, int syFol, int repFol);
+  /// Whether the look-ahead token is in the set `s`: those that a production begins with.
   bool StartOf(int s) const;
+  /// Reports an error at the look-ahead or the current token, unless the last one is only a token or two away.
+  ///@{
   void SynErr(int n);
   void SemErr(const wchar_t* msg);
+  ///@}
 
  private:
   using Lexeme = Scanner::Lexeme;

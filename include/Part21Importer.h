@@ -45,6 +45,7 @@ class VELMAR_API Part21Importer {
   /// Whether what is read is kept whole, see ExpFile::KeepEverything. Initially not. Any provider whose instances go with
   /// ExpRuntimeRegistry::DeleteAllInstances may be given; to write with all digits is up to it.
   void KeepEverything(bool keep);
+  /// What KeepEverything has set.
   bool KeepsEverything() const;
 
  private:

@@ -26,12 +26,15 @@ VELMAR_API wchar_t* coco_string_create_lower(const wchar_t* text);
 VELMAR_API wchar_t* coco_string_create_lower(const wchar_t* text, int index, int length);
 /// One text behind the other; null counts as empty.
 VELMAR_API wchar_t* coco_string_create_append(const wchar_t* first, const wchar_t* second);
+/// The same with one character.
 VELMAR_API wchar_t* coco_string_create_append(const wchar_t* text, wchar_t character);
 /// Frees the string and sets the pointer to null.
 VELMAR_API void coco_string_delete(wchar_t*& text);
+/// The same for what coco_string_create_char returns.
 VELMAR_API void coco_string_delete(char*& text);
 /// 0 for null.
 VELMAR_API int coco_string_length(const wchar_t* text);
+/// Whether the text ends with the other one, as every text does where that is null or empty.
 VELMAR_API bool coco_string_endswith(const wchar_t* text, const wchar_t* suffix);
 /// The first index of a character; -1 where it is absent.
 VELMAR_API int coco_string_indexof(const wchar_t* text, wchar_t character);
@@ -39,6 +42,7 @@ VELMAR_API int coco_string_indexof(const wchar_t* text, wchar_t character);
 VELMAR_API int coco_string_lastindexof(const wchar_t* text, wchar_t character);
 /// Replaces `text` by `text` and `appended`.
 VELMAR_API void coco_string_merge(wchar_t*& text, const wchar_t* appended);
+/// Whether the texts, neither of which may be null, are equal.
 VELMAR_API bool coco_string_equal(const wchar_t* a, const wchar_t* b);
 /// Below, equal to or above 0 as wcscmp.
 VELMAR_API int coco_string_compareto(const wchar_t* a, const wchar_t* b);
@@ -56,6 +60,7 @@ namespace VELMAR {
 /// Inputs are at most 2^31 - 1 bytes long.
 class VELMAR_API Buffer {
  public:
+  /// What stands behind the last character.
   static constexpr int EoF = 65536;
 
   /// Reads `s`. A user's stream is never closed here; another is closed with the buffer, or as soon as it has been read whole.
@@ -68,6 +73,7 @@ class VELMAR_API Buffer {
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
 
+  /// Closes the stream, if it is not the user's.
   virtual void Close();
   /// The next byte, or EoF.
   virtual int Read();
@@ -76,6 +82,7 @@ class VELMAR_API Buffer {
   /// The characters read from `beg` while the position is below `end`, freed with coco_string_delete. The position is kept.
   /// Throws std::bad_array_new_length where `end` is below `beg`.
   virtual wchar_t* GetString(int beg, int end);
+  /// The position of the next byte, from 0.
   virtual int GetPos();
   /// Moves to a position from 0 to the length of the input; any other ends the process with a message.
   virtual void SetPos(int value);
@@ -111,6 +118,7 @@ class VELMAR_API Buffer {
 /// Lenient: a stray continuation byte is skipped, and what follows a lead byte is taken as its continuation whatever it is.
 class VELMAR_API UTF8Buffer : public Buffer {
  public:
+  /// Takes over the contents of another buffer, which is left empty.
   explicit UTF8Buffer(Buffer* b);
   ~UTF8Buffer() override;
   /// The next code point, or EoF.
@@ -151,7 +159,7 @@ class VELMAR_API Token {
 
   Token();
 
-  int kind;
+  int kind;      ///< a Kind
   int pos;       ///< position of the first character in the input, in bytes
   int col;       ///< column of the first character, from 1
   int line;      ///< line of the first character, from 1
@@ -167,6 +175,7 @@ class VELMAR_API StartStates {
   StartStates(const StartStates&) = delete;
   StartStates& operator=(const StartStates&) = delete;
 
+  /// Tokens that start with the character begin in the state.
   void set(int character, int state);
   /// 0 where no token starts with the character.
   int state(int character) const;
@@ -189,6 +198,7 @@ class VELMAR_API KeywordMap {
   KeywordMap(const KeywordMap&) = delete;
   KeywordMap& operator=(const KeywordMap&) = delete;
 
+  /// The text is a keyword of the kind.
   void set(const wchar_t* key, int kind);
   /// `defaultKind` where the text is no keyword. The case counts.
   int get(const wchar_t* key, int defaultKind) const;

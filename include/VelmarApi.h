@@ -7,4 +7,5 @@
 
 /// The version of the library's interface. Schema libraries are generated for one version.
 #define VELMAR_VERSION_MAJOR 3
+/// The second number of the version; see VELMAR_VERSION_MAJOR.
 #define VELMAR_VERSION_MINOR 1

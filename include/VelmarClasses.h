@@ -39,21 +39,29 @@ class VELMAR_API ExpAttribute {
   ExpAttribute() noexcept;
   virtual ~ExpAttribute();
 
-  // Memory for single objects is that of a pool, see ReleaseUnusedMemory.
+  /// Memory for single objects is that of a pool, see ReleaseUnusedMemory.
+  ///@{
   static void* operator new(std::size_t size);
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
   static void operator delete(void* memory, std::size_t size) noexcept;
   static void operator delete(void*, void*) noexcept {}
   static void operator delete(void* memory, std::align_val_t alignment) noexcept { ::operator delete(memory, alignment); }
+  ///@}
 
+  /// The flags: not provided, written `$`, and omitted, written `*`. Initially neither is set.
+  ///@{
   virtual void SetNotProvided(bool notProvided);
   virtual void SetOmitted(bool omitted);
   virtual bool IsNotProvided();
   virtual bool IsOmitted();
+  ///@}
 
+  /// Throws a std::string unless overridden, as all setters and getters do.
+  ///@{
   virtual void SetExpReal(double value);
   virtual void SetExpInteger(int value);
+  ///@}
   /// Takes the body of a Part 21 string, escapes included and without the apostrophes, as the file has it.
   virtual void SetExpString(std::string stepText);
   /// Takes the instance number of the referenced entity.
@@ -68,16 +76,22 @@ class VELMAR_API ExpAttribute {
   /// The value as it is written in a Part 21 file.
   virtual std::string ToString() = 0;
 
+  /// The value; see the classes of the kinds.
+  ///@{
   virtual double GetExpReal();
   virtual int GetExpInteger();
   virtual int GetExpLink();
+  ///@}
 
   /// Calls the one operation of `visitor` that fits this value's kind.
   virtual void Accept(ExpAttributeVisitor* visitor);
 
  protected:
+  /// Copies the flags.
+  ///@{
   ExpAttribute(const ExpAttribute&) = default;
   ExpAttribute& operator=(const ExpAttribute&) = default;
+  ///@}
 
  private:
   friend class ValueText;
@@ -90,11 +104,15 @@ class VELMAR_API ExpReal : public ExpAttribute {
  public:
   /// 0.0
   ExpReal() noexcept;
+  /// This value, with neither flag.
   explicit ExpReal(double value);
 
+  /// The value is kept as a double.
+  ///@{
   void SetExpReal(double value) override;
   void SetExpInteger(int value) override;
   double GetExpReal() override;
+  ///@}
 
   /// At most fifteen significant digits, always with a decimal point, without trailing zeros: "2.5", "100.", "1.E-5".
   /// Infinities and NaN give "inf" and "nan". The empty text where a flag is set: whoever writes a bare ExpReal looks
@@ -112,10 +130,14 @@ class VELMAR_API ExpInteger : public ExpAttribute {
  public:
   /// 0
   ExpInteger() noexcept;
+  /// This value, with neither flag.
   explicit ExpInteger(int value);
 
+  /// The value as it is.
+  ///@{
   void SetExpInteger(int value) override;
   int GetExpInteger() override;
+  ///@}
   /// The value converted.
   double GetExpReal() override;
 
@@ -158,11 +180,16 @@ class VELMAR_API ExpLink : public ExpAttribute {
  public:
   /// -1
   ExpLink() noexcept;
+  /// A reference to #number.
   explicit ExpLink(int number);
+  /// Copies the number and the flags.
+  ///@{
   ExpLink(const ExpLink&) = default;
   ExpLink& operator=(const ExpLink&) = default;
+  ///@}
 
   void SetExpLink(int number) override;
+  /// The number; -1 where it refers to none.
   int GetExpLink() override;
 
   std::string ToString() override;
@@ -192,6 +219,7 @@ class VELMAR_API ExpAggregation : public ExpAttribute {
 
   /// The elements themselves; the caller may iterate and change the list.
   virtual std::list<ExpAttribute*>* GetExpAggregation();
+  /// The number of elements, not of those within them.
   virtual unsigned long NofElements();
   /// Deletes all elements, however deeply they are nested.
   virtual void RemoveAllValues();
@@ -225,6 +253,7 @@ class VELMAR_API ExpEnumeration : public ExpAttribute {
 
   /// The number in the table; -1 while unknown.
   virtual int GetExpEnumeration();
+  /// The name without dots; empty while there is none.
   virtual std::string GetExpEnumerationString();
 
  private:
@@ -240,12 +269,14 @@ class VELMAR_API ExpLogical : public ExpEnumeration {
   /// The items; the numbers are those of `explogical_map`.
   enum Enumeration { F = 0, T = 1, U = 2 };
 
+  /// The numbers of the items by their names.
   static std::map<std::string, int> explogical_map;
   /// Fills the table; called once when the library is loaded. Returns true.
   static bool Init();
 
   using ExpEnumeration::SetExpEnumeration;
   void SetExpEnumeration(const std::string& name) override;
+  /// Sets the item of this number.
   virtual void SetExpEnumeration(Enumeration value);
 };
 
@@ -255,15 +286,18 @@ class VELMAR_API ExpBoolean : public ExpEnumeration {
   /// The items; the numbers are those of `expboolean_map`.
   enum Enumeration { F = 0, T = 1 };
 
+  /// The numbers of the items by their names.
   static std::map<std::string, int> expboolean_map;
   /// Fills the table; called once when the library is loaded. Returns true.
   static bool Init();
 
   using ExpEnumeration::SetExpEnumeration;
   void SetExpEnumeration(const std::string& name) override;
+  /// Sets the item of this number.
   virtual void SetExpEnumeration(Enumeration value);
   /// False while unset.
   virtual bool GetAsBool();
+  /// Sets the item T or F.
   virtual void SetAsBool(bool value);
 };
 
@@ -280,8 +314,11 @@ class VELMAR_API ExpSelect : public ExpAttribute {
   ExpSelect(const ExpSelect&) = delete;
   ExpSelect& operator=(const ExpSelect&) = delete;
 
+  /// Selects a value of the kind.
+  ///@{
   void SetExpReal(double value) override;
   void SetExpInteger(int value) override;
+  ///@}
   void SetExpString(std::string stepText) override;
   void SetExpLink(int number) override;
   /// Appends to the selected aggregate, selecting a new one first where another kind or nothing is selected.
@@ -292,20 +329,29 @@ class VELMAR_API ExpSelect : public ExpAttribute {
   /// Throws a std::string where nothing is selected and neither flag is set.
   std::string ToString() override;
 
+  /// The selected value; throws where it is of another kind.
+  ///@{
   double GetExpReal() override;
   int GetExpInteger() override;
   int GetExpLink() override;
+  ///@}
   void Accept(ExpAttributeVisitor* visitor) override;
 
+  /// The selected value; throws where it is of another kind.
+  ///@{
   virtual std::string GetExpString();
   virtual std::list<ExpAttribute*>* GetExpAggregation();
   virtual int GetExpEnumeration();
+  ///@}
+  /// Whether the selected value is of the kind. LOGICAL and BOOLEAN values are enumerations.
+  ///@{
   virtual bool IsExpReal();
   virtual bool IsExpInteger();
   virtual bool IsExpString();
   virtual bool IsExpLink();
   virtual bool IsExpAggregation();
   virtual bool IsExpEnumeration();
+  ///@}
   /// The selected value; null while there is none.
   virtual ExpAttribute* GetExpSelectValue();
 
@@ -346,13 +392,15 @@ class VELMAR_API ExpEntity {
   ExpEntity() noexcept;
   virtual ~ExpEntity();
 
-  // Memory for single objects is that of a pool, see ReleaseUnusedMemory.
+  /// Memory for single objects is that of a pool, see ReleaseUnusedMemory.
+  ///@{
   static void* operator new(std::size_t size);
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
   static void operator delete(void* memory, std::size_t size) noexcept;
   static void operator delete(void*, void*) noexcept {}
   static void operator delete(void* memory, std::align_val_t alignment) noexcept { ::operator delete(memory, alignment); }
+  ///@}
 
   /// The value at a position of the type's member names, from 0; null where there is none. The base has no members.
   virtual ExpAttribute* GetMember(int index);
@@ -366,12 +414,19 @@ class VELMAR_API ExpEntity {
   virtual std::vector<std::string>* GetExpSuperClasses() const;
   /// The direct subtypes, qualified as "SCHEMA::NAME".
   virtual std::vector<std::string>* GetExpSubClasses() const;
+  /// The number of inverse, or explicit, attributes that the type has.
+  ///@{
   virtual int GetNofInverseMembers();
   virtual int GetNofExplicitMembers();
+  ///@}
   /// The position of the first attribute that the type declares itself.
   virtual int GetExternalMappingStartIndex();
+  /// What the type says: see ExpEntityRuntimeType.
+  ///@{
   virtual int GetTypeNumberOfEntity();
   virtual bool InsertInObjTree() const;
+  ///@}
+  /// Sets the n of #n. Who holds the entity by its number is not told.
   virtual void SetEntityNumber(int number);
   /// -1 until a number is set.
   virtual int GetEntityNumber();
@@ -385,6 +440,7 @@ class VELMAR_API ExpEntity {
  protected:
   /// What ExpFile::KeepEverything keeps beside the attributes is not copied.
   ExpEntity(const ExpEntity& other);
+  /// As the copy constructor.
   ExpEntity& operator=(const ExpEntity& other);
 
   /// The description of the type; null before ExpEntityRuntimeType::CreateInstance has set it.
@@ -411,6 +467,7 @@ class VELMAR_API ExpAbstractObjectAdmin {
 
   /// Writes the entity and all that it refers to, directly or not, one instance a line, the referenced ones first.
   virtual void DumpEntity(ExpEntity* entity, std::ostream& os);
+  /// The same for the entity #number.
   virtual void DumpEntity(int number, std::ostream& os);
 
   /// The entity that a link leads to; null for a link that is not provided or omitted.
@@ -419,6 +476,7 @@ class VELMAR_API ExpAbstractObjectAdmin {
   virtual ExpEntity* GetEntity(ExpAttribute* value);
   /// The entity #number; null where there is none.
   virtual ExpEntity* GetEntity(int number) = 0;
+  /// Stores the entity under a number, in place of whatever is there.
   virtual void AddEntity(int number, ExpEntity* entity) = 0;
   /// Hands out the next free instance number.
   virtual int CreateEntityNumber() = 0;
@@ -428,6 +486,7 @@ class VELMAR_API ExpAbstractObjectAdmin {
   virtual std::size_t GetEntityVectorSize() = 0;
   /// Writes all entities, one a line.
   virtual void Write(std::ostream& os) = 0;
+  /// Deletes the entities that were created for this store.
   virtual void DeleteEntities() = 0;
   /// DeleteEntities, and the table of numbers is empty.
   virtual void ClearEntityVector() = 0;
@@ -481,13 +540,17 @@ class VELMAR_API ExpAbstractObjectProvider : public ExpAbstractObjectAdmin {
   ExpAbstractObjectProvider();
   ~ExpAbstractObjectProvider() override;
 
+  /// The schema of the population, by its name or as a member of Schema.
+  ///@{
   virtual std::string GetSchemaName() = 0;
   virtual void SetSchemaName(std::string name) = 0;
   virtual Schema GetSchema() const = 0;
   virtual void SetSchema(Schema schema) = 0;
+  ///@}
   /// A new instance of the type without a number; null where the type is not known.
   virtual ExpEntity* CreateEntity(const std::string& typeName) = 0;
   using ExpAbstractObjectAdmin::Write;
+  /// Writes the population to a file.
   virtual void Write(const std::string& fileName) = 0;
 
   /// A new instance of the type, numbered and stored; null, and no number used, where the type is not known.
@@ -507,6 +570,7 @@ class VELMAR_API ExpAbstractObjectProvider : public ExpAbstractObjectAdmin {
 
   /// The store to which an implementation may delegate; not owned here.
   virtual ExpAbstractObjectAdmin* GetAdaptedAdmin();
+  /// Sets what GetAdaptedAdmin gives.
   virtual void SetAdaptedAdmin(ExpAbstractObjectAdmin* admin);
 
  protected:
@@ -549,14 +613,18 @@ class VELMAR_API ExpObjectHandleAdmin {
  public:
   /// The one instance; never deleted.
   static ExpObjectHandleAdmin* m_admin;
+  /// The one instance, made on the first call.
   static ExpObjectHandleAdmin* GetInstance();
 
   ExpObjectHandleAdmin();
   /// Deletes no object.
   virtual ~ExpObjectHandleAdmin();
 
+  /// Called by the constructor and the destructor of managed objects.
+  ///@{
   void RegisterObject(ExpManagedObject* object);
   void DeregisterObject(ExpManagedObject* object);
+  ///@}
   /// Whether the pointer designates a managed object that is alive; the pointer is not followed.
   bool IsObjectValid(ExpManagedObject* object);
   /// Deletes all managed objects.
@@ -572,6 +640,7 @@ class VELMAR_API ExpObjectHandleAdmin {
 /// A slot for an object with services that the application defines; the library only keeps the pointer.
 class VELMAR_API ExpUtility {
  public:
+  /// What RegisterImplementation has registered.
   static ExpUtility* m_implementation;
 
   virtual ~ExpUtility();

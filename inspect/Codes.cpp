@@ -152,6 +152,42 @@ const std::vector<CodeInfo>& Rows() {
        kGoodFile},
       {Code::kTooDeep, kWarning, "values within values not checked",
        "What stands within 500 levels of lists and typed values is not compared with the schema.", nullptr, nullptr},
+      {Code::kCyclicAssembly, kError, "assembly that contains itself",
+       "Following the components from assembly to assembly leads back. velmar tree follows each assembly once.",
+       "#1=PRODUCT('P','',$,(#9));\n"
+       "#2=PRODUCT_DEFINITION_FORMATION('',$,#1);\n"
+       "#3=PRODUCT_DEFINITION('',$,#2,#8);\n"
+       "#4=PRODUCT('Q','',$,(#9));\n"
+       "#5=PRODUCT_DEFINITION_FORMATION('',$,#4);\n"
+       "#6=PRODUCT_DEFINITION('',$,#5,#8);\n"
+       "#7=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#3,#6,$);\n"
+       "#8=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#6,#3,$);\n",
+       "#1=PRODUCT('P','',$,(#9));\n"
+       "#2=PRODUCT_DEFINITION_FORMATION('',$,#1);\n"
+       "#3=PRODUCT_DEFINITION('',$,#2,#8);\n"
+       "#4=PRODUCT('Q','',$,(#9));\n"
+       "#5=PRODUCT_DEFINITION_FORMATION('',$,#4);\n"
+       "#6=PRODUCT_DEFINITION('',$,#5,#8);\n"
+       "#7=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#3,#6,$);\n"
+       "#8=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#3,#6,$);\n"},
+      {Code::kLooseEnd, kError, "product structure with a loose end",
+       "A usage needs the definitions of an assembly and of a component, a definition needs a formation, and that a product.",
+       "#1=PRODUCT('P','',$,(#9));\n"
+       "#2=PRODUCT_DEFINITION_FORMATION('',$,#1);\n"
+       "#3=PRODUCT_DEFINITION('',$,#2,#8);\n"
+       "#4=PRODUCT('Q','',$,(#9));\n"
+       "#5=PRODUCT_DEFINITION_FORMATION('',$,#4);\n"
+       "#6=PRODUCT_DEFINITION('',$,#5,#8);\n"
+       "#7=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#3,$,$);\n",
+       "#1=PRODUCT('P','',$,(#9));\n"
+       "#2=PRODUCT_DEFINITION_FORMATION('',$,#1);\n"
+       "#3=PRODUCT_DEFINITION('',$,#2,#8);\n"
+       "#4=PRODUCT('Q','',$,(#9));\n"
+       "#5=PRODUCT_DEFINITION_FORMATION('',$,#4);\n"
+       "#6=PRODUCT_DEFINITION('',$,#5,#8);\n"
+       "#7=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#3,#6,$);\n"},
+      {Code::kUnnamedProduct, kWarning, "product without name and id", "Nothing tells the product from others.",
+       "#1=PRODUCT('','',$,());\n", "#1=PRODUCT('','plate',$,());\n"},
       {Code::kScope, kWarning, "scope not kept",
        "The instances within the scope of another one (&SCOPE) are kept as any others. That they stood there is not, nor is the "
        "list of those that are exported.",

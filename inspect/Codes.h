@@ -53,6 +53,9 @@ enum class Code {
   kMissingSupertype,
   kMissingHeaderRecord,
   kTooDeep,
+  kCyclicAssembly,
+  kLooseEnd,
+  kUnnamedProduct,
   kScope = 50,
   kRepeatedRecord,
 };

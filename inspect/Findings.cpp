@@ -1,6 +1,10 @@
 #include "Findings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+
+#include "Wording.h"
 
 namespace velmar {
 
@@ -34,6 +38,12 @@ void Findings::Sort() {
   std::stable_sort(placed_.begin(), placed_.end(), [](const Finding& a, const Finding& b) {
     return a.place.line != b.place.line ? a.place.line < b.place.line : a.place.column < b.place.column;
   });
+}
+
+std::string SummaryOf(const Findings& findings) {
+  const std::size_t count = findings.WithPlace().size() + findings.WithoutPlace().size() + findings.NotKept();
+  if (count == 0) return "nothing is wrong";
+  return fmt::format("{}, {}", Counted(findings.Errors(), "error"), Counted(count - findings.Errors(), "warning"));
 }
 
 }  // namespace velmar

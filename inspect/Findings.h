@@ -63,4 +63,7 @@ class Findings {
   std::size_t errors_ = 0;
 };
 
+/// "2 errors, 1 warning", those that are not kept included; "nothing is wrong" where there are none.
+std::string SummaryOf(const Findings& findings);
+
 }  // namespace velmar

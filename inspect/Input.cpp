@@ -118,6 +118,18 @@ bool HasByteOrderMark(FILE* file) {
   return false;
 }
 
+bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+// Where the last character of the text ends that is not cut off.
+std::size_t EndOfWholeCharacters(const std::string& utf8) {
+  std::size_t lead = utf8.size();
+  while (lead > 0 && IsContinuation(utf8[lead - 1])) --lead;
+  if (lead == 0) return utf8.size();
+  const unsigned char byte = static_cast<unsigned char>(utf8[--lead]);
+  const std::size_t length = byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+  return lead + length <= utf8.size() ? utf8.size() : lead;
+}
+
 }  // namespace
 
 File Open(const std::string& path) {
@@ -199,6 +211,22 @@ bool IsUtf8(const std::string& bytes) {
     }
   }
   return true;
+}
+
+std::pair<std::string, std::size_t> Printable(const Excerpt& excerpt) {
+  const bool utf8 = IsUtf8(excerpt.text);
+  const std::size_t end = utf8 ? EndOfWholeCharacters(excerpt.text) : excerpt.text.size();
+  std::string shown;
+  std::size_t caret = 0;
+  for (std::size_t i = 0; i < end; ++i) {
+    const char c = excerpt.text[i];
+    if (utf8 && shown.empty() && IsContinuation(c)) continue;
+    const bool control = static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    const bool foreign = static_cast<unsigned char>(c) >= 0x80 && !utf8;
+    shown += control ? ' ' : foreign ? '?' : c;
+    if (i < excerpt.caret && !(utf8 && IsContinuation(c))) ++caret;
+  }
+  return {shown, caret};
 }
 
 }  // namespace velmar

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmar {
@@ -54,6 +55,10 @@ struct Excerpt {
 /// One excerpt for each place; the places are sorted. Reads the file once, up to the last of them. Lines end
 /// at LF, at CR LF and at a CR alone.
 std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Place>& places);
+
+/// The text in a form that does no harm to a terminal, and the characters that stand before the place. A blank stands for each
+/// control character, "?" for bytes that are no UTF-8.
+std::pair<std::string, std::size_t> Printable(const Excerpt& excerpt);
 
 /// Whether the bytes are well-formed UTF-8, but for sequences that are cut off at either end.
 bool IsUtf8(const std::string& bytes);

@@ -58,6 +58,43 @@ Json ToJson(const Finding& finding) {
           {"hint", TextOrNull(finding.hint)}};
 }
 
+Json NumberOrNull(std::int64_t number) { return number < 0 ? Json(nullptr) : Json(number); }
+
+Json ToJson(const DefinedProduct& product) {
+  Json shapes = Json::array();
+  for (const TypedInstance& shape : product.shapes) shapes.push_back({{"id", shape.number}, {"type", shape.type}});
+  return {{"id", product.number},
+          {"formation", NumberOrNull(product.formation)},
+          {"product", NumberOrNull(product.product)},
+          {"product_id", product.id},
+          {"name", product.name},
+          {"description", product.description},
+          {"version", product.version},
+          {"is_defined", product.isDefined},
+          {"is_assembly", !product.usages.empty()},
+          {"shapes", shapes}};
+}
+
+Json ToJson(const Usage& usage, const ProductStructure& structure) {
+  Json quantity = nullptr;
+  if (usage.quantity) {
+    quantity = {{"value", usage.quantity->value},
+                {"type", TextOrNull(usage.quantity->type)},
+                {"unit", TextOrNull(usage.quantity->unit)}};
+  }
+  return {{"id", usage.instance.number},
+          {"type", usage.instance.type},
+          {"assembly", structure.products[usage.assembly].number},
+          {"component", structure.products[usage.component].number},
+          {"usage_id", usage.id},
+          {"name", usage.name},
+          {"reference_designator", usage.designator},
+          {"quantity", quantity},
+          {"is_structure", usage.isStructure},
+          {"upper_usage", NumberOrNull(usage.upperUsage)},
+          {"next_usage", NumberOrNull(usage.nextUsage)}};
+}
+
 Json AttributesOf(const RecordView& record) {
   Json json = Json::object();
   for (const AttributeView& attribute : record.attributes) {
@@ -137,6 +174,16 @@ Json ToJson(const std::vector<Reference>& references, const InstanceView& instan
                     {"level", reference.level}});
   }
   return {{"id", instance.number}, {"type", instance.type}, {"references", list}};
+}
+
+Json ToJson(const ProductStructure& structure) {
+  Json products = Json::array();
+  for (const DefinedProduct& product : structure.products) products.push_back(ToJson(product));
+  Json usages = Json::array();
+  for (const Usage& usage : structure.usages) usages.push_back(ToJson(usage, structure));
+  Json roots = Json::array();
+  for (const std::size_t root : structure.roots) roots.push_back(structure.products[root].number);
+  return {{"products", products}, {"usages", usages}, {"roots", roots}};
 }
 
 Json ToJson(const std::vector<SchemaInfo>& schemas) {

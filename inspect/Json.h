@@ -10,6 +10,7 @@
 #include "Findings.h"
 #include "Instances.h"
 #include "Listing.h"
+#include "ProductStructure.h"
 #include "References.h"
 #include "TypeInfo.h"
 #include "Values.h"
@@ -30,6 +31,8 @@ Json ToJson(const Listing& listing);
 
 /// Those to `instance`.
 Json ToJson(const std::vector<Reference>& references, const InstanceView& instance);
+
+Json ToJson(const ProductStructure& structure);
 
 /// An array of objects.
 Json ToJson(const std::vector<SchemaInfo>& schemas);

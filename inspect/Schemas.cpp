@@ -57,6 +57,14 @@ std::string SupportedSchemas() { return Listed(&Row::fileName, &Row::shortName);
 
 std::string SchemaNames() { return Listed(&Row::word, &Row::fileName); }
 
+std::vector<std::string> SchemaWords() {
+  std::vector<std::string> words;
+  for (const Row& row : Rows()) {
+    if (HasLibrary(row.schema)) words.emplace_back(row.word);
+  }
+  return words;
+}
+
 const char* ShortName(Schema schema) {
   for (const Row& row : Rows()) {
     if (row.schema == schema) return row.shortName;

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ExpFile.h"
 
@@ -15,6 +16,9 @@ std::string SupportedSchemas();
 
 /// The same as users name them: "AP203 (CONFIG_CONTROL_DESIGN), ...".
 std::string SchemaNames();
+
+/// The names that users type, of which this program has libraries: "AP203" and so on.
+std::vector<std::string> SchemaWords();
 
 /// The everyday name of an application protocol: "AP214".
 const char* ShortName(VELMAR::Schema schema);

@@ -26,4 +26,6 @@ std::string Printable(const std::string& text) {
   return printable;
 }
 
+bool IsBlank(const std::string& text) { return text.find_first_not_of(' ') == std::string::npos; }
+
 }  // namespace velmar

@@ -16,4 +16,7 @@ std::string Counted(std::uint64_t number, const std::string& noun);
 /// The text as it may go to a terminal: a blank for each control character.
 std::string Printable(const std::string& text);
 
+/// Whether the text has no character but blanks.
+bool IsBlank(const std::string& text);
+
 }  // namespace velmar

@@ -14,6 +14,7 @@ namespace VELMAR {
 /// schema in the place of a library, registered as "AP242" say, it is the canonical name that ExpFile writes.
 class VELMAR_API LateBoundFile : public ExpFixedSchemaFile {
  public:
+  /// An empty file of the schema, which need not outlive it.
   explicit LateBoundFile(const LateBoundSchema& schema);
   ~LateBoundFile() override;
 };

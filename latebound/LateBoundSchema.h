@@ -15,11 +15,11 @@ namespace VELMAR {
 /// One thing that is wrong with, or suspicious in, an EXPRESS text.
 struct LateBoundMessage {
   bool isError;  ///< otherwise a warning
-  std::string file;
+  std::string file;  ///< as it was given, or found on the search path
   int line;          ///< from 1; 0 where the message has no place
   int column;        ///< from 1, in characters; 0 where the message has no place
   std::string code;  ///< "E021"
-  std::string text;
+  std::string text;  ///< a sentence without a stop, for people
   std::string hint;  ///< what might have been meant; empty where nothing suggests itself
 };
 
@@ -27,6 +27,7 @@ struct LateBoundMessage {
 /// what is wrong, the source line and a caret below it.
 class VELMAR_API LateBoundError : public descriptive_exception {
  public:
+  /// `text` is what what() gives.
   explicit LateBoundError(const std::string& text, std::vector<LateBoundMessage> messages = {});
   ~LateBoundError() override;
 
@@ -68,6 +69,7 @@ class VELMAR_API LateBoundSchema {
 
   /// The name of the schema in upper case.
   const std::string& GetName() const;
+  /// The name under which the types are registered.
   const std::string& GetRegistryName() const;
   /// The types in the order of their names. They are the registry's.
   const std::vector<const LateBoundType*>& GetTypes() const;

@@ -16,7 +16,7 @@ struct LateBoundAttribute {
   std::string name;         ///< as GetMember(name) takes it, in lower case
   std::string owner;        ///< the entity that declares it first, in upper case
   std::string expressType;  ///< "list [1 : 3] of length_measure"; the narrowest where subtypes redeclare it
-  bool optional;
+  bool optional;            ///< `$` is a value, too
   bool derived;  ///< a subtype derives its value: it is written `*`
 };
 

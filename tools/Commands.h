@@ -23,8 +23,14 @@ void AddShow(CLI::App& program, Run& run);
 /// Who refers to an instance.
 void AddRefs(CLI::App& program, Run& run);
 
+/// Which products are made of which.
+void AddTree(CLI::App& program, Run& run);
+
 /// The schemas that there are, and their types.
 void AddSchemas(CLI::App& program, Run& run);
+
+/// A page about a file for people.
+void AddReport(CLI::App& program, Run& run);
 
 /// Reads one file and writes what was read to another.
 void AddConvert(CLI::App& program, Run& run);

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include "Input.h"
@@ -27,35 +26,6 @@ constexpr std::size_t kPrinted = 50;
 constexpr const char* kBoldRed = "1;31";
 constexpr const char* kBoldGreen = "1;32";
 constexpr const char* kBoldYellow = "1;33";
-
-bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
-// Where the last character of the text ends that is not cut off.
-std::size_t EndOfWholeCharacters(const std::string& utf8) {
-  std::size_t lead = utf8.size();
-  while (lead > 0 && IsContinuation(utf8[lead - 1])) --lead;
-  if (lead == 0) return utf8.size();
-  const unsigned char byte = static_cast<unsigned char>(utf8[--lead]);
-  const std::size_t length = byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-  return lead + length <= utf8.size() ? utf8.size() : lead;
-}
-
-// The excerpt in a form that does no harm to a terminal, and the columns that stand before the caret.
-std::pair<std::string, std::size_t> Shown(const Excerpt& excerpt) {
-  const bool utf8 = IsUtf8(excerpt.text);
-  const std::size_t end = utf8 ? EndOfWholeCharacters(excerpt.text) : excerpt.text.size();
-  std::string shown;
-  std::size_t caret = 0;
-  for (std::size_t i = 0; i < end; ++i) {
-    const char c = excerpt.text[i];
-    if (utf8 && shown.empty() && IsContinuation(c)) continue;
-    const bool control = static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-    const bool foreign = static_cast<unsigned char>(c) >= 0x80 && !utf8;
-    shown += control ? ' ' : foreign ? '?' : c;
-    if (i < excerpt.caret && !(utf8 && IsContinuation(c))) ++caret;
-  }
-  return {shown, caret};
-}
 
 std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
 
@@ -98,7 +68,7 @@ void PrintTo(std::FILE* stream, Findings& findings, std::size_t most, bool withS
     print(fmt::format("{}:{}:{}: {}: {}{}{}\n", file, finding.place.line, finding.place.column, Shown(stream, finding.severity),
                       withSubjects ? SubjectOf(finding) : "", finding.text, CodeOf(finding)));
     if (i >= excerpts.size()) continue;  // the file is gone
-    const auto [shown, caret] = Shown(excerpts[i]);
+    const auto [shown, caret] = Printable(excerpts[i]);
     if (!shown.empty()) print(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured(stream, "^", kBoldGreen)));
   }
   const std::size_t hidden = placed.size() - printed + findings.NotKept();

@@ -17,7 +17,6 @@
 #include "Options.h"
 #include "Sarif.h"
 #include "Schemas.h"
-#include "Wording.h"
 
 namespace velmar {
 
@@ -43,15 +42,9 @@ std::set<Code> CodesNamed(const std::vector<std::string>& names) {
   return codes;
 }
 
-std::string Summary(const Findings& findings) {
-  const std::size_t all = findings.WithPlace().size() + findings.WithoutPlace().size() + findings.NotKept();
-  if (all == 0) return "nothing is wrong";
-  return fmt::format("{}, {}", Counted(findings.Errors(), "error"), Counted(all - findings.Errors(), "warning"));
-}
-
 int Check(const CheckFlags& flags) {
   const std::set<Code> codes = CodesNamed(flags.only);
-  const CheckOptions options = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
+  const SchemaChoice options = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
   int status = kDone;
   Json json = Json::array();
   std::vector<Findings> all;
@@ -68,7 +61,7 @@ int Check(const CheckFlags& flags) {
       } else {
         PrintAsData(findings, flags.most);
         FlushOutput();
-        if (!flags.reading.quiet) Say(fmt::format("{}: {}\n", path, Summary(findings)));
+        if (!flags.reading.quiet) Say(fmt::format("{}: {}\n", path, SummaryOf(findings)));
       }
     } catch (const std::system_error&) {  // of standard output
       throw;

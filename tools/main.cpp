@@ -9,10 +9,13 @@
 #include <string>
 #include <system_error>
 
+#include "Codes.h"
 #include "Commands.h"
 #include "LateBoundSchema.h"
+#include "Manual.h"
 #include "Messages.h"
 #include "Options.h"
+#include "Schemas.h"
 
 namespace {
 
@@ -28,18 +31,35 @@ int CannotPrint(int error) {
                            (error == 0 ? "" : std::string(": ") + std::strerror(error)));
 }
 
+VelmarManual::Facts ManualFacts() {
+  VelmarManual::Facts facts;
+  facts.version = VELMAR_VERSION;
+  facts.sections = {
+      {"ENVIRONMENT", {"NO_COLOR: where it is set and not empty, messages have no colours on a terminal."}},
+      {"FILES",
+       {"share/velmar/schemas/*.exp, beside the folder of the program: the EXPRESS texts of the schemas that come with Velmar."}},
+      {"SEE ALSO", {"velmar-express(1)"}},
+  };
+  facts.values["--schema"] = velmar::SchemaWords();
+  for (const velmar::CodeInfo& code : velmar::Catalogue()) facts.values["--only"].push_back(velmar::NameOf(code.code));
+  return facts;
+}
+
 int RunProgram(int argc, char** argv) {
   CLI::App app("Looks at Part 21 (STEP) files and converts them.", "velmar");
   app.set_version_flag("--version", "velmar " VELMAR_VERSION);
   app.require_subcommand(1);
+  VelmarManual::AddOptions(app, ManualFacts());
   app.footer(velmar::Footer("velmar info examples/bracket.stp"));
   velmar::Run run;
   velmar::AddInfo(app, run);
   velmar::AddList(app, run);
   velmar::AddShow(app, run);
   velmar::AddRefs(app, run);
+  velmar::AddTree(app, run);
   velmar::AddSchemas(app, run);
   velmar::AddCheck(app, run);
+  velmar::AddReport(app, run);
   velmar::AddConvert(app, run);
   velmar::AddExtract(app, run);
   velmar::AddMerge(app, run);

@@ -7,6 +7,7 @@
 
 #include "Checking.h"
 #include "Codes.h"
+#include "ProductStructure.h"
 #include "Reading.h"
 #include "RunProgram.h"
 #include "SampleFiles.h"
@@ -20,7 +21,9 @@ std::set<std::string> CodesOf(const std::string& text) {
   const std::string path = WriteFile(directory.Path("in.stp"), text);
   Reading reading(path);
   std::set<std::string> codes;
-  for (const Findings& findings : {reading.GetFindings(), CheckFile(path)}) {
+  Findings ofProducts(path);
+  ReadProductStructure(path, {}, ofProducts);
+  for (const Findings& findings : {reading.GetFindings(), CheckFile(path), ofProducts}) {
     for (const Finding& finding : findings.WithPlace()) codes.insert(NameOf(finding.code));
     for (const Finding& finding : findings.WithoutPlace()) codes.insert(NameOf(finding.code));
   }

@@ -6,6 +6,9 @@ file(RENAME ${WORK_DIR}/installed ${prefix})
 
 set(files
   bin/velmar-express
+  share/man/man1/velmar-express.1
+  share/bash-completion/completions/velmar-express
+  share/doc/velmar/README.md
   include/velmar/ExpFile.h
   ${LIBDIR}/libVelmar_3.1.so
   ${LIBDIR}/cmake/Velmar/VelmarConfig.cmake
@@ -15,7 +18,7 @@ set(files
   include/velmar/LateBoundFile.h
 )
 if(HAS_PROGRAM)
-  list(APPEND files bin/velmar)
+  list(APPEND files bin/velmar share/man/man1/velmar.1 share/bash-completion/completions/velmar)
 endif()
 foreach(component IN LISTS COMPONENTS)
   list(APPEND files ${LIBDIR}/libVelmar${component}_3.1.so)

@@ -60,6 +60,8 @@ TEST_P(GoldenOutput, IsAsBefore) {
 const char kSample[] = "examples/bracket.stp";
 const char kGears[] = "tests/tools/data/gears.stp";
 const char kText[] = "tests/tools/data/gears.exp";
+const char kTrolley[] = "examples/trolley.stp";
+const char kCycle[] = "tests/tools/data/cycle.stp";
 const char kValues[] = "tests/tools/data/values.stp";
 
 INSTANTIATE_TEST_SUITE_P(
@@ -98,6 +100,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{"refs_json", {"refs", kValues, "1", "--json", "-q"}},
                     Golden{"refs_dot", {"refs", kSample, "20", "--depth", "2", "--dot"}},
                     Golden{"refs_missing", {"refs", kSample, "384"}},
+                    Golden{"tree", {"tree", kTrolley}}, Golden{"tree_all", {"tree", kTrolley, "--all"}},
+                    Golden{"tree_depth", {"tree", kTrolley, "--depth", "1"}},
+                    Golden{"tree_json", {"tree", kTrolley, "--json"}}, Golden{"tree_cycle", {"tree", kCycle}},
+                    Golden{"tree_none", {"tree", kValues, "-q"}}, Golden{"tree_missing", {"tree", "none.stp"}},
                     Golden{"schemas_type", {"schemas", "Face_Surface", "--schema", "AP214"}},
                     Golden{"schemas_json", {"schemas", "vertex", "--json", "--schema", "AP214"}},
                     Golden{"schemas_express", {"schemas", "--express", kText}},
