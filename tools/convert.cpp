@@ -12,6 +12,7 @@
 #include "Messages.h"
 #include "Options.h"
 #include "Reading.h"
+#include "Renumbering.h"
 #include "UnreadableValues.h"
 #include "Wording.h"
 
@@ -23,6 +24,7 @@ struct ConvertOptions {
   std::string in;
   std::string out;
   ReadingFlags reading;
+  bool renumber = false;
 };
 
 int Convert(const ConvertOptions& options) {
@@ -44,6 +46,7 @@ int Convert(const ConvertOptions& options) {
   if (!options.reading.quiet) Print(findings);
   if (!why.empty()) return kFileHasErrors;
 
+  if (options.renumber) Renumber(file);
   Findings outFindings(out);
   const auto start = std::chrono::steady_clock::now();
   const std::uint64_t outSize = WriteAndReport(file, out, outFindings);
@@ -73,6 +76,9 @@ void AddConvert(CLI::App& program, Run& run) {
                              "not at all; it may be the same file as IN if all of IN could be kept");
   command->add_option("IN", options->in, "The Part 21 file to read")->required();
   command->add_option("-o,--output", options->out, "The Part 21 file to write")->required()->type_name("OUT");
+  command->add_flag("--renumber", options->renumber,
+                    "Numbers the instances 1, 2, 3 ... in the order of their numbers. References follow; those to instances that are not "
+                    "there get numbers behind the last one");
   options->reading.AddTo(*command);
   command->footer(Footer("velmar convert examples/bracket.stp -o copy.stp"));
   command->callback([options, &run] { run = [options] { return Convert(*options); }; });
