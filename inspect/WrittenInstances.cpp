@@ -5,6 +5,7 @@
 #include <cstring>
 #include <cwchar>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "ExpUtilities.h"
@@ -262,6 +263,15 @@ int ForEachWrittenInstance(const std::string& path, bool withValues,
   while (reader.Read(instance, withValues)) action(instance);
   if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
   return reader.DataBegin();
+}
+
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action) {
+  const File file(fmemopen(const_cast<char*>(part21.data()), part21.size(), "rb"));  // reads only
+  if (file == nullptr) throw std::runtime_error(std::strerror(errno));
+  VELMAR::Scanner scanner(file.get());
+  InstanceReader reader(scanner, false);
+  WrittenInstance instance;
+  while (reader.Read(instance)) action(instance);
 }
 
 NamedSchema SchemaNamedIn(const std::string& path) {

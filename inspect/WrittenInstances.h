@@ -100,6 +100,9 @@ class InstanceReader {
 int ForEachWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action);
 
+/// The same for a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark.
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action);
+
 /// What the header of a file says of its schema.
 struct NamedSchema {
   std::string name;      ///< the first of FILE_SCHEMA; empty where there is none
