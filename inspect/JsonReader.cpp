@@ -34,7 +34,7 @@ constexpr std::size_t kLongestToken = 32767;
 
 // Whether the text is one token of these kinds, and nothing else.
 bool IsToken(const std::string& text, std::initializer_list<int> kinds) {
-  if (text.empty() || text.size() > kLongestToken || text[0] == '\xEF') return false;
+  if (text.empty() || text.size() > kLongestToken || text[0] == '\xEF' || text.find('\0') != std::string::npos) return false;
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
   const Token* token = scanner.Scan();
   const bool isOfKind = std::find(kinds.begin(), kinds.end(), token->kind) != kinds.end();
