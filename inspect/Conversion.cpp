@@ -3,22 +3,46 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <filesystem>
-#include <list>
 #include <new>
 #include <ostream>
 #include <system_error>
 
-#include "ExpUtilities.h"
 #include "ReplaceFile.h"
-#include "Wording.h"
 
 namespace velmar {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Whether what is found means that something of the file is not in what is written.
+bool IsLoss(const Finding& finding) {
+  switch (finding.code) {
+    case Code::kUnsupportedSchema:
+    case Code::kNoSchema:
+    case Code::kUnknownType:
+    case Code::kUnknownHeaderRecord:
+    case Code::kTooManyParameters:
+    case Code::kTooFewParameters:
+    case Code::kNumberZero:
+    case Code::kFallbackLibrary:
+      return false;
+    default:
+      return true;
+  }
+}
+
+bool HasLosses(const Findings& findings) {
+  return findings.NotKept() > 0 || std::any_of(findings.WithPlace().begin(), findings.WithPlace().end(), IsLoss) ||
+         std::any_of(findings.WithoutPlace().begin(), findings.WithoutPlace().end(), IsLoss);
+}
+
+}  // namespace
 
 std::string WhyUnwritable(const std::string& path) {
   std::error_code error;
@@ -33,27 +57,12 @@ std::string WhyUnwritable(const std::string& path) {
 }
 
 std::string WhyNotWritten(Reading& in, const std::string& out) {
-  if (in.GetFindings().IsEmpty()) return "";
-  const Population& file = in.GetPopulation();
+  if (in.GetPopulation().Count() == 0) return fmt::format("{} is not written: nothing could be read", out);
   std::error_code error;
-  if (!file.IsSchemaSupported()) return fmt::format("{} is not written: the schema is not supported", out);
-  if (file.Count() == 0) return fmt::format("{} is not written: nothing could be read", out);
-  if (fs::equivalent(in.Path(), out, error)) return "the file is left as it is: not all of it could be kept";
-  return "";
-}
-
-void MarkMissingValues(Population& file, Findings& findings) {
-  std::list<VELMAR::ExpEntity*> header;
-  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"})
-    file.GetEntities(header, type, false);
-  int marked = 0;
-  for (VELMAR::ExpEntity* record : header) marked += VELMAR::MarkUnsetValues(*record);
-  for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
-    if (VELMAR::ExpEntity* entity = file.GetEntity(number)) marked += VELMAR::MarkUnsetValues(*entity);
+  if (HasLosses(in.GetFindings()) && fs::equivalent(in.Path(), out, error)) {
+    return "the file is left as it is: not all of it could be kept";
   }
-  if (marked == 0) return;
-  findings.Add(Code::kMissingValues,
-               fmt::format("{} written as $", Counted(static_cast<std::uint64_t>(marked), "missing value")));
+  return "";
 }
 
 std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings) {

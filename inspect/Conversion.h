@@ -18,10 +18,6 @@ std::string WhyUnwritable(const std::string& path);
 /// Why what was read is not written to `out`; empty where it is.
 std::string WhyNotWritten(Reading& in, const std::string& out);
 
-/// Makes every instance writable: what has no value, because the file has none or because it could not be
-/// kept, is written `$`. Adds a warning where there is such a value.
-void MarkMissingValues(Population& file, Findings& findings);
-
 /// Writes the population and returns the number of bytes. What `out` holds is replaced by a complete file or
 /// not at all. Adds an error where that fails.
 std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings);

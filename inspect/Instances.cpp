@@ -6,23 +6,27 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <deque>
 #include <stdexcept>
 
+#include "ExpUtilities.h"
 #include "FileWalk.h"
 
 namespace velmar {
 
 namespace {
 
+using VELMAR::ExpAttribute;
 using VELMAR::ExpEntity;
 
 RecordView RecordOf(ExpEntity& entity, int begin) {
   RecordView record = {&entity.GetExpClassName(), {}};
-  const std::vector<std::string>& names = *entity.GetMemberNames();
-  for (int index = begin; index < entity.GetNofExplicitMembers(); ++index) {
-    record.attributes.push_back({&names[static_cast<std::size_t>(index)], entity.GetMember(index)});
+  const int end = entity.GetNofExplicitMembers();
+  for (int index = begin;; ++index) {
+    ExpAttribute* value = ValueAt(entity, index);
+    if (value == nullptr && index >= end) return record;
+    record.attributes.push_back({&AttributeName(entity, index, begin), value});
   }
-  return record;
 }
 
 class PlaceFinder : public WalkListener {
@@ -41,6 +45,21 @@ class PlaceFinder : public WalkListener {
 };
 
 }  // namespace
+
+ExpAttribute* ValueAt(ExpEntity& record, int index) {
+  ExpAttribute* own = index < record.GetNofExplicitMembers() ? record.GetMember(index) : nullptr;
+  if (own != nullptr && (!own->IsNotProvided() || own->IsOmitted())) return own;
+  ExpAttribute* kept = VELMAR::GetKeptValue(record, index);
+  return kept == nullptr ? own : kept;
+}
+
+const std::string& AttributeName(ExpEntity& record, int index, int begin) {
+  static std::deque<std::string> positions;  // their addresses stay
+  if (index < record.GetNofExplicitMembers()) return (*record.GetMemberNames())[static_cast<std::size_t>(index)];
+  const auto position = static_cast<std::size_t>(index - begin);
+  while (positions.size() <= position) positions.push_back(std::to_string(positions.size() + 1));
+  return positions[position];
+}
 
 std::string TypeName(ExpEntity& entity) {
   auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(&entity);

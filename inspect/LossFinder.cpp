@@ -24,7 +24,6 @@ using VELMAR::Token;
 
 constexpr std::size_t kExamples = 3;        // how many instances a message names
 constexpr std::size_t kTypesNamed = 8;      // how many types one message names
-constexpr std::size_t kShortNumber = 9;     // so many characters always fit 32 bits
 constexpr std::ptrdiff_t kShortReal = 200;  // real numbers of so many characters always fit 64 bits
 constexpr std::ptrdiff_t kShortExponent =
     3;  // with an exponent of fewer digits, too, unless they are that long
@@ -39,7 +38,6 @@ void LossFinder::Find(std::FILE* file) {
   WalkFile(file, *this);
   if (!population_.IsSchemaSupported()) ReportSchema();
   ReportRecords();
-  ReportValues();
   ReportUnread();
   ReportReferences();
 }
@@ -68,40 +66,9 @@ void LossFinder::BeginRecord(const WalkedRecord& record) {
   if (record.instance.name.empty() && record.typeName == L"FILE_SCHEMA") schemaPlace_ = record.place;
 }
 
-// An aggregate has elements of some kinds only, and of a typed element it takes plain values.
 void LossFinder::Value(const WalkedValue& value) {
-  const Nesting& nesting = value.nesting;
-  const auto note = [&](Loss& loss) {
-    if (type_->known && !nesting.IsInListOfTypedElement()) Note(loss, record_->instance, value.place);
-  };
-  switch (value.kind) {
-    case Token::LeftParenthesis:
-      if (!value.isTyped && nesting.IsInTypedElement()) note(listsInTypedElements_);
-      break;
-    case Token::Point:
-      if (nesting.IsInList()) note(enumerationsInLists_);
-      break;
-    case Token::Dollar:
-      if (nesting.IsInList() && !nesting.IsInTypedElement()) note(unsetInLists_);
-      break;
-    case Token::Asterisk:
-      if (nesting.IsInList()) note(unsetInLists_);
-      break;
-    case Token::Binary:
-      note(binaries_);
-      break;
-    case Token::EntityInstanceName:
-      NoteReference(value);
-      break;
-    case Token::Integer:
-      IntegerValue(value);
-      break;
-    case Token::Real:
-      RealValue(value);
-      break;
-    default:
-      break;
-  }
+  if (value.kind == Token::EntityInstanceName) NoteReference(value);
+  if (value.kind == Token::Real) RealValue(value);
 }
 
 void LossFinder::EndRecord(const WalkedRecord& record, int parameters) {
@@ -121,7 +88,10 @@ void LossFinder::CheckNumber(const wchar_t* name, Place place, int instance, con
   if (std::wcstol(name + 1, nullptr, 10) == 0) {
     findings_.Add(Code::kNumberZero, place, "instance numbers begin at #1", instance, attribute);
   } else {
-    findings_.Add(Code::kNumberTooHigh, place, fmt::format("instance numbers end at #{}", kGreatestNumber),
+    const bool isKept = std::wcstol(name + 1, nullptr, 10) <= std::numeric_limits<int>::max();
+    findings_.Add(Code::kNumberTooHigh, place,
+                  fmt::format("instance numbers end at #{}{}", kGreatestNumber,
+                              isKept ? "" : fmt::format("; {} is not kept", Narrow(name))),
                   instance, attribute);
   }
 }
@@ -138,15 +108,6 @@ void LossFinder::NoteReference(const WalkedValue& value) {
   }
 }
 
-void LossFinder::IntegerValue(const WalkedValue& value) {
-  if (std::wcslen(value.text) <= kShortNumber) return;
-  const long number = std::wcstol(value.text, nullptr, 10);
-  if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max()) {
-    findings_.Add(Code::kIntegerRange, value.place, "the integer does not fit 32 bits",
-                  record_->instance.number, AttributeOf(value));
-  }
-}
-
 void LossFinder::RealValue(const WalkedValue& value) {
   const wchar_t* const begin = value.text;
   const wchar_t* const end = begin + std::wcslen(begin);
@@ -154,10 +115,12 @@ void LossFinder::RealValue(const WalkedValue& value) {
   while (last != begin && last[-1] >= L'0' && last[-1] <= L'9') --last;
   const bool hasExponent = last != begin && last[-1] != L'.';
   if (end - begin <= kShortReal && !(hasExponent && end - last >= kShortExponent)) return;
-  if (std::isinf(std::strtod(Narrow(begin).c_str(), nullptr))) {
-    findings_.Add(Code::kRealRange, value.place, "the real number does not fit 64 bits",
-                  record_->instance.number, AttributeOf(value));
-  }
+  const double number = std::strtod(Narrow(begin).c_str(), nullptr);
+  const bool isNotZero = std::any_of(begin, last, [](wchar_t c) { return c >= L'1' && c <= L'9'; });
+  if (!std::isinf(number) && (number != 0 || !isNotZero)) return;
+  findings_.Add(Code::kRealRange, value.place,
+                fmt::format("the real number does not fit 64 bits and becomes {}", number == 0 ? "0" : "infinite"),
+                record_->instance.number, AttributeOf(value));
 }
 
 // "CARTESIAN_POINT.coordinates"
@@ -225,11 +188,10 @@ void LossFinder::ReportRecords() {
       case Kind::kUnknownPart:
       case Kind::kUnknownHeader:
         unplaced[type] -= std::min(unplaced[type], loss.count);
-        if (kind == Kind::kUnknown) unknownInstances_ += loss.count;
         if (kind == Kind::kUnknownHeader) code = Code::kUnknownHeaderRecord;
         if (!population_.IsSchemaSupported()) continue;
         text = fmt::format(
-            "{} of {} not kept: {} has no such entity",
+            "{} of {} kept by position: {} has no such entity",
             Counted(loss.count, kind == Kind::kUnknown       ? "instance"
                                 : kind == Kind::kUnknownPart ? "partial record"
                                                              : "header record"),
@@ -237,13 +199,13 @@ void LossFinder::ReportRecords() {
         break;
       case Kind::kTooMany:
         code = Code::kTooManyParameters;
-        text = fmt::format("{} of {} with more parameters than attributes ({}): the surplus is not kept",
+        text = fmt::format("{} of {} with more parameters than attributes ({}): the surplus is kept by position",
                            Counted(loss.count, "record"), type, attributes);
         break;
       case Kind::kTooFew:
         code = Code::kTooFewParameters;
         text = fmt::format(
-            "{} of {} with fewer parameters than attributes ({}): the others keep their initial values",
+            "{} of {} with fewer parameters than attributes ({}): the others have no value",
             Counted(loss.count, "record"), type, attributes);
         break;
     }
@@ -258,7 +220,7 @@ void LossFinder::ReportRecords() {
   for (const auto& [type, count] : unplaced) {
     if (count > 0) {
       findings_.Add(Code::kUnknownType,
-                    fmt::format("{} of {} not kept: {} has no such entity", Counted(count, "record"), type,
+                    fmt::format("{} of {} kept by position: {} has no such entity", Counted(count, "record"), type,
                                 population_.GetEnforcedFactoryName()));
     }
   }
@@ -274,42 +236,18 @@ void LossFinder::ReportUnknownAtOnce() {
     if (names.size() < kTypesNamed) names.push_back(type);
   }
   findings_.Add(Code::kUnknownType,
-                fmt::format("{} of {} not kept: {}{}", Counted(records, "record"),
+                fmt::format("{} of {} kept by position: {}{}", Counted(records, "record"),
                             Counted(unknown.size(), "unknown type"), fmt::join(names, ", "),
                             unknown.size() > names.size() ? ", ..." : ""));
 }
 
-void LossFinder::ReportValues() {
-  const struct {
-    Code code;
-    const Loss& loss;
-    const char* one;
-    const char* many;
-  } losses[] = {
-      {Code::kBinary, binaries_, "binary value", "binary values"},
-      {Code::kUnsetInList, unsetInLists_, "unset list element", "unset list elements"},
-      {Code::kEnumerationInList, enumerationsInLists_, "enumeration value in a list",
-       "enumeration values in lists"},
-      {Code::kListInTypedElement, listsInTypedElements_, "list in a typed list element",
-       "lists in typed list elements"},
-  };
-  for (const auto& [code, loss, one, many] : losses) {
-    if (loss.count == 0) continue;
-    findings_.Add(
-        code, loss.first,
-        fmt::format("{} {} not kept{}", Grouped(loss.count), loss.count == 1 ? one : many, Where(loss)),
-        loss.instance);
-  }
-}
-
-// Every instance that the file defines is kept, of an unknown type, or replaced by a later one; what is
+// Every instance that the file defines is kept or replaced by a later one; what is
 // missing then was passed over with a syntax error.
 void LossFinder::ReportUnread() {
   if (defined_ < population_.Count() && !hadErrors_) {
     findings_.Add(Code::kFileChanged, "the file has become shorter while it was read");
   }
-  const std::size_t accounted =
-      population_.Count() + population_.WithoutParts() + unknownInstances_ + replaced_;
+  const std::size_t accounted = population_.Count() + replaced_;
   if (defined_ <= accounted) return;
   findings_.Add(Code::kInstancesNotRead,
                 fmt::format("{} of the {} instances were not read because of the errors",

@@ -1,5 +1,5 @@
 /// @file LossFinder.h
-/// Where a file holds what its population does not.
+/// Where a file holds what its schema or its population does not.
 #pragma once
 
 #include <cstdio>
@@ -20,7 +20,7 @@ class ExpEntityRuntimeType;
 
 namespace velmar {
 
-/// Walks once more over a file that has been read, and compares its records with what the population could
+/// Walks once more over a file that has been read, and compares its records with the schema and with what the population could
 /// keep of them.
 class LossFinder : private WalkListener {
  public:
@@ -54,7 +54,6 @@ class LossFinder : private WalkListener {
 
   void CheckNumber(const wchar_t* name, Place place, int instance, const std::string& attribute);
   void NoteReference(const WalkedValue& value);
-  void IntegerValue(const WalkedValue& value);
   void RealValue(const WalkedValue& value);
   Type& TypeOf(const std::wstring& name);
   std::string AttributeOf(const WalkedValue& value) const;
@@ -64,7 +63,6 @@ class LossFinder : private WalkListener {
   void ReportSchema();
   void ReportRecords();
   void ReportUnknownAtOnce();
-  void ReportValues();
   void ReportUnread();
   void ReportReferences();
 
@@ -78,14 +76,9 @@ class LossFinder : private WalkListener {
   const Type* type_ = nullptr;            // and its type
   Place schemaPlace_ = {0, 0};
   std::size_t defined_ = 0;           // instances that the file defines,
-  std::size_t unknownInstances_ = 0;  // of these: of unknown types,
-  std::size_t replaced_ = 0;          // and replaced by others of the same number
+  std::size_t replaced_ = 0;          // of these: replaced by others of the same number
   std::unordered_set<int> notKept_;   // the numbers of those that the population does not hold
   std::unordered_map<int, UnresolvedReference> unresolved_;  // by number: what no instance that is kept has
-  Loss binaries_;
-  Loss unsetInLists_;
-  Loss enumerationsInLists_;
-  Loss listsInTypedElements_;
 };
 
 }  // namespace velmar

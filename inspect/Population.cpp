@@ -34,6 +34,7 @@ Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),
       isLateBound_(!options.lateBoundSchema.empty()),
       keepsSchema_(isLateBound_ || options.schema.has_value()) {
+  KeepEverything(true);
   if (options.schema) SetSchema(*options.schema);
 }
 
@@ -88,13 +89,6 @@ VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
 }
 
 void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
-  // A complex instance of which no part is known has no text that could be read again.
-  auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity);
-  if (complex != nullptr && complex->GetEntities()->empty()) {
-    ++withoutParts_;
-    return;
-  }
-
   const bool isNew = GetEntity(number) == nullptr;
   try {
     ExpFile::AddEntity(number, entity);
@@ -140,7 +134,6 @@ std::string Population::TryLoading(Load load) {
 
 void Population::DeleteEntities() {
   count_ = 0;
-  withoutParts_ = 0;
   ExpFile::DeleteEntities();
 }
 

@@ -40,11 +40,7 @@ int Convert(const ConvertOptions& options) {
   ReportUnreadableValues(file, findings);
   const bool hasErrors = findings.Errors() != 0;
   why = WhyNotWritten(reading, out);
-  if (why.empty()) {
-    MarkMissingValues(file, findings);
-  } else {
-    findings.Add(Code::kNotWritten, why);
-  }
+  if (!why.empty()) findings.Add(Code::kNotWritten, why);
   if (!options.reading.quiet) Print(findings);
   if (!why.empty()) return kFileHasErrors;
 
@@ -73,8 +69,8 @@ void AddConvert(CLI::App& program, Run& run) {
   auto options = std::make_shared<ConvertOptions>();
   CLI::App* command =
       program.add_subcommand("convert",
-                             "Reads a file and writes it anew. OUT is replaced by a complete file or not "
-                             "at all; it may be the same file as IN if all of IN could be kept");
+                             "Reads a file and writes it anew, with all that it holds. OUT is replaced by a complete file or "
+                             "not at all; it may be the same file as IN if all of IN could be kept");
   command->add_option("IN", options->in, "The Part 21 file to read")->required();
   command->add_option("-o,--output", options->out, "The Part 21 file to write")->required()->type_name("OUT");
   options->reading.AddTo(*command);
