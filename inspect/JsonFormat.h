@@ -28,8 +28,8 @@ class JsonError : public std::runtime_error {
   Place where_;
 };
 
-/// The Part 21 text of a file that WriteJson wrote, or that somebody has made to the same description. An instance stands on the
-/// line on which it begins in the JSON, wherever that has a line for each.
+/// The Part 21 text of a file that WriteJson wrote, or that somebody has made to the same description. Records of
+/// the header and instances stand on the lines on which they begin in the JSON, wherever that has a line for each.
 ///
 /// Every value arrives in the text as it stands; nothing is left out. Throws JsonError at the first mistake, and
 /// std::runtime_error where the file cannot be read. Linear in the length of the file, of which a block is held.

@@ -253,12 +253,16 @@ class JsonReader {
         Push(Frame::File);
         break;
       case Frame::Header:
+        ReachLine();
+        StartRecord();
+        Push(Frame::Record);
+        break;
       case Frame::Parts:
         StartRecord();
         Push(Frame::Record);
         break;
       case Frame::Instances:
-        for (; line_ < input_.Last().line; ++line_) text_ += '\n';
+        ReachLine();
         StartRecord();
         Push(Frame::Instance);
         break;
@@ -502,6 +506,11 @@ class JsonReader {
     }
   }
 
+  // What comes next stands on the line that we are on.
+  void ReachLine() {
+    for (; line_ < input_.Last().line; ++line_) text_ += '\n';
+  }
+
   void StartRecord() {
     used_ = 0;
     type_.clear();
@@ -521,9 +530,14 @@ class JsonReader {
       const std::size_t first = type.First(isPart);
       const std::vector<RecordType::Attribute>& attributes = type.attributes;
       for (std::size_t i = first; i < attributes.size(); ++i) {
-        text.append(i == first ? "" : ",").append(ParameterOf(attributes[i].name, i - first));
+        const std::string* parameter = ParameterOf(attributes[i].name, i - first);
+        if (parameter == nullptr) {
+          RequireAttributes(type, first);
+          Fail(fmt::format("the attribute \"{}\" of {} expected", attributes[i].name, type_));
+        }
+        text.append(i == first ? "" : ",").append(*parameter);
       }
-      if (used_ > attributes.size() - first) FailTooMany(type, first);
+      if (used_ > attributes.size() - first) RequireAttributes(type, first);
     }
     text += ')';
   }
@@ -545,28 +559,27 @@ class JsonReader {
     return *type;
   }
 
-  // That of a name, which nearly always stands at this index.
-  const std::string& ParameterOf(const std::string& name, std::size_t index) const {
-    if (index < used_ && parameters_[index].name == name) return parameters_[index].text;
+  // That of a name, which nearly always stands at this index; null where there is none.
+  const std::string* ParameterOf(const std::string& name, std::size_t index) const {
+    if (index < used_ && parameters_[index].name == name) return &parameters_[index].text;
     for (std::size_t i = 0; i < used_; ++i) {
-      if (parameters_[i].name == name) return parameters_[i].text;
+      if (parameters_[i].name == name) return &parameters_[i].text;
     }
-    Fail(fmt::format("the attribute \"{}\" of {} expected", name, type_));
+    return nullptr;
   }
 
-  // One of them is there twice, or the type does not have it.
-  [[noreturn]] void FailTooMany(const RecordType& type, std::size_t first) const {
-    std::unordered_set<std::string> names;
-    for (std::size_t i = first; i < type.attributes.size(); ++i) names.insert(type.attributes[i].name);
-    std::unordered_set<std::string> met;
+  // Fails where a name is no attribute's, or there twice.
+  void RequireAttributes(const RecordType& type, std::size_t first) const {
+    std::unordered_set<std::string> left;
+    for (std::size_t i = first; i < type.attributes.size(); ++i) left.insert(type.attributes[i].name);
+    const std::unordered_set<std::string> all = left;
     for (std::size_t i = 0; i < used_; ++i) {
       const NamedText& parameter = parameters_[i];
-      if (names.count(parameter.name) == 0) {
+      if (all.count(parameter.name) == 0) {
         Fail(parameter.where, fmt::format("{} has no attribute \"{}\"", type_, Printable(parameter.name)));
       }
-      if (!met.insert(parameter.name).second) Fail(parameter.where, fmt::format("\"{}\" is there twice", parameter.name));
+      if (left.erase(parameter.name) == 0) Fail(parameter.where, fmt::format("\"{}\" is there twice", parameter.name));
     }
-    Fail("too many attributes");
   }
 
   void EndInstance(const Frame& frame) {

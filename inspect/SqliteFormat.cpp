@@ -169,6 +169,9 @@ void Bind(Insertion& insertion, Kind kind, const TableRow::Cell& cell) {
 
 // ------------------------------------------------------------------------------------------------------------ tables
 
+// The column for the position at a level of nesting: "position", "position_2".
+std::string PositionName(std::size_t level) { return level == 0 ? "position" : fmt::format("position_{}", level + 1); }
+
 // The table of the elements of an attribute. It is made when there is an element that says how deep they are nested.
 struct Link {
   static constexpr std::size_t kDeepest = 3;
@@ -179,9 +182,8 @@ struct Link {
 
   void Make(Database& database, std::size_t itsDepth) {
     depth = itsDepth;
-    std::string positions;
-    for (std::size_t i = 0; i < depth; ++i) positions += i == 0 ? std::string(", position") : fmt::format(", position_{}", i + 1);
-    const std::string columns = "id" + positions;
+    std::string columns = "id";
+    for (std::size_t i = 0; i < depth; ++i) columns += ", " + PositionName(i);
     database.Run(fmt::format("CREATE TABLE {} ({}, value, PRIMARY KEY ({})) WITHOUT ROWID", Quoted(name),
                              VELMAR::ReplaceString(columns, ",", " INTEGER,") + " INTEGER", columns));
     insertion = database.Prepare(fmt::format("INSERT OR IGNORE INTO {} VALUES {}", Quoted(name), Places(depth + 2)));
@@ -417,38 +419,72 @@ class SqliteWriter {
   }
 
   void MakeView(const RecordType& supertype, std::vector<const Table*> tables) {
-    const auto own = tables_.find(supertype.name);
-    const bool hasOwn = own != tables_.end();
-    if (hasOwn) tables.insert(tables.begin(), own->second.get());
+    const auto found = tables_.find(supertype.name);
+    const Table* own = found == tables_.end() ? nullptr : found->second.get();
+    if (own != nullptr) tables.insert(tables.begin(), own);
+    const std::string name = "any_" + VELMAR::ToLowerString(supertype.name);
+
     // The columns are named as in the table of the supertype.
     std::set<std::string> taken = {"id", "type"};
     std::string columns = "id, type";
-    std::vector<std::size_t> attributes;
-    for (std::size_t i = 0; i < supertype.attributes.size(); ++i) {
-      const RecordType::Attribute& attribute = supertype.attributes[i];
+    for (const RecordType::Attribute& attribute : supertype.attributes) {
       if (attribute.kind == Kind::Aggregate) continue;
-      attributes.push_back(i);
       columns += ", " + Quoted(FreeName(attribute.name, taken));
       if (attribute.kind == Kind::Select) columns += ", " + Quoted(FreeName(attribute.name + "_type", taken));
     }
-    std::string sql;
+    std::vector<std::string> selections;
     for (const Table* table : tables) {
-      sql += fmt::format("{}SELECT t.id, {}", sql.empty() ? "" : " UNION ALL ",
-                         table->hasParts ? "(SELECT i.type FROM instance i WHERE i.id = t.id)" : "'" + table->type->name + "'");
-      for (const std::size_t i : attributes) {
+      selections.push_back("t.id, " + (table->hasParts ? "(SELECT i.type FROM instance i WHERE i.id = t.id)" : "'" + table->type->name + "'"));
+      for (std::size_t i = 0; i < supertype.attributes.size(); ++i) {
+        const Kind kind = supertype.attributes[i].kind;
+        if (kind == Kind::Aggregate) continue;
         const std::size_t at = Inherited(supertype, i, *table->type);
         const bool isThere = at < table->columns.size() && !table->columns[at].empty();
-        sql += isThere ? ", t." + Quoted(table->columns[at]) : ", NULL";
-        if (supertype.attributes[i].kind != Kind::Select) continue;
-        sql += isThere && !table->typeNames[at].empty() ? ", t." + Quoted(table->typeNames[at]) : ", NULL";
+        selections.back() += isThere ? ", t." + Quoted(table->columns[at]) : ", NULL";
+        if (kind != Kind::Select) continue;
+        selections.back() += isThere && !table->typeNames[at].empty() ? ", t." + Quoted(table->typeNames[at]) : ", NULL";
       }
-      sql += " FROM " + Quoted(table->name) + " t";
-      // A complex instance has a record of the supertype, and so stands in the supertype's own table.
-      const bool isInOwn = hasOwn && own->second->hasParts && table != own->second.get() && table->hasParts;
-      if (isInOwn) sql += " WHERE t.id NOT IN (SELECT part.id FROM part)";
+      selections.back() += " FROM " + Quoted(table->name) + " t" + WithoutThoseOf(own, *table);
     }
-    const std::string name = FreeName("any_" + VELMAR::ToLowerString(supertype.name), names_);
-    database_.Run(fmt::format("CREATE VIEW {} ({}) AS {}", Quoted(name), columns, sql));
+    CreateView(name, columns, selections);
+
+    for (std::size_t i = 0; i < supertype.attributes.size(); ++i) {
+      if (supertype.attributes[i].kind == Kind::Aggregate) MakeLinkView(name, supertype, i, own, tables);
+    }
+  }
+
+  // A view of the elements of an attribute, of all subtypes.
+  void MakeLinkView(const std::string& ofInstances, const RecordType& supertype, std::size_t attribute, const Table* own,
+                    const std::vector<const Table*>& tables) {
+    std::size_t depth = 1;
+    std::vector<std::pair<const Table*, const Link*>> links;
+    for (const Table* table : tables) {
+      const std::size_t at = Inherited(supertype, attribute, *table->type);
+      if (at >= table->links.size() || table->links[at].name.empty()) continue;
+      links.emplace_back(table, &table->links[at]);
+      depth = std::max(depth, table->links[at].depth);
+    }
+    std::vector<std::string> selections;
+    for (const auto& [table, link] : links) {
+      std::string selection = "t.id";
+      for (std::size_t i = 0; i < depth; ++i) selection += i < link->depth ? ", t." + PositionName(i) : std::string(", 0");
+      selections.push_back(selection + ", t.value FROM " + Quoted(link->name) + " t" + WithoutThoseOf(own, *table));
+    }
+    std::string columns = "id";
+    for (std::size_t i = 0; i < depth; ++i) columns += ", " + PositionName(i);
+    CreateView(ofInstances + '_' + supertype.attributes[attribute].name, columns + ", value", selections);
+  }
+
+  // A complex instance has a record of the supertype, and so stands in the supertype's own table.
+  static std::string WithoutThoseOf(const Table* own, const Table& table) {
+    const bool isInBoth = own != nullptr && own != &table && own->hasParts && table.hasParts;
+    return isInBoth ? " WHERE t.id NOT IN (SELECT part.id FROM part)" : "";
+  }
+
+  void CreateView(const std::string& name, const std::string& columns, const std::vector<std::string>& selections) {
+    if (selections.empty()) return;
+    database_.Run(fmt::format("CREATE VIEW {} ({}) AS SELECT {}", Quoted(FreeName(name, names_)), columns,
+                              fmt::join(selections, " UNION ALL SELECT ")));
   }
 
   // Where a type has an attribute of its supertype, or of itself; behind all attributes where it has not.

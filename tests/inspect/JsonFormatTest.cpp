@@ -219,6 +219,8 @@ const ErrorCase kInstanceErrors[] = {
      R"(2:40: AUTOMOTIVE_DESIGN has no entity type VEKTOR: its values stand in the array "values", in their order)"},
     {R"({"id":1,"type":"VERTEX_POINT","attributes":{"name":""}})",
      R"(2:55: the attribute "vertex_geometry" of VERTEX_POINT expected)"},
+    {R"({"id":1,"type":"VERTEX_POINT","attributes":{"name":"","vertex":null}})",
+     R"(2:62: VERTEX_POINT has no attribute "vertex")"},
     {R"({"id":1,"type":"VERTEX_POINT","attributes":{"name":"","x":1,"vertex_geometry":null}})",
      R"(2:57: VERTEX_POINT has no attribute "x")"},
     {R"({"id":1,"type":"VERTEX_POINT","attributes":{"name":"","vertex_geometry":null,"name":""}})",

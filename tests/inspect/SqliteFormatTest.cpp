@@ -135,6 +135,14 @@ TEST_F(Sqlite, AViewIsThereForASupertypeWithoutInstancesOfItsOwn) {
   EXPECT_EQ(Ask("SELECT * FROM rational_b_spline_curve_weights_data"), "2|1|1.0\n2|2|2.0\n");
 }
 
+TEST_F(Sqlite, AViewHasTheElementsOfAnAttributeOfAllSubtypesOnce) {
+  Write("#1=FACE_SURFACE('',(#2,#3),#4,.T.);\n#5=ADVANCED_FACE('',(#6),#4,.T.);\n"
+        "#7=(BOUNDED_SURFACE()B_SPLINE_SURFACE(1,1,((#8,#9)),.UNSPECIFIED.,.F.,.F.,.U.)GEOMETRIC_REPRESENTATION_ITEM()"
+        "RATIONAL_B_SPLINE_SURFACE(((1.,2.)))REPRESENTATION_ITEM('')SURFACE());\n");
+  EXPECT_EQ(Ask("SELECT * FROM any_face_bounds ORDER BY id"), "1|1|2\n1|2|3\n5|1|6\n");
+  EXPECT_EQ(Ask("SELECT * FROM any_b_spline_surface_control_points_list"), "7|1|1|8\n7|1|2|9\n");
+}
+
 TEST_F(Sqlite, ADatabaseThatIsThereIsReplaced) {
   Write(kPoint);
   fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write);
