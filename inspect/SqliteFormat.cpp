@@ -404,11 +404,12 @@ class SqliteWriter {
 
   // ------------------------------------------------------------------------------------------------------------ views
 
-  // A view of each supertype with the instances of all its subtypes.
+  // A view of each type that there are instances of, with those of its subtypes, and of their supertypes.
   void MakeViews() {
     std::map<std::string, std::pair<const RecordType*, std::vector<const Table*>>> subtypes;
     for (const auto& [name, table] : tables_) {
       if (table->type == nullptr) continue;
+      subtypes[table->type->name].first = table->type;
       for (const RecordType* supertype : table->type->supertypes) {
         auto& entry = subtypes[supertype->name];
         entry.first = supertype;

@@ -125,6 +125,12 @@ TEST_F(Sqlite, AViewHasTheInstancesOfAllSubtypesOnce) {
   EXPECT_EQ(Ask("SELECT * FROM any_named_unit ORDER BY id"), "5|(LENGTH_UNIT NAMED_UNIT SI_UNIT)|9\n6|SI_UNIT|NULL\n7|NAMED_UNIT|9\n");
 }
 
+TEST_F(Sqlite, AViewIsThereForATypeWithoutSubtypes) {
+  Write(kPoint);
+  EXPECT_EQ(Ask("SELECT * FROM any_cartesian_point"), "1|CARTESIAN_POINT|p\n");
+  EXPECT_EQ(Ask("SELECT value FROM any_cartesian_point_coordinates"), "1.0\n2.0\n3.0\n");
+}
+
 TEST_F(Sqlite, AViewIsThereForASupertypeWithoutInstancesOfItsOwn) {
   Write(kPoint + "#2=(BOUNDED_CURVE()B_SPLINE_CURVE(1,(#1,#1),.UNSPECIFIED.,.F.,.U.)CURVE()GEOMETRIC_REPRESENTATION_ITEM()"
                  "RATIONAL_B_SPLINE_CURVE((1.,2.))REPRESENTATION_ITEM('c'));\n");
