@@ -234,6 +234,7 @@ class VELMAR_API Scanner {
   void ResetPeek();
 
  private:
+  friend class LexemeReader;
   friend class Parser;
   friend class Part21Importer;
 

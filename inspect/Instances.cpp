@@ -3,14 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstdio>
+#include <cstdint>
 #include <deque>
 #include <stdexcept>
 
 #include "ExpUtilities.h"
-#include "FileWalk.h"
+#include "WrittenInstances.h"
 
 namespace velmar {
 
@@ -18,6 +17,8 @@ namespace {
 
 using VELMAR::ExpAttribute;
 using VELMAR::ExpEntity;
+
+constexpr std::int64_t kGreatestNumber = 1073741823;  // 2^30 - 1
 
 RecordView RecordOf(ExpEntity& entity, int begin) {
   RecordView record = {&entity.GetExpClassName(), {}};
@@ -28,21 +29,6 @@ RecordView RecordOf(ExpEntity& entity, int begin) {
     record.attributes.push_back({&AttributeName(entity, index, begin), value});
   }
 }
-
-class PlaceFinder : public WalkListener {
- public:
-  explicit PlaceFinder(const std::set<int>& numbers) : numbers_(numbers) {}
-
-  std::map<int, Place> places;
-
- private:
-  // Of a number that is used twice, the later instance is the one that is kept.
-  void BeginInstance(const WalkedInstance& instance) override {
-    if (numbers_.count(instance.number) != 0) places[instance.number] = instance.place;
-  }
-
-  const std::set<int>& numbers_;
-};
 
 }  // namespace
 
@@ -84,23 +70,24 @@ InstanceView ViewOf(ExpEntity& entity) {
 }
 
 std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers) {
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
-  errno = 0;
-  PlaceFinder finder(numbers);
-  WalkFile(file.get(), finder);
-  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
-  return finder.places;
+  std::map<int, Place> places;
+  // Of a number that is used twice, the later instance is the one that is kept.
+  ForAnyWrittenInstance(path, false, [&](const WrittenInstance& instance) {
+    if (instance.number > kGreatestNumber) return;
+    const int number = static_cast<int>(instance.number);
+    if (numbers.count(number) != 0) places[number] = instance.where;
+  });
+  return places;
 }
 
 int ParseInstanceNumber(const std::string& text) {
   const std::string digits = text.substr(!text.empty() && text[0] == '#' ? 1 : 0);
   const bool isNumber = !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
-  const std::wstring name = L"#" + std::wstring(digits.begin(), digits.end());
-  const int number = isNumber ? InstanceNumberOf(name.c_str()) : 0;
-  if (number == 0)
+  const std::int64_t number = isNumber ? InstanceNumber(digits.data(), digits.data() + digits.size()) : 0;
+  if (number == 0 || number > kGreatestNumber) {
     throw std::invalid_argument(fmt::format("'{}' is no instance number; #12 and 12 are", text));
-  return number;
+  }
+  return static_cast<int>(number);
 }
 
 }  // namespace velmar

@@ -1,8 +1,6 @@
 #include "Population.h"
 
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -70,11 +68,7 @@ void Population::ReadAndReport(const std::string& path, Findings& findings) {
   LoadTypes();  // where the file was given up before its schema was known
   if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
   if (!fallbackFailure_.empty()) findings.Add(Code::kFallbackLibrary, fallbackFailure_);
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
-  errno = 0;
-  LossFinder(*this, findings).Find(file.get());
-  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+  LossFinder(*this, findings).Find(path);
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {

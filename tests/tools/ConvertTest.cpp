@@ -403,7 +403,7 @@ TEST_F(Convert, FurtherHeaderRecordsAreKept) {
   EXPECT_THAT(outcome.err,
               HasSubstr("in.stp:6:1: warning: 1 header record of FILE_POPULATION kept by position: the header has no such "
                         "entity [V009]\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:7:2: warning: 1 header record of MINE kept by position: the header has no such "
+  EXPECT_THAT(outcome.err, HasSubstr("in.stp:7:1: warning: 1 header record of MINE kept by position: the header has no such "
                                      "entity [V009]\n"));
   EXPECT_THAT(Read("in.stp"), HasSubstr("\nFILE_POPULATION('A', 'B', ('C'));\n!MINE();\nENDSEC;\n"));
 }
