@@ -124,7 +124,7 @@ constexpr KeyRow kKeys[] = {
     {"schema", Key::Schema, "the name of a schema, or null"},
     {"header", Key::Header, "an array of records"},
     {"instances", Key::Instances, "an array of instances"},
-    {"id", Key::Id, "an instance number from 1 to 1073741823"},
+    {"id", Key::Id, "an instance number, at most 1073741823"},
     {"parts", Key::Parts, "an array of records"},
     {"type", Key::Type, "the name of a type, in upper case"},
     {"attributes", Key::Attributes, "an object"},
@@ -474,7 +474,7 @@ class JsonReader {
         if (value != kJsonVersion) FailExpected();
         break;
       case Key::Id:
-        if (!isNumber || value < 1 || value > kHighestNumber) FailExpected();
+        if (!isNumber || value > kHighestNumber) FailExpected();
         number_ = value;
         break;
       case Key::Ref:

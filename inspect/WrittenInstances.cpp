@@ -296,7 +296,13 @@ void ForEachInstanceOf(const std::string& part21, const std::function<void(const
   VELMAR::Scanner scanner(file.get());
   InstanceReader reader(scanner);
   WrittenInstance instance;
-  while (reader.Read(instance)) action(instance);
+  while (reader.ReadAny(instance)) {
+    if (!instance.isWhole) {
+      const std::string what = instance.IsInHeader() ? "a record of the header" : "#" + std::to_string(instance.number);
+      throw std::runtime_error(what + " has a value that cannot be read again");
+    }
+    action(instance);
+  }
 }
 
 NamedSchema SchemaNamedIn(const std::string& path) {

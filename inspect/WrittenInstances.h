@@ -108,7 +108,8 @@ class InstanceReader {
 int ForEachWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action);
 
-/// The same for each header record and whole instance of a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark.
+/// The same for a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark. Throws std::runtime_error where an
+/// instance has a mistake.
 void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action);
 
 /// The same for instances with mistakes, too.

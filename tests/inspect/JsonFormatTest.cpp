@@ -174,6 +174,21 @@ TEST(JsonFormat, AnInstanceStandsOnTheSameLineInBothTexts) {
   EXPECT_EQ(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(text.find("#3=")), '\n'), 11);
 }
 
+TEST(JsonFormat, TheNumberZeroIsKept) {
+  const std::string json = JsonOf(FileWith("#0=VEKTOR();\n"));
+  EXPECT_THAT(json, HasSubstr("{\"id\": 0, "));
+  EXPECT_THAT(Part21Of(json), HasSubstr("\n#0=VEKTOR();"));
+}
+
+TEST(JsonFormat, AnInstanceThatCannotBeReadIsNotLeftOut) {
+  try {
+    JsonOf(FileWith("#1=VEKTOR();\n#2=VEKTOR(inf);\n"));
+    FAIL();
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "#2 has a value that cannot be read again");
+  }
+}
+
 TEST(JsonFormat, NestingMayBeDeep) {
   std::string value;
   for (int i = 0; i < 100000; ++i) value += i % 2 == 0 ? "(" : "A(";
@@ -200,10 +215,10 @@ struct ErrorCase {
 // Each stands in the instances of a file, on its line 2.
 const ErrorCase kInstanceErrors[] = {
     {R"(5)", "2:1: an instance expected: an object"},
-    {R"({"id":0,"type":"A","values":[]})", R"(2:7: "id" has an instance number from 1 to 1073741823)"},
-    {R"({"id":1073741824,"type":"A","values":[]})", R"(2:16: "id" has an instance number from 1 to 1073741823)"},
-    {R"({"id":"1"})", R"(2:9: "id" has an instance number from 1 to 1073741823)"},
-    {R"({"id":1.0})", R"(2:9: "id" has an instance number from 1 to 1073741823)"},
+    {R"({"id":-1,"type":"A","values":[]})", R"(2:8: "id" has an instance number, at most 1073741823)"},
+    {R"({"id":1073741824,"type":"A","values":[]})", R"(2:16: "id" has an instance number, at most 1073741823)"},
+    {R"({"id":"1"})", R"(2:9: "id" has an instance number, at most 1073741823)"},
+    {R"({"id":1.0})", R"(2:9: "id" has an instance number, at most 1073741823)"},
     {R"({"type":"A","values":[]})", R"(2:24: "id" expected before)"},
     {R"({"id":1})", R"(2:8: "type" expected before)"},
     {R"({"id":1,"type":"A"})", R"(2:19: "attributes" or "values" expected before)"},
