@@ -121,7 +121,7 @@ class JsonMaker : public VELMAR::ExpAttributeVisitor {
 
 class LinkFinder : public VELMAR::ExpAttributeVisitor {
  public:
-  explicit LinkFinder(std::vector<int>& numbers) : numbers_(numbers) {}
+  explicit LinkFinder(const std::function<void(VELMAR::ExpLink&)>& action) : action_(action) {}
 
   void Look(ExpAttribute& value) {
     pending_.push_back(&value);
@@ -133,15 +133,13 @@ class LinkFinder : public VELMAR::ExpAttributeVisitor {
   }
 
  private:
-  void VisitExpLink(VELMAR::ExpLink* value) override {
-    if (value->GetExpLink() > 0) numbers_.push_back(value->GetExpLink());
-  }
+  void VisitExpLink(VELMAR::ExpLink* value) override { action_(*value); }
   void VisitExpSelect(VELMAR::ExpSelect* value) override { pending_.push_back(value->GetExpSelectValue()); }
   void VisitExpAggregation(VELMAR::ExpAggregation* value) override {
     pending_.insert(pending_.end(), value->GetExpAggregation()->begin(), value->GetExpAggregation()->end());
   }
 
-  std::vector<int>& numbers_;
+  const std::function<void(VELMAR::ExpLink&)>& action_;
   std::vector<ExpAttribute*> pending_;
 };
 
@@ -176,6 +174,12 @@ std::string CellOf(ExpAttribute& value) {
 
 Json JsonOf(ExpAttribute& value) { return JsonMaker::Make(&value, 0); }
 
-void AddLinksOf(ExpAttribute& value, std::vector<int>& numbers) { LinkFinder(numbers).Look(value); }
+void ForEachLinkIn(ExpAttribute& value, const std::function<void(VELMAR::ExpLink&)>& action) { LinkFinder(action).Look(value); }
+
+void AddLinksOf(ExpAttribute& value, std::vector<int>& numbers) {
+  ForEachLinkIn(value, [&numbers](VELMAR::ExpLink& link) {
+    if (link.GetExpLink() > 0) numbers.push_back(link.GetExpLink());
+  });
+}
 
 }  // namespace velmar

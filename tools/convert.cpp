@@ -13,6 +13,7 @@
 #include "Messages.h"
 #include "Options.h"
 #include "Reading.h"
+#include "Renumbering.h"
 #include "UnreadableValues.h"
 #include "Wording.h"
 
@@ -25,6 +26,7 @@ struct ConvertOptions {
   std::string out;
   std::string to;
   ReadingFlags reading;
+  bool renumber = false;
 };
 
 int Convert(const ConvertOptions& options) {
@@ -51,6 +53,7 @@ int Convert(const ConvertOptions& options) {
   if (!options.reading.quiet) Print(findings);
   if (!why.empty()) return kFileHasErrors;
 
+  if (options.renumber) Renumber(file);
   const std::string instances = Counted(file.Count(), "instance");
   Findings outFindings(out);
   const auto start = std::chrono::steady_clock::now();
@@ -89,6 +92,9 @@ void AddConvert(CLI::App& program, Run& run) {
   command->add_option("--to", options->to, "The format to write, however OUT is named: part21, json, csv or sqlite")
       ->type_name("FORMAT")
       ->check(CLI::IsMember({"part21", "json", "csv", "sqlite"}, CLI::ignore_case));
+  command->add_flag("--renumber", options->renumber,
+                    "Numbers the instances 1, 2, 3 ... in the order of their numbers. References follow; those to instances that are not "
+                    "there get numbers behind the last one");
   options->reading.AddTo(*command);
   command->footer(Footer("velmar convert examples/bracket.stp -o bracket.json"));
   command->callback([options, &run] { run = [options] { return Convert(*options); }; });

@@ -370,6 +370,41 @@ TEST_F(Convert, ValuesOfOtherKindsInTheHeaderAreKept) {
               HasSubstr("FILE_NAME('t.stp', '2026-01-01T00:00:00', (AUTHOR(.NOBODY.), $), ('O'), 'P', 'S', 'Z');\n"));
 }
 
+TEST_F(Convert, NumbersInstancesAnew) {
+  Write("in.stp", FileWith("#30=VECTOR('',#20,1.);\n"
+                           "#20=DIRECTION('#30',(1.,0.));\n"
+                           "#7=(LENGTH_UNIT(#20)MY_PART(T(#30),(#7,#6))NAMED_UNIT(#8)SI_UNIT($,.METRE.));\n"
+                           "#9=VEKTOR(#20,(#30,L(#6)),#9,#1,$,*);\n"
+                           "#1000=DIRECTION(#30,(#20,$),#1000);\n"
+                           "#1001=MEASURE_WITH_UNIT(LENGTH_MEASURE(1.),#7);\n"
+                           "#1002=POLYLINE('',(#20,#30,#1,#1073741823));\n"
+                           "#1003=(GEOMETRIC_REPRESENTATION_ITEM()REPRESENTATION_ITEM('')"
+                           "SHELL_BASED_SURFACE_MODEL((#30,#6))SURFACE_MODEL());\n"));
+  Setting setting;
+  setting.directory = directory_.Path("");
+  const Outcome outcome = RunProgram({VELMAR_PROGRAM, "convert", "in.stp", "-o", "out.stp", "--renumber", "-q"}, setting);
+  EXPECT_THAT(outcome.out, HasSubstr("out.stp: 8 instances, "));
+  EXPECT_THAT(Read("out.stp"), HasSubstr("DATA;\n"
+                                         "#1 = (\n   LENGTH_UNIT (#3)\n   MY_PART (T(#4), (#1, #10))\n   NAMED_UNIT (#9)\n"
+                                         "   SI_UNIT ($, .METRE.)\n);\n"
+                                         "#2 = VEKTOR(#3, (#4, L(#10)), #2, #11, $, *);\n"
+                                         "#3 = DIRECTION('#30', (1., 0.));\n"
+                                         "#4 = VECTOR('', #3, 1.);\n"
+                                         "#5 = DIRECTION(#4, (#3, $), #5);\n"
+                                         "#6 = MEASURE_WITH_UNIT(LENGTH_MEASURE(1.), #1);\n"
+                                         "#7 = POLYLINE('', (#3, #4, #11, #12));\n"
+                                         "#8 = (\n   GEOMETRIC_REPRESENTATION_ITEM ()\n   REPRESENTATION_ITEM ('')\n"
+                                         "   SHELL_BASED_SURFACE_MODEL ((#4, #10))\n   SURFACE_MODEL ()\n);\n"
+                                         "ENDSEC;\n"));
+}
+
+TEST_F(Convert, NumbersAFileWithoutGapsAsItIs) {
+  ASSERT_EQ(Run(SAMPLE_FILE, "plain.stp").status, 0);
+  const std::string renumbered = directory_.Path("renumbered.stp");
+  ASSERT_EQ(RunProgram({VELMAR_PROGRAM, "convert", SAMPLE_FILE, "-o", renumbered, "--renumber"}).status, 0);
+  EXPECT_EQ(Read("renumbered.stp"), Read("plain.stp"));
+}
+
 TEST_F(Convert, ANumberThatCannotBeStoredLosesTheFile) {
   Write("in.stp", FileWith(kPoint + "#1073741824=DIRECTION('',(1.,0.));\n"));
   const Outcome outcome = Run("in.stp", "out.stp");
