@@ -48,7 +48,8 @@ Reading::Reading(const std::string& path, const ReadingOptions& options)
   const std::string why = WhyUnreadable(path);
   if (!why.empty()) throw std::runtime_error(path + " " + why);
   if (FormatOf(path) == FileFormat::Json) {
-    population_.ReadAndReport(TextInMemory(Part21Of(path)).Path(), findings_);
+    const TextInMemory text(Part21Of(path));
+    population_.ReadAndReport(text.Path(), findings_);
   } else {
     population_.ReadAndReport(path, findings_);
   }

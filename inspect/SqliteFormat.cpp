@@ -34,10 +34,11 @@ using ValueKind = WrittenValue::Kind;
 
 [[noreturn]] void ThrowReason(sqlite3* database, int result) {
   const int code = result & 0xFF;
-  const int system = sqlite3_system_errno(database);
+  int system = 0;
+  sqlite3_file_control(database, "main", SQLITE_FCNTL_LAST_ERRNO, &system);
   if (code == SQLITE_FULL) throw std::runtime_error(std::strerror(ENOSPC));
   if (code == SQLITE_NOMEM) throw std::bad_alloc();
-  if ((code == SQLITE_IOERR || code == SQLITE_CANTOPEN) && system != 0) throw std::runtime_error(std::strerror(system));
+  if (code == SQLITE_IOERR && system != 0) throw std::runtime_error(std::strerror(system));
   throw std::runtime_error(sqlite3_errmsg(database));
 }
 
