@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "ExpUtilities.h"
@@ -286,6 +288,21 @@ int ForEachWrittenInstance(const std::string& path, bool withValues,
 void ForAnyWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action) {
   ForEach(path, withValues, &InstanceReader::ReadAny, action);
+}
+
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action) {
+  const File file(fmemopen(const_cast<char*>(part21.data()), part21.size(), "rb"));  // reads only
+  if (file == nullptr) throw std::runtime_error(std::strerror(errno));
+  VELMAR::Scanner scanner(file.get());
+  InstanceReader reader(scanner);
+  WrittenInstance instance;
+  while (reader.ReadAny(instance)) {
+    if (!instance.isWhole) {
+      const std::string what = instance.IsInHeader() ? "a record of the header" : "#" + std::to_string(instance.number);
+      throw std::runtime_error(what + " has a value that cannot be read again");
+    }
+    action(instance);
+  }
 }
 
 NamedSchema SchemaNamedIn(const std::string& path) {

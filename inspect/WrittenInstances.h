@@ -108,6 +108,10 @@ class InstanceReader {
 int ForEachWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action);
 
+/// The same for a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark. Throws std::runtime_error where an
+/// instance has a mistake.
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action);
+
 /// The same for instances with mistakes, too.
 void ForAnyWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action);

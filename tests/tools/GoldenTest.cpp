@@ -91,6 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{
                         "list_express",
                         {"list", kGears, "gear", "--express", kText, "--attr", "label", "--attr", "pitch"}},
+                    Golden{"convert_json", {"convert", kValues, "-o", "/dev/stdout", "--to", "json", "-q"}},
                     Golden{"list_header", {"list", kSample, "file_name"}},
                     Golden{"show_express", {"show", kGears, "2", "--express", kText}},
                     Golden{"refs_express", {"refs", kGears, "2", "--express", kText}},
