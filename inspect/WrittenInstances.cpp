@@ -42,6 +42,13 @@ std::int64_t NumberOf(const wchar_t* token) {
 
 }  // namespace
 
+std::string TypeText(const WrittenInstance& instance) {
+  if (!instance.isComplex) return instance.records.empty() ? "" : instance.records.front().type;
+  std::string text;
+  for (const WrittenRecord& record : instance.records) text += (text.empty() ? "(" : " ") + record.type;
+  return text + ")";
+}
+
 bool InstanceReader::Read(WrittenInstance& instance, bool withValues) {
   for (; !Is(Token::EoF);) {
     for (WrittenRecord& record : instance.records) spare_.push_back(std::move(record));

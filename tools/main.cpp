@@ -41,6 +41,7 @@ int RunProgram(int argc, char** argv) {
   velmar::AddTree(app, run);
   velmar::AddSchemas(app, run);
   velmar::AddCheck(app, run);
+  velmar::AddDiff(app, run);
   velmar::AddConvert(app, run);
   velmar::AddExtract(app, run);
   velmar::AddMerge(app, run);
