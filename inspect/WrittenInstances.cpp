@@ -47,6 +47,13 @@ int ForEach(const std::string& path, bool withValues, bool (InstanceReader::*rea
 
 }  // namespace
 
+std::string TypeText(const WrittenInstance& instance) {
+  if (!instance.isComplex) return instance.records.empty() ? "" : instance.records.front().type;
+  std::string text;
+  for (const WrittenRecord& record : instance.records) text += (text.empty() ? "(" : " ") + record.type;
+  return text + ")";
+}
+
 InstanceReader::InstanceReader(VELMAR::Scanner& scanner) : token_(std::make_unique<VELMAR::LexemeReader>(scanner)) {}
 InstanceReader::~InstanceReader() = default;
 

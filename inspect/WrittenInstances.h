@@ -54,6 +54,9 @@ struct WrittenInstance {
   bool IsInHeader() const { return number < 0; }
 };
 
+/// "A", of a complex instance "(A B)".
+std::string TypeText(const WrittenInstance& instance);
+
 /// Gives the header records and the instances of a file in the order of its text. What is no instance is passed over
 /// silently up to the next semicolon: to say what is wrong with the syntax is the parser's part. An instance with a scope
 /// comes behind those within it.

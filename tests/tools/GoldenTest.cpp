@@ -61,6 +61,7 @@ const char kSample[] = "examples/bracket.stp";
 const char kGears[] = "tests/tools/data/gears.stp";
 const char kText[] = "tests/tools/data/gears.exp";
 const char kTrolley[] = "examples/trolley.stp";
+const char kChanged[] = "tests/tools/data/trolley_changed.stp";
 const char kCycle[] = "tests/tools/data/cycle.stp";
 const char kValues[] = "tests/tools/data/values.stp";
 
@@ -105,6 +106,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{"tree_depth", {"tree", kTrolley, "--depth", "1"}},
                     Golden{"tree_json", {"tree", kTrolley, "--json"}}, Golden{"tree_cycle", {"tree", kCycle}},
                     Golden{"tree_none", {"tree", kValues, "-q"}}, Golden{"tree_missing", {"tree", "none.stp"}},
+                    Golden{"diff", {"diff", kTrolley, kChanged}},
+                    Golden{"diff_max", {"diff", kTrolley, kChanged, "--ignore-header", "--max", "1"}},
+                    Golden{"diff_json", {"diff", kTrolley, kChanged, "--json"}},
+                    Golden{"diff_none", {"diff", kTrolley, kTrolley}},
+                    Golden{"diff_errors", {"diff", kValues, kValues}},
+                    Golden{"diff_missing", {"diff", kTrolley, "none.stp"}},
                     Golden{"schemas_type", {"schemas", "Face_Surface", "--schema", "AP214"}},
                     Golden{"schemas_json", {"schemas", "vertex", "--json", "--schema", "AP214"}},
                     Golden{"schemas_express", {"schemas", "--express", kText}},
