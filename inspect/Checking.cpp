@@ -17,6 +17,7 @@
 #include "LibraryLog.h"
 #include "Loader.h"
 #include "Model.h"
+#include "Part21Source.h"
 #include "Population.h"
 #include "Schemas.h"
 
@@ -64,11 +65,12 @@ Findings CheckFile(const std::string& path, const CheckOptions& options) {
   const std::string why = WhyUnreadable(path);
   if (!why.empty()) throw std::runtime_error(path + " " + why);
   Findings findings(path);
-  if (HasDamagedByteOrderMark(path)) {
+  const Part21Source source(path);
+  if (HasDamagedByteOrderMark(source.Path())) {
     findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
     return findings;
   }
-  CheckSyntax(path, findings);
+  CheckSyntax(source.Path(), findings);
 
   std::unique_ptr<DataDictionary> dictionary;
   if (!options.express.empty()) {
@@ -76,7 +78,7 @@ Findings CheckFile(const std::string& path, const CheckOptions& options) {
   } else {
     std::optional<VELMAR::Schema> schema = options.schema;
     if (!schema) {
-      const NamedSchema named = SchemaNamedIn(path);
+      const NamedSchema named = SchemaNamedIn(source.Path());
       if (!named.name.empty()) schema = FindSchema(named.name);
       if (!schema && named.name.empty()) {
         findings.Add(Code::kNoSchema, named.where, "the file names no schema; supported: " + SupportedSchemas());
@@ -92,8 +94,8 @@ Findings CheckFile(const std::string& path, const CheckOptions& options) {
 
   const BeingRead reading(path);
   FileChecker checker(*dictionary, findings);
-  ForEachWrittenInstance(path, false, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
-  ForEachWrittenInstance(path, true, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
+  ForEachWrittenInstance(source.Path(), false, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
+  ForEachWrittenInstance(source.Path(), true, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
   checker.CheckWhole();
   findings.Sort();
   return findings;
