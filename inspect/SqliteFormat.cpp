@@ -322,6 +322,7 @@ class SqliteWriter {
         continue;
       }
       std::vector<std::int64_t> positions;
+      positions.reserve(open.size());
       for (const auto& [end, position] : open) positions.push_back(position);
       AddLink(link, id, positions, {cell.values, at});
       at = values[at].end;
