@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <new>
 #include <ostream>
+#include <streambuf>
 #include <system_error>
 
 #include "ReplaceFile.h"
@@ -36,6 +37,32 @@ bool IsLoss(const Finding& finding) {
       return true;
   }
 }
+
+// Hands on to a buffer what is written, and reports how much that is.
+class CountingBuffer : public std::streambuf {
+ public:
+  CountingBuffer(std::streambuf& target, const Progress& progress, std::uint64_t expected)
+      : target_(target), progress_(progress), expected_(static_cast<double>(expected)) {}
+
+ private:
+  static constexpr std::streamsize kReported = 1 << 18;  // bytes between two reports
+
+  int_type overflow(int_type character) override {
+    if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
+    return target_.sputc(traits_type::to_char_type(character));
+  }
+  std::streamsize xsputn(const char* text, std::streamsize length) override {
+    const std::streamsize before = count_;
+    count_ += length;
+    if (before / kReported != count_ / kReported) progress_(static_cast<double>(count_) / expected_);
+    return target_.sputn(text, length);
+  }
+
+  std::streambuf& target_;
+  const ReportedProgress progress_;
+  const double expected_;
+  std::streamsize count_ = 0;
+};
 
 bool HasLosses(const Findings& findings) {
   return findings.NotKept() > 0 || std::any_of(findings.WithPlace().begin(), findings.WithPlace().end(), IsLoss) ||
@@ -65,11 +92,13 @@ std::string WhyNotWritten(Reading& in, const std::string& out) {
   return "";
 }
 
-std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings) {
+std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings, const Progress& progress,
+                             std::uint64_t expectedSize) {
   std::uint64_t size = 0;
   try {
     VelmarFiles::TextBuffer buffer;
-    std::ostream stream(&buffer);
+    CountingBuffer counter(buffer, progress, expectedSize);
+    std::ostream stream(&counter);
     stream.exceptions(std::ios::badbit | std::ios::failbit);
     file.Write(stream);
     for (const std::string& block : buffer.Blocks()) size += block.size();

@@ -7,6 +7,7 @@
 
 #include "Findings.h"
 #include "Population.h"
+#include "Progress.h"
 #include "Reading.h"
 
 namespace velmar {
@@ -19,7 +20,9 @@ std::string WhyUnwritable(const std::string& path);
 std::string WhyNotWritten(Reading& in, const std::string& out);
 
 /// Writes the population and returns the number of bytes. What `out` holds is replaced by a complete file or
-/// not at all. Adds an error where that fails.
-std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings);
+/// not at all. Adds an error where that fails. Tells `progress` how much is written, as far as it can be known: that which was read
+/// had `expectedSize` bytes.
+std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings, const Progress& progress,
+                             std::uint64_t expectedSize);
 
 }  // namespace velmar
