@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <list>
 #include <set>
 #include <system_error>
+#include <typeinfo>
 #include <utility>
 
 #include "AddOwned.h"
@@ -178,6 +181,76 @@ int Sum(int number, int offset) {
 
 }  // namespace
 
+// ------------------------------------------------------------------------------------------------ what objects are
+
+namespace {
+
+// What the parser has to know of an object when it keeps everything.
+enum class ClassKind : unsigned char {
+  Other, Select, Binary, Real, Integer, String, Link, Enumeration, Aggregation, ComplexEntity
+};
+
+template <class Object>
+bool Is(const ExpAttribute& object) {
+  return dynamic_cast<const Object*>(&object) != nullptr;
+}
+
+ClassKind FindKind(const ExpAttribute& value) {
+  return Is<ExpSelect>(value)         ? ClassKind::Select
+         : Is<ExpSchemaBinary>(value) ? ClassKind::Binary
+         : Is<ExpReal>(value)         ? ClassKind::Real
+         : Is<ExpInteger>(value)      ? ClassKind::Integer
+         : Is<ExpString>(value)       ? ClassKind::String
+         : Is<ExpLink>(value)         ? ClassKind::Link
+         : Is<ExpEnumeration>(value)  ? ClassKind::Enumeration
+         : Is<ExpAggregation>(value)  ? ClassKind::Aggregation
+                                      : ClassKind::Other;
+}
+
+ClassKind FindKind(const ExpEntity& entity) {
+  return dynamic_cast<const ExpExternalMappingEntity*>(&entity) != nullptr ? ClassKind::ComplexEntity : ClassKind::Other;
+}
+
+// The kinds of classes that were met, since dynamic_cast costs more than reading a parameter. Lives as long as one file is parsed:
+// afterwards another library may have its classes where those of one that was unloaded were.
+class KnownClasses {
+ public:
+  KnownClasses() : outer_(current_) { current_ = this; }
+  ~KnownClasses() { current_ = outer_; }
+  KnownClasses(const KnownClasses&) = delete;
+  KnownClasses& operator=(const KnownClasses&) = delete;
+
+  template <class Object>
+  static ClassKind KindOf(const Object& object) {
+    const std::type_info* type = &typeid(object);
+    if (current_ == nullptr) return FindKind(object);
+    Slot& slot = current_->slots_[reinterpret_cast<std::uintptr_t>(type) / kAlignment % kSlots];
+    if (slot.type != type) slot = {type, FindKind(object)};
+    return slot.kind;
+  }
+
+ private:
+  struct Slot {
+    const std::type_info* type = nullptr;
+    ClassKind kind = ClassKind::Other;
+  };
+  static constexpr std::size_t kSlots = 1021;  // of two classes with the same slot, one at a time has it
+  static constexpr std::size_t kAlignment = 8;
+  static thread_local KnownClasses* current_;
+
+  KnownClasses* const outer_;
+  Slot slots_[kSlots];
+};
+
+thread_local KnownClasses* KnownClasses::current_ = nullptr;
+
+// Its class has no classes derived from it.
+UnknownEntity* AsUnknown(ExpEntity* entity) {
+  return entity != nullptr && &typeid(*entity) == &typeid(UnknownEntity) ? static_cast<UnknownEntity*>(entity) : nullptr;
+}
+
+}  // namespace
+
 Parser::Parser(Scanner* scanner)
     : scanner_(scanner),
       errors_(new Errors),
@@ -195,6 +268,7 @@ Parser::Parser(Scanner* scanner)
 Parser::~Parser() { delete errors_; }
 
 void Parser::Parse() {
+  const KnownClasses known;
   dummy_.text = "Dummy Token";
   dummy_.length = 11;
   t_ = la_ = &dummy_;
@@ -298,7 +372,7 @@ void Parser::headerEntityList() {
 void Parser::headerEntity(std::set<std::string>& names) {
   ExpEntity* entity = nullptr;
   simpleRecord(entity, Place::Header, recordName_);
-  if (keepsEverything_ && entity != nullptr && dynamic_cast<UnknownEntity*>(entity) == nullptr &&
+  if (keepsEverything_ && entity != nullptr && AsUnknown(entity) == nullptr &&
       !names.insert(recordName_).second) {
     Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
   }
@@ -681,7 +755,7 @@ void Parser::enumeration(Family family, ExpAttribute* target) {
 // the "!" that it does not know of.
 void Parser::KeepRecord(ExpEntity*& entity, Place place, const std::string& name, bool isUserDefined) {
   const bool isInHeader = place == Place::Header;
-  const bool isWritten = entity != nullptr && dynamic_cast<ExpExternalMappingEntity*>(entity) == nullptr &&
+  const bool isWritten = entity != nullptr && KnownClasses::KindOf(*entity) != ClassKind::ComplexEntity &&
                          (!isInHeader || (!isUserDefined && (name == "FILE_DESCRIPTION" || name == "FILE_NAME" ||
                                                              name == "FILE_SCHEMA")));
   if (isWritten) {
@@ -698,7 +772,8 @@ namespace {
 // Marks a select that is left without a value, by a syntax error for instance: it could not be written.
 class MarkedIfUnset {
  public:
-  explicit MarkedIfUnset(ExpAttribute* value) : select_(dynamic_cast<ExpSelect*>(value)) {}
+  explicit MarkedIfUnset(ExpAttribute* value)
+      : select_(KnownClasses::KindOf(*value) == ClassKind::Select ? dynamic_cast<ExpSelect*>(value) : nullptr) {}
   ~MarkedIfUnset() {
     if (select_ != nullptr && select_->GetExpSelectValue() == nullptr && !select_->IsOmitted()) {
       select_->SetNotProvided(true);
@@ -715,7 +790,7 @@ class MarkedIfUnset {
 
 // Reads a parameter into the attribute at the position or, where that cannot take it or there is none, beside it.
 void Parser::KeepParameter(ExpEntity& entity, int index, int end) {
-  if (auto* unknown = dynamic_cast<UnknownEntity*>(&entity)) {
+  if (auto* unknown = AsUnknown(&entity)) {
     ExpSelect* place = unknown->AddParameter();
     const MarkedIfUnset marked(place);
     parameter(Family::Arg, place);
@@ -742,17 +817,27 @@ void Parser::KeepParameter(ExpEntity& entity, int index, int end) {
 
 // Whether the attribute is of the kind that the parameter which follows is of. Nobody knows about classes of applications.
 bool Parser::Takes(ExpAttribute& attribute) const {
-  const int kind = la_->kind;
-  if (kind == Token::Dollar || kind == Token::Asterisk || dynamic_cast<ExpSelect*>(&attribute) != nullptr) return true;
-  if (kind == Token::Binary || dynamic_cast<ExpSchemaBinary*>(&attribute) != nullptr) return false;
-  if (dynamic_cast<ExpReal*>(&attribute) != nullptr) return kind == Token::Real || kind == Token::Integer;
-  if (kind == Token::Integer && !FitsInteger(la_->text, la_->text + la_->length)) return false;
-  if (dynamic_cast<ExpInteger*>(&attribute) != nullptr) return kind == Token::Integer;
-  if (dynamic_cast<ExpString*>(&attribute) != nullptr) return kind == Token::String;
-  if (dynamic_cast<ExpLink*>(&attribute) != nullptr) return kind == Token::EntityInstanceName;
-  if (dynamic_cast<ExpEnumeration*>(&attribute) != nullptr) return kind == Token::Point;
-  if (dynamic_cast<ExpAggregation*>(&attribute) != nullptr) return kind == Token::LeftParenthesis;
-  return true;
+  const int token = la_->kind;
+  if (token == Token::Dollar || token == Token::Asterisk) return true;
+  const ClassKind kind = KnownClasses::KindOf(attribute);
+  if (kind == ClassKind::Select) return true;
+  if (kind == ClassKind::Binary || token == Token::Binary) return false;
+  if (kind == ClassKind::Real) return token == Token::Real || token == Token::Integer;
+  if (token == Token::Integer && !FitsInteger(la_->text, la_->text + la_->length)) return false;
+  switch (kind) {
+    case ClassKind::Integer:
+      return token == Token::Integer;
+    case ClassKind::String:
+      return token == Token::String;
+    case ClassKind::Link:
+      return token == Token::EntityInstanceName;
+    case ClassKind::Enumeration:
+      return token == Token::Point;
+    case ClassKind::Aggregation:
+      return token == Token::LeftParenthesis;
+    default:
+      return true;
+  }
 }
 
 // Puts a value for which there is no setter where it belongs: a BINARY, a long INTEGER, or `$` or `*` that is no parameter.

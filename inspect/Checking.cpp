@@ -7,6 +7,7 @@
 #include "FileChecker.h"
 #include "Input.h"
 #include "LibraryLog.h"
+#include "Part21Source.h"
 #include "Population.h"
 #include "WrittenInstances.h"
 
@@ -44,15 +45,18 @@ bool CheckSyntax(const std::string& path, Findings& findings) {
 
 Findings CheckFile(const std::string& path, const SchemaChoice& options) {
   Findings findings(path);
-  if (!CheckSyntax(path, findings)) return findings;
+  const std::string why = WhyUnreadable(path);
+  if (!why.empty()) throw std::runtime_error(path + " " + why);
+  const Part21Source source(path);
+  if (!CheckSyntax(source.Path(), findings)) return findings;
 
-  const std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(path, options, findings);
+  const std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(source.Path(), options, findings);
   if (dictionary == nullptr) return findings;
 
   const BeingRead reading(path);
   FileChecker checker(*dictionary, findings);
-  ForEachWrittenInstance(path, false, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
-  ForEachWrittenInstance(path, true, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
+  ForEachWrittenInstance(source.Path(), false, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
+  ForEachWrittenInstance(source.Path(), true, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
   checker.CheckWhole();
   findings.Sort();
   return findings;

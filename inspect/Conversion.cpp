@@ -11,6 +11,7 @@
 #include <new>
 #include <ostream>
 #include <stdexcept>
+#include <streambuf>
 #include <system_error>
 
 #include "CsvFormat.h"
@@ -44,6 +45,32 @@ bool IsLoss(const Finding& finding) {
       return true;
   }
 }
+
+// Hands on to a buffer what is written, and reports how much that is.
+class CountingBuffer : public std::streambuf {
+ public:
+  CountingBuffer(std::streambuf& target, const Progress& progress, std::uint64_t expected)
+      : target_(target), progress_(progress), expected_(static_cast<double>(expected)) {}
+
+ private:
+  static constexpr std::streamsize kReported = 1 << 18;  // bytes between two reports
+
+  int_type overflow(int_type character) override {
+    if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
+    return target_.sputc(traits_type::to_char_type(character));
+  }
+  std::streamsize xsputn(const char* text, std::streamsize length) override {
+    const std::streamsize before = count_;
+    count_ += length;
+    if (before / kReported != count_ / kReported) progress_(static_cast<double>(count_) / expected_);
+    return target_.sputn(text, length);
+  }
+
+  std::streambuf& target_;
+  const ReportedProgress progress_;
+  const double expected_;
+  std::streamsize count_ = 0;
+};
 
 bool HasLosses(const Findings& findings) {
   return findings.NotKept() > 0 || std::any_of(findings.WithPlace().begin(), findings.WithPlace().end(), IsLoss) ||
@@ -79,7 +106,9 @@ std::string TakeText(Population& file) {
     file.DeleteEntities();
     VELMAR::ReleaseUnusedMemory();
     const std::uint64_t size = SizeOf(buffer);
-    if (size > kLongestFile) throw std::runtime_error(fmt::format("the file takes more than {} bytes in Part 21", Grouped(kLongestFile)));
+    if (size > kLongestFile) {
+      throw std::runtime_error(fmt::format("the file takes more than {} bytes in Part 21", Grouped(kLongestFile)));
+    }
     part21.reserve(size);
     for (const std::string& block : buffer.Blocks()) part21 += block;
   }
@@ -111,10 +140,13 @@ std::string WhyNotWritten(Reading& in, const std::string& out) {
   return "";
 }
 
-std::uint64_t WriteAndReport(Population& file, FileFormat format, const std::string& out, Findings& findings) {
+std::uint64_t WriteAndReport(Population& file, FileFormat format, const std::string& out, Findings& findings,
+                             const Progress& progress, std::uint64_t expectedSize) {
+  constexpr std::uint64_t kJsonOfPart21 = 2;  // JSON is about twice as long
   try {
     VelmarFiles::TextBuffer buffer;
-    std::ostream stream(&buffer);
+    CountingBuffer counter(buffer, progress, format == FileFormat::Json ? kJsonOfPart21 * expectedSize : expectedSize);
+    std::ostream stream(&counter);
     stream.exceptions(std::ios::badbit | std::ios::failbit);
     if (format == FileFormat::Part21) {
       file.Write(stream);

@@ -68,7 +68,8 @@ class CsvWriter {
   void AddHeader(const TableRow& row) {
     for (std::size_t i = 0; i < row.cells.size(); ++i) {
       const bool hasName = row.type != nullptr && i < row.type->attributes.size();
-      tables_["header"].Add({row.record->type, hasName ? row.type->attributes[i].name : ColumnOfPosition(i), CellOf(row.cells[i])});
+      const std::string attribute = hasName ? row.type->attributes[i].name : ColumnOfPosition(i);
+      tables_["header"].Add({row.record->type, attribute, CellOf(row.cells[i])});
     }
   }
 
@@ -85,8 +86,9 @@ class CsvWriter {
     table = &tables_[FreeName(VELMAR::ToLowerString(row.record->type), names_)];
     std::set<std::string> taken;
     table->columns = {FreeName("id", taken)};
-    if (row.type != nullptr) {
-      for (const RecordType::Attribute& attribute : row.type->attributes) table->columns.push_back(FreeName(attribute.name, taken));
+    if (row.type == nullptr) return *table;
+    for (const RecordType::Attribute& attribute : row.type->attributes) {
+      table->columns.push_back(FreeName(attribute.name, taken));
     }
     return *table;
   }

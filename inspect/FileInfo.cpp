@@ -54,22 +54,26 @@ void DescribeHeader(Population& file, FileInfo& info) {
 }
 
 void DescribeInstances(Population& file, FileInfo& info) {
-  std::unordered_map<const std::string*, std::size_t> simple;  // by the name that the type keeps
+  struct Type {
+    bool isComplex = false;
+    std::size_t count = 0;
+  };
+  std::unordered_map<const std::string*, Type> types;  // by the name that the type keeps
   std::map<std::string, std::size_t> counts;
   for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
     ExpEntity* entity = file.GetEntity(number);
     if (entity == nullptr) continue;
     if (info.largestNumber == 0) info.largestNumber = number;
-    if (dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity) != nullptr) {
+    Type& type = types[&entity->GetExpClassName()];
+    if (type.count++ == 0) type.isComplex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity) != nullptr;
+    if (type.isComplex) {
       ++info.complexInstances;
       ++counts[TypeName(*entity)];
-    } else if (entity->GetTypeNumberOfEntity() < 0) {  // perhaps of an unknown type, with a name of its own
-      ++counts[entity->GetExpClassName()];
-    } else {
-      ++simple[&entity->GetExpClassName()];
     }
   }
-  for (const auto& [name, count] : simple) counts[*name] += count;
+  for (const auto& [name, type] : types) {
+    if (!type.isComplex) counts[*name] += type.count;
+  }
   info.instances = file.Count();
   info.types.assign(counts.begin(), counts.end());
   std::stable_sort(info.types.begin(), info.types.end(),

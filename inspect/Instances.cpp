@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "ExpUtilities.h"
+#include "Part21Source.h"
 #include "WrittenInstances.h"
 
 namespace velmar {
@@ -71,8 +72,9 @@ InstanceView ViewOf(ExpEntity& entity) {
 
 std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers) {
   std::map<int, Place> places;
+  const Part21Source source(path);
   // Of a number that is used twice, the later instance is the one that is kept.
-  ForAnyWrittenInstance(path, false, [&](const WrittenInstance& instance) {
+  ForAnyWrittenInstance(source.Path(), false, [&](const WrittenInstance& instance) {
     if (instance.number > kGreatestNumber) return;
     const int number = static_cast<int>(instance.number);
     if (numbers.count(number) != 0) places[number] = instance.where;

@@ -16,7 +16,6 @@ namespace velmar {
 
 namespace {
 
-
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // JSON has a digit on either side of the point, and a small e. "1.E5" is "1.0e5".
@@ -32,8 +31,8 @@ bool IsJsonInteger(const std::string& text) {
   constexpr std::size_t kSurelyIn64Bits = 18;
   const std::size_t first = text[0] == '-' ? 1 : 0;
   const std::size_t digits = text.size() - first;
-  if (digits == 0 || digits > kSurelyIn64Bits || !std::all_of(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), IsDigit)) return false;
-  return text[first] != '0' || text.size() == 1;
+  if (digits == 0 || digits > kSurelyIn64Bits || (text[first] == '0' && text.size() > 1)) return false;
+  return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), IsDigit);
 }
 
 // Whether JSON has this number, and it comes back as it is.

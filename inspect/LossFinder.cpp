@@ -35,8 +35,12 @@ std::string WithoutMark(const std::string& type) { return type[0] == '!' ? type.
 LossFinder::LossFinder(Population& population, Findings& findings)
     : population_(population), findings_(findings), hadErrors_(findings.Errors() != 0) {}
 
-void LossFinder::Find(const std::string& path) {
-  ForAnyWrittenInstance(path, true, [this](const WrittenInstance& instance) { Look(instance); });
+void LossFinder::Find(const std::string& path, const Progress& progress) {
+  const auto size = static_cast<double>(FileSize(path));
+  ForAnyWrittenInstance(path, true, [&](const WrittenInstance& instance) {
+    Look(instance);
+    if (defined_ % kReportedInstances == 0 && progress) progress(instance.end / size);
+  });
   if (!population_.IsSchemaSupported()) ReportSchema();
   ReportRecords();
   ReportUnread();

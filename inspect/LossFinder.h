@@ -13,6 +13,7 @@
 
 #include "Findings.h"
 #include "Population.h"
+#include "Progress.h"
 #include "WrittenInstances.h"
 
 namespace VELMAR {
@@ -27,9 +28,10 @@ class LossFinder {
  public:
   LossFinder(Population& population, Findings& findings);
 
-  /// Adds the findings, and tells the population which references lead nowhere. Linear in the length of the file. Called once.
+  /// Adds the findings, and tells the population which references lead nowhere. Linear in the length of the file. Called once. Tells
+  /// `progress` how much of the file it has seen.
   /// Throws std::runtime_error where the file cannot be read.
-  void Find(const std::string& path);
+  void Find(const std::string& path, const Progress& progress);
 
  private:
   struct Type {

@@ -1,6 +1,8 @@
 #include "Population.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -15,6 +17,32 @@ namespace velmar {
 namespace {
 
 const char* fileBeingRead = nullptr;
+
+constexpr double kShareOfReading = 0.7;  // of the time until all is known of a file
+
+// As many as it would have if all of it were as its first part is; at least 1.
+double ExpectedInstances(const std::string& path) {
+  constexpr std::size_t kFirstPart = 1 << 20;
+  const File file = Open(path);
+  std::string text(kFirstPart, '\0');
+  if (file != nullptr) text.resize(ReadBytes(file.get(), text.data(), text.size()));
+  const auto instances = static_cast<double>(std::count(text.begin(), text.end(), '='));
+  return std::max(1.0, instances * static_cast<double>(FileSize(path)) / static_cast<double>(std::max<std::size_t>(text.size(), 1)));
+}
+
+// Gives a variable a value for as long as it lives.
+template <class Value>
+class InScope {
+ public:
+  InScope(Value& variable, Value value) : variable_(variable), before_(variable) { variable = value; }
+  ~InScope() { variable_ = before_; }
+  InScope(const InScope&) = delete;
+  InScope& operator=(const InScope&) = delete;
+
+ private:
+  Value& variable_;
+  const Value before_;
+};
 
 // Seconds since some point of time.
 double Now() {
@@ -31,7 +59,8 @@ BeingRead::~BeingRead() { fileBeingRead = nullptr; }
 Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),
       isLateBound_(!options.lateBoundSchema.empty()),
-      keepsSchema_(isLateBound_ || options.schema.has_value()) {
+      keepsSchema_(isLateBound_ || options.schema.has_value()),
+      reportProgress_(options.progress) {
   KeepEverything(true);
   if (options.schema) SetSchema(*options.schema);
 }
@@ -53,8 +82,11 @@ void Population::ReadAndReport(const std::string& path, Findings& findings) {
   }
 
   const BeingRead reading(path);
+  const ReportedProgress progress(reportProgress_);
+  if (reportProgress_) expectedCount_ = ExpectedInstances(path);
   std::string unreadable;
   {
+    const InScope<const ReportedProgress*> shown(progress_, &progress);
     const LibraryLog log(findings);
     const double start = Now();
     Read(path);
@@ -68,7 +100,7 @@ void Population::ReadAndReport(const std::string& path, Findings& findings) {
   LoadTypes();  // where the file was given up before its schema was known
   if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
   if (!fallbackFailure_.empty()) findings.Add(Code::kFallbackLibrary, fallbackFailure_);
-  LossFinder(*this, findings).Find(path);
+  LossFinder(*this, findings).Find(path, [&progress](double done) { progress(kShareOfReading + (1 - kShareOfReading) * done); });
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
@@ -91,6 +123,9 @@ void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
   }
   if (isNew) {
     ++count_;
+    if (reportProgress_ && count_ % kReportedInstances == 0 && progress_ != nullptr) {
+      (*progress_)(kShareOfReading * std::min(1.0, static_cast<double>(count_) / expectedCount_));
+    }
   } else {
     repeated_.insert(number);
   }

@@ -11,6 +11,7 @@
 
 #include "ExpFixedSchemaFile.h"
 #include "Findings.h"
+#include "Progress.h"
 
 namespace velmar {
 
@@ -20,6 +21,7 @@ struct ReadingOptions {
   /// The registry name of a schema that has been loaded at run time, to read with it, whatever the file says;
   /// empty for none.
   std::string lateBoundSchema;
+  Progress progress;  ///< told of reading
 };
 
 /// References to an instance that the file does not have, at their first place.
@@ -99,6 +101,9 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   bool wasGivenSchema_ = false;  // by the header of the file, be it empty
   bool schemaSupported_ = true;
   std::size_t count_ = 0;
+  Progress reportProgress_;
+  const ReportedProgress* progress_ = nullptr;  // while a file is read
+  double expectedCount_ = 0;                    // so many instances it has, about
   double readingTime_ = 0;
   double loadingTime_ = 0;
   bool usesFallback_ = false;    // whether the fallback schema is still to be loaded when a type is unknown

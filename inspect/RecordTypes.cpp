@@ -87,9 +87,7 @@ ExpEntityRuntimeType* RecordTypes::Registered(const std::string& name) {
 const RecordType* RecordTypes::Find(const std::string& name) {
   if (const auto known = types_.find(name); known != types_.end()) return known->second.get();
   ExpEntityRuntimeType* type = Registered(name);
-  std::unique_ptr<RecordType> described = type == nullptr ? nullptr : Describe(*type);
-  RecordType* const found = described.get();
-  types_.emplace(name, std::move(described));
+  RecordType* const found = types_.emplace(name, type == nullptr ? nullptr : Describe(*type)).first->second.get();
   if (found == nullptr) return nullptr;
   for (const std::string& supertype : *type->GetSuperClasses()) {
     const RecordType* above = Find(WithoutSchema(supertype));

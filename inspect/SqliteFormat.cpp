@@ -322,6 +322,7 @@ class SqliteWriter {
         continue;
       }
       std::vector<std::int64_t> positions;
+      positions.reserve(open.size());
       for (const auto& [end, position] : open) positions.push_back(position);
       AddLink(link, id, positions, {cell.values, at});
       at = values[at].end;
@@ -436,7 +437,8 @@ class SqliteWriter {
     }
     std::vector<std::string> selections;
     for (const Table* table : tables) {
-      selections.push_back("t.id, " + (table->hasParts ? "(SELECT i.type FROM instance i WHERE i.id = t.id)" : "'" + table->type->name + "'"));
+      const std::string type = table->hasParts ? "(SELECT i.type FROM instance i WHERE i.id = t.id)" : "'" + table->type->name + "'";
+      selections.push_back("t.id, " + type);
       for (std::size_t i = 0; i < supertype.attributes.size(); ++i) {
         const Kind kind = supertype.attributes[i].kind;
         if (kind == Kind::Aggregate) continue;

@@ -14,6 +14,7 @@
 
 #include "Input.h"
 #include "Population.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -101,7 +102,10 @@ void FlushOutput() {
   if (std::fflush(stdout) != 0) throw std::system_error(errno, std::generic_category());
 }
 
-void Say(const std::string& text) noexcept { (void)std::fputs(text.c_str(), stderr); }
+void Say(const std::string& text) noexcept {
+  EraseProgressBar();
+  (void)std::fputs(text.c_str(), stderr);
+}
 
 int CannotRun(const std::string& text) {
   Say("velmar: " + Shown(stderr, Severity::kError) + ": " + text + '\n');

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "LateBoundSchema.h"
+#include "ProgressBar.h"
 #include "Schemas.h"
 
 namespace velmar {
@@ -54,6 +55,7 @@ std::optional<VELMAR::Schema> ReadingFlags::Schema() const {
 ReadingOptions ReadingFlags::Resolve() const {
   ReadingOptions options;
   options.schema = Schema();
+  if (!quiet) options.progress = MakeProgressBar("reading");
   if (!express.empty()) {
     options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
   }

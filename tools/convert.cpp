@@ -12,6 +12,7 @@
 #include "FileFormats.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Reading.h"
 #include "Renumbering.h"
 #include "UnreadableValues.h"
@@ -56,8 +57,9 @@ int Convert(const ConvertOptions& options) {
   if (options.renumber) Renumber(file);
   const std::string instances = Counted(file.Count(), "instance");
   Findings outFindings(out);
+  const Progress progress = options.reading.quiet ? nullptr : MakeProgressBar("writing");
   const auto start = std::chrono::steady_clock::now();
-  const std::uint64_t outSize = WriteAndReport(file, format, out, outFindings);
+  const std::uint64_t outSize = WriteAndReport(file, format, out, outFindings, progress, reading.Size());
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (outFindings.Errors() != 0) {
     outFindings.Add(Code::kNotWritten, "not written");

@@ -14,13 +14,13 @@ using testing::AnyOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// A file of some blocks, of which a value is not kept.
+// A file of some blocks, about which there is something to say.
 std::string LongFile() {
-  std::string data = "#1=DIRECTION('',(1.,$,0.));\n";
+  std::string data = "#1=DIRECTION('');\n";
   for (int i = 2; i <= 4000; ++i) data += "#" + std::to_string(i) + "=CARTESIAN_POINT('p',(1.,2.,3.));\n";
   return FileWith(data);
 }
-const char kWarning[] = ":8:21: warning: 1 unset list element not kept (#1) [V018]\n";
+const char kWarning[] = ":8:1: warning: 1 record of DIRECTION with fewer parameters than attributes (2): the others have no value (#1) [V011]\n";
 
 class Velmar : public FaultTest {
  protected:

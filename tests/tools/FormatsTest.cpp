@@ -127,6 +127,22 @@ TEST_F(Formats, FindingsAboutJsonHaveItsLines) {
   EXPECT_THAT(outcome.err, HasSubstr("\n  {\"id\": 2, \"type\": \"VEKTOR\", \"values\": [\"\", 1]}\n  ^\n"));
 }
 
+TEST_F(Formats, CommandsThatLookAtFilesTakeJson) {
+  Write("in.stp", FileWith(kPoint + "#2=VERTEX_POINT(5,#1);\n"));
+  Run("in.stp", "a.json");
+  const auto run = [this](std::vector<std::string> command) {
+    command.insert(command.begin(), VELMAR_PROGRAM);
+    Setting setting;
+    setting.directory = directory_.Path("");
+    return RunProgram(command, setting).out;
+  };
+  EXPECT_THAT(run({"info", "a.json"}), HasSubstr("AUTOMOTIVE_DESIGN (AP214)\n"));
+  EXPECT_THAT(run({"list", "a.json", "point"}), HasSubstr("#1        CARTESIAN_POINT  p"));
+  EXPECT_THAT(run({"show", "a.json", "2"}), StartsWith("#2 VERTEX_POINT (a.json:12:1)\n"));
+  EXPECT_THAT(run({"refs", "a.json", "1"}), HasSubstr("#2 VERTEX_POINT.vertex_geometry\n"));
+  EXPECT_THAT(run({"check", "a.json"}), HasSubstr("a.json:12:17: error: #2 VERTEX_POINT.name: "));
+}
+
 TEST_F(Formats, ASchemaOfOnesOwnNamesAttributes) {
   const std::vector<std::string> express = {"--express", SOURCE_FOLDER "/tests/tools/data/gears.exp"};
   const char* gears = SOURCE_FOLDER "/tests/tools/data/gears.stp";

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -148,12 +150,16 @@ std::string OnATerminal(const std::vector<std::string>& command, const char* ter
     setenv("NO_COLOR", noColour, 1);
   };
   RunProgram(command, setting);
-  char text[4096];
+  char text[65536];
   fcntl(master, F_SETFL, O_NONBLOCK);
-  const ssize_t length = read(master, text, sizeof text);
+  std::string all;
+  for (ssize_t length = 1; length > 0;) {
+    length = read(master, text, sizeof text);
+    if (length > 0) all.append(text, static_cast<std::size_t>(length));
+  }
   close(held);
   close(master);
-  return length <= 0 ? "" : std::string(text, static_cast<std::size_t>(length));
+  return all;
 }
 
 TEST(VelmarProgram, MessagesHaveColoursOnATerminalOnly) {
@@ -172,6 +178,51 @@ TEST(VelmarProgram, MessagesHaveColoursOnATerminalOnly) {
     EXPECT_THAT(plain, HasSubstr("error: "));
     EXPECT_THAT(plain, testing::Not(HasSubstr("\x1B")));
   }
+}
+
+// What a terminal shows in the end of a text in which carriage returns go back to the beginning of the line.
+std::string ShownAtTheEnd(const std::string& text) {
+  std::string line;
+  std::size_t column = 0;
+  for (const char c : text) {
+    if (c == '\r') {
+      column = 0;
+    } else {
+      line.resize(std::max(line.size(), column + 1), ' ');
+      line[column++] = c;
+    }
+  }
+  return line.substr(0, line.find_last_not_of(' ') + 1);
+}
+
+TEST(VelmarProgram, ProgressIsShownOnATerminalWhereItTakesLong) {
+  TemporaryDirectory directory;
+  std::string data;
+  for (int number = 1; number <= 2000000; ++number) data += "#" + std::to_string(number) + "=COLOUR();\n";
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data));
+  const std::vector<std::string> command = {kVelmar, "convert", in, "-o", directory.Path("out.stp")};
+  const std::string shown = OnATerminal(command, "xterm", "");
+  if (shown == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
+  EXPECT_EQ(ShownAtTheEnd(shown), "");
+  EXPECT_EQ(OnATerminal(command, "dumb", ""), "");
+  std::vector<std::string> quiet = command;
+  quiet.emplace_back("-q");
+  EXPECT_EQ(OnATerminal(quiet, "xterm", ""), "");
+  const Outcome outcome = RunProgram(command);
+  EXPECT_EQ(outcome.err, "");
+  const std::size_t time = outcome.out.find("read in ");
+  ASSERT_NE(time, std::string::npos);
+  if (std::atof(outcome.out.c_str() + time + 8) < 700) GTEST_SKIP() << "it does not take long";
+  EXPECT_THAT(shown, HasSubstr("\rreading ["));
+  EXPECT_THAT(shown, HasSubstr(" %"));
+}
+
+TEST(VelmarProgram, NoProgressIsShownOfWhatIsQuicklyDone) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(kPoint));
+  const std::string shown = OnATerminal({kVelmar, "info", in}, "xterm", "");
+  if (shown == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
+  EXPECT_EQ(shown, "");
 }
 
 // Messages are lost then, and nothing else: the exit status says what there is to say.

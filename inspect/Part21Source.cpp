@@ -1,0 +1,42 @@
+#include "Part21Source.h"
+
+#include <fmt/format.h>
+#include <sys/mman.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+#include "FileFormats.h"
+#include "JsonFormat.h"
+
+namespace velmar {
+
+namespace {
+
+std::string TextOfJson(const std::string& path) {
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  try {
+    return ReadJson(file.get());
+  } catch (const JsonError& error) {
+    throw std::runtime_error(fmt::format("{}:{}:{}: {}", path, error.Where().line, error.Where().column, error.what()));
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(fmt::format("{} cannot be read: {}", path, error.what()));
+  }
+}
+
+}  // namespace
+
+Part21Source::Part21Source(const std::string& path) : path_(path) {
+  if (FormatOf(path) != FileFormat::Json) return;
+  const std::string text = TextOfJson(path);
+  const int descriptor = memfd_create("part21", MFD_CLOEXEC);
+  if (descriptor >= 0) memory_.reset(fdopen(descriptor, "w"));
+  const bool isWritten = memory_ != nullptr && std::fwrite(text.data(), 1, text.size(), memory_.get()) == text.size();
+  if (!isWritten || std::fflush(memory_.get()) != 0) ThrowUnreadable(path, errno);
+  path_ = fmt::format("/proc/self/fd/{}", descriptor);
+}
+
+}  // namespace velmar
