@@ -40,6 +40,17 @@ inline bool HasHighNumbers(const std::string& text) {
   return false;
 }
 
+/// Whether one of the header's three records stands in the text again, in the data for instance: of several, one of no
+/// particular place is the header's, as documented.
+inline bool RepeatsHeaderRecords(std::string text) {
+  for (char& c : text) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"}) {
+    const std::size_t first = text.find(type);
+    if (first != std::string::npos && text.find(type, first + 1) != std::string::npos) return true;
+  }
+  return false;
+}
+
 /// What one of the operations of ExpFile that write gives, with `$` for values that have no text. Empty where
 /// something cannot be written: a string that ends within a UTF-8 sequence, a select without a value in the header.
 inline std::string TextOf(VELMAR::ExpFile& file, void (VELMAR::ExpFile::*write)(std::ostream&) = &VELMAR::ExpFile::Write) {
@@ -64,10 +75,11 @@ inline std::string Rewritten(const std::string& text) {
 }
 
 /// Once it has been written and read, what a text holds is written the same again. Texts with high numbers are passed over.
+/// So are texts with several records for the header of one kind.
 inline void RequireSettled(const std::string& text) {
-  if (HasHighNumbers(text)) return;
+  if (HasHighNumbers(text) || RepeatsHeaderRecords(text)) return;
   const std::string written = Rewritten(text);
-  if (written.empty()) return;
+  if (written.empty() || RepeatsHeaderRecords(written)) return;
   // The first text may hold what is not read: `$` within lists, and lists with a type name within lists.
   const std::string settled = Rewritten(written);
   if (settled.empty()) return;

@@ -244,6 +244,7 @@ class VELMAR_API Scanner {
   void ResetPeek();
 
  private:
+  friend class LexemeReader;
   friend class Parser;
   friend class Part21Importer;
 

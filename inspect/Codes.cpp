@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace velmar {
 
 namespace {
@@ -54,48 +56,32 @@ const std::vector<CodeInfo>& Rows() {
        "FILE_SCHEMA(());\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-21;\n",
        kGoodFile},
       {Code::kUnknownType, kError, "unknown entity type",
-       "The schema has no entity of this name. The instance, or this part of a complex instance, is not "
-       "kept.",
+       "The schema has no entity of this name. The instance, or this part of a complex instance, is kept as it stands; its "
+       "parameters have positions instead of names.",
        "#1=VEKTOR('',#2,1.);\n", "#1=VECTOR('',#2,1.);\n"},
-      {Code::kUnknownHeaderRecord, kError, "unknown header record",
-       "The header has a record other than FILE_DESCRIPTION, FILE_NAME and FILE_SCHEMA. It is not kept.",
+      {Code::kUnknownHeaderRecord, kWarning, "unknown header record",
+       "The header has a record other than FILE_DESCRIPTION, FILE_NAME and FILE_SCHEMA. It is kept as it stands.",
        "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
        "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n!MINE();\nENDSEC;\nDATA;\n#1=COLOUR();\nENDSEC;\nEND-ISO-10303-"
        "21;\n",
        kGoodFile},
       {Code::kTooManyParameters, kError, "too many parameters",
-       "A record has more parameters than its entity type has attributes. The surplus is not kept.",
+       "A record has more parameters than its entity type has attributes. The surplus is kept, by position.",
        "#1=DIRECTION('',(1.,0.),3);\n", "#1=DIRECTION('',(1.,0.));\n"},
       {Code::kTooFewParameters, kWarning, "too few parameters",
-       "A record has fewer parameters than its entity type has attributes. The others keep their initial "
-       "values: an empty "
-       "text, 0, no reference.",
+       "A record has fewer parameters than its entity type has attributes. The others have no value, and are written as $.",
        "#1=DIRECTION('');\n", "#1=DIRECTION('',$);\n"},
       {Code::kNumberUsedTwice, kError, "instance number used twice",
        "Two instances have the same number. References to it lead to the later one; the earlier is not kept.",
        "#1=COLOUR();\n#1=COLOUR();\n", "#1=COLOUR();\n#2=COLOUR();\n"},
       {Code::kNumberZero, kError, "instance number zero", "Instance numbers begin at #1.",
        "#1=VECTOR('',#0,1.);\n", "#1=VECTOR('',#1,1.);\n"},
-      {Code::kNumberTooHigh, kError, "instance number too high", "Instance numbers end at #1073741823.",
+      {Code::kNumberTooHigh, kError, "instance number too high",
+       "Instance numbers end at #1073741823. Of numbers beyond 32 bits the lower 32 are kept.",
        "#1=VECTOR('',#1073741824,1.);\n", "#1=VECTOR('',#1073741823,1.);\n"},
-      {Code::kIntegerRange, kError, "integer out of range",
-       "An integer does not fit 32 bits; another number is kept in its place.",
-       "#1=CARTESIAN_POINT('',(2147483648));\n", "#1=CARTESIAN_POINT('',(2147483647));\n"},
       {Code::kRealRange, kError, "real number out of range",
-       "A real number does not fit 64 bits; it becomes infinite.", "#1=CARTESIAN_POINT('',(1.E309));\n",
+       "A real number does not fit 64 bits: it becomes infinite, and is written as 1.E+400, or it becomes 0.", "#1=CARTESIAN_POINT('',(1.E309));\n",
        "#1=CARTESIAN_POINT('',(1.E308));\n"},
-      {Code::kBinary, kWarning, "binary value not kept",
-       "Binary values are passed over; the attribute has no value.", "#1=DIRECTION(\"0A\",(1.));\n",
-       "#1=DIRECTION('0A',(1.));\n"},
-      {Code::kUnsetInList, kWarning, "unset list element not kept",
-       "A list holds $ or *. These elements are left out, and the list becomes shorter.",
-       "#1=DIRECTION('',(1.,$));\n", "#1=DIRECTION('',$);\n"},
-      {Code::kEnumerationInList, kWarning, "enumeration value in a list not kept",
-       "A list holds an enumeration item. It is left out, and the list becomes shorter.",
-       "#1=DIRECTION('',(1.,.X.));\n", "#1=DIRECTION('',(1.,2.));\n"},
-      {Code::kListInTypedElement, kWarning, "list in a typed list element not kept",
-       "A typed element of a list holds a list. The element is left without a value.",
-       "#1=PRESENTATION_STYLE_ASSIGNMENT((X((1))));\n", "#1=PRESENTATION_STYLE_ASSIGNMENT((X(1)));\n"},
       {Code::kInstancesNotRead, kError, "instances lost to errors",
        "So many instances that the file defines were not read because of the errors that are reported, too.",
        "#1=DIRECTION(;\n#2=COLOUR(;\nENDSEC;\nDATA;\n#3=COLOUR();\n", "#1=DIRECTION('',$);\n#2=COLOUR();\n"},
@@ -108,12 +94,6 @@ const std::vector<CodeInfo>& Rows() {
       {Code::kLongString, kWarning, "string too long when it is written",
        "With its escapes the string has more than 32,767 characters, which ends the program that reads it.",
        nullptr, nullptr},
-      {Code::kRealRounded, kWarning, "real number infinite when it is read again",
-       "The number is so great that, rounded to the 15 digits that are written, it does not fit 64 bits any "
-       "more.",
-       nullptr, nullptr},
-      {Code::kMissingValues, kWarning, "missing values written as $",
-       "Values that the file leaves out, or that could not be kept, are written as $.", nullptr, nullptr},
       {Code::kNotWritten, kError, "output not written",
        "Nothing was written, because of the reason given; what was there is left as it was.", nullptr,
        nullptr},
@@ -208,6 +188,13 @@ const std::vector<CodeInfo>& Rows() {
        "#7=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#3,#6,$);\n"},
       {Code::kUnnamedProduct, kWarning, "product without name and id", "Nothing tells the product from others.",
        "#1=PRODUCT('','',$,());\n", "#1=PRODUCT('','plate',$,());\n"},
+      {Code::kScope, kWarning, "scope not kept",
+       "The instances within the scope of another one (&SCOPE) are kept as any others. That they stood there is not, nor is the "
+       "list of those that are exported.",
+       "#1=&SCOPE\n#2=COLOUR();\nENDSCOPE/#2/COLOUR();\n", "#2=COLOUR();\n#1=COLOUR();\n"},
+      {Code::kRepeatedRecord, kError, "record used twice",
+       "The header has two records of one kind, or a complex instance has two of one type. Only one of them is kept.",
+       "#1=(LENGTH_UNIT()LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n", "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));\n"},
   };
   return kRows;
 }
@@ -229,7 +216,9 @@ const char* Name(Severity severity) { return severity == kError ? "error" : "war
 
 std::string NameOf(Code code) { return fmt::format("V{:03}", static_cast<int>(code)); }
 
-const CodeInfo& InfoOf(Code code) { return Rows()[static_cast<std::size_t>(code) - 1]; }
+const CodeInfo& InfoOf(Code code) {
+  return *std::lower_bound(Rows().begin(), Rows().end(), code, [](const CodeInfo& row, Code wanted) { return row.code < wanted; });
+}
 
 const std::vector<CodeInfo>& Catalogue() { return Rows(); }
 

@@ -13,7 +13,7 @@ enum class Severity { kError, kWarning };
 const char* Name(Severity severity);
 
 /// The kinds of findings. Their numbers are those of the codes that users see, and are never used for
-/// anything else.
+/// anything else. Numbers that are missing stood for what does not happen any more.
 enum class Code {
   kSyntax = 1,
   kByteOrderMark,
@@ -29,19 +29,12 @@ enum class Code {
   kNumberUsedTwice,
   kNumberZero,
   kNumberTooHigh,
-  kIntegerRange,
-  kRealRange,
-  kBinary,
-  kUnsetInList,
-  kEnumerationInList,
-  kListInTypedElement,
-  kInstancesNotRead,
+  kRealRange = 16,
+  kInstancesNotRead = 21,
   kFileChanged,
   kFallbackLibrary,
   kLongString,
-  kRealRounded,
-  kMissingValues,
-  kNotWritten,
+  kNotWritten = 27,
   kWrongKind,
   kMissingValue,
   kNothingDerived,
@@ -63,6 +56,8 @@ enum class Code {
   kCyclicAssembly,
   kLooseEnd,
   kUnnamedProduct,
+  kScope = 50,
+  kRepeatedRecord,
 };
 
 /// "V012"

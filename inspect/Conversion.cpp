@@ -3,24 +3,94 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <filesystem>
-#include <list>
 #include <new>
 #include <ostream>
+#include <stdexcept>
 #include <system_error>
 
+#include "CsvFormat.h"
 #include "ExpUtilities.h"
+#include "Input.h"
+#include "JsonFormat.h"
+#include "RecordTypes.h"
 #include "ReplaceFile.h"
+#include "SqliteFormat.h"
 #include "Wording.h"
 
 namespace velmar {
 
 namespace fs = std::filesystem;
 
-std::string WhyUnwritable(const std::string& path) {
+namespace {
+
+// Whether what is found means that something of the file is not in what is written.
+bool IsLoss(const Finding& finding) {
+  switch (finding.code) {
+    case Code::kUnsupportedSchema:
+    case Code::kNoSchema:
+    case Code::kUnknownType:
+    case Code::kUnknownHeaderRecord:
+    case Code::kTooManyParameters:
+    case Code::kTooFewParameters:
+    case Code::kNumberZero:
+    case Code::kFallbackLibrary:
+      return false;
+    default:
+      return true;
+  }
+}
+
+bool HasLosses(const Findings& findings) {
+  return findings.NotKept() > 0 || std::any_of(findings.WithPlace().begin(), findings.WithPlace().end(), IsLoss) ||
+         std::any_of(findings.WithoutPlace().begin(), findings.WithoutPlace().end(), IsLoss);
+}
+
+std::uint64_t SizeOf(const VelmarFiles::TextBuffer& buffer) {
+  std::uint64_t size = 0;
+  for (const std::string& block : buffer.Blocks()) size += block.size();
+  return size;
+}
+
+// Throws std::runtime_error where a string is too long for the scanner, which would end the process.
+void RequireReadableStrings(const std::string& part21) {
+  constexpr std::size_t kLongest = 32767;  // with its apostrophes
+  std::size_t begin = part21.find('\'');
+  while (begin != std::string::npos) {
+    std::size_t end = part21.find('\'', begin + 1);
+    while (part21.compare(end, 2, "''") == 0) end = part21.find('\'', end + 2);
+    if (end - begin >= kLongest) throw std::runtime_error("a string takes more than 32,767 characters in Part 21");
+    begin = part21.find('\'', end + 1);
+  }
+}
+
+// The Part 21 text of a population, which is empty then.
+std::string TakeText(Population& file) {
+  std::string part21;
+  {
+    VelmarFiles::TextBuffer buffer;
+    std::ostream stream(&buffer);
+    stream.exceptions(std::ios::badbit | std::ios::failbit);
+    file.Write(stream);
+    file.DeleteEntities();
+    VELMAR::ReleaseUnusedMemory();
+    const std::uint64_t size = SizeOf(buffer);
+    if (size > kLongestFile) throw std::runtime_error(fmt::format("the file takes more than {} bytes in Part 21", Grouped(kLongestFile)));
+    part21.reserve(size);
+    for (const std::string& block : buffer.Blocks()) part21 += block;
+  }
+  RequireReadableStrings(part21);
+  return part21;
+}
+
+}  // namespace
+
+std::string WhyUnwritable(const std::string& path, FileFormat format) {
+  if (format == FileFormat::Csv) return WhyNoFolder(path);
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (fs::is_directory(status)) return "is a directory";
@@ -33,38 +103,31 @@ std::string WhyUnwritable(const std::string& path) {
 }
 
 std::string WhyNotWritten(Reading& in, const std::string& out) {
-  if (in.GetFindings().IsEmpty()) return "";
-  const Population& file = in.GetPopulation();
+  if (in.GetPopulation().Count() == 0) return fmt::format("{} is not written: nothing could be read", out);
   std::error_code error;
-  if (!file.IsSchemaSupported()) return fmt::format("{} is not written: the schema is not supported", out);
-  if (file.Count() == 0) return fmt::format("{} is not written: nothing could be read", out);
-  if (fs::equivalent(in.Path(), out, error)) return "the file is left as it is: not all of it could be kept";
+  if (HasLosses(in.GetFindings()) && fs::equivalent(in.Path(), out, error)) {
+    return "the file is left as it is: not all of it could be kept";
+  }
   return "";
 }
 
-void MarkMissingValues(Population& file, Findings& findings) {
-  std::list<VELMAR::ExpEntity*> header;
-  for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"})
-    file.GetEntities(header, type, false);
-  int marked = 0;
-  for (VELMAR::ExpEntity* record : header) marked += VELMAR::MarkUnsetValues(*record);
-  for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
-    if (VELMAR::ExpEntity* entity = file.GetEntity(number)) marked += VELMAR::MarkUnsetValues(*entity);
-  }
-  if (marked == 0) return;
-  findings.Add(Code::kMissingValues,
-               fmt::format("{} written as $", Counted(static_cast<std::uint64_t>(marked), "missing value")));
-}
-
-std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings) {
-  std::uint64_t size = 0;
+std::uint64_t WriteAndReport(Population& file, FileFormat format, const std::string& out, Findings& findings) {
   try {
     VelmarFiles::TextBuffer buffer;
     std::ostream stream(&buffer);
     stream.exceptions(std::ios::badbit | std::ios::failbit);
-    file.Write(stream);
-    for (const std::string& block : buffer.Blocks()) size += block.size();
+    if (format == FileFormat::Part21) {
+      file.Write(stream);
+    } else {
+      const std::string schema = file.IsSchemaSupported() ? file.GetEnforcedFactoryName() : "";
+      const std::string part21 = TakeText(file);
+      RecordTypes types(schema);
+      if (format == FileFormat::Csv) return WriteCsv(part21, types, out);
+      if (format == FileFormat::Sqlite) return WriteSqlite(part21, types, out);
+      WriteJson(part21, types, stream);
+    }
     VelmarFiles::ReplaceFile(out, buffer.Blocks());
+    return SizeOf(buffer);
   } catch (const std::string& error) {
     findings.Add(Code::kNotWritten, error);
   } catch (const std::bad_alloc&) {
@@ -72,7 +135,7 @@ std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings&
   } catch (const std::exception& error) {
     findings.Add(Code::kNotWritten, error.what());
   }
-  return size;
+  return 0;
 }
 
 }  // namespace velmar

@@ -5,25 +5,23 @@
 #include <cstdint>
 #include <string>
 
+#include "FileFormats.h"
 #include "Findings.h"
 #include "Population.h"
 #include "Reading.h"
 
 namespace velmar {
 
-/// Why no file can be written under this name, as the end of a sentence that begins with it; empty where one
+/// Why nothing can be written under this name, as the end of a sentence that begins with it; empty where it
 /// can, as far as can be told without touching anything.
-std::string WhyUnwritable(const std::string& path);
+std::string WhyUnwritable(const std::string& path, FileFormat format);
 
 /// Why what was read is not written to `out`; empty where it is.
 std::string WhyNotWritten(Reading& in, const std::string& out);
 
-/// Makes every instance writable: what has no value, because the file has none or because it could not be
-/// kept, is written `$`. Adds a warning where there is such a value.
-void MarkMissingValues(Population& file, Findings& findings);
-
-/// Writes the population and returns the number of bytes. What `out` holds is replaced by a complete file or
-/// not at all. Adds an error where that fails.
-std::uint64_t WriteAndReport(Population& file, const std::string& out, Findings& findings);
+/// Writes the population and returns the number of bytes. What `out` holds is replaced by a complete file, of CSV by a complete
+/// folder, or not at all. Adds an error where that fails. All formats but Part 21 empty the population: its instances make
+/// room for their text.
+std::uint64_t WriteAndReport(Population& file, FileFormat format, const std::string& out, Findings& findings);
 
 }  // namespace velmar

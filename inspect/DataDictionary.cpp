@@ -173,6 +173,7 @@ class DataDictionary::Maker {
     domain.kind = Domain::Kind::Aggregate;
     domain.element = type.element == nullptr ? &dictionary_.domains_.emplace_back() : DomainOf(*type.element);
     domain.mayLackElements = type.optionalElements;
+    domain.isUnordered = type.kind == TypeKind::Set || type.kind == TypeKind::Bag;
     if (!type.hasBounds) return;
     const long upper = LiteralValue(type.upper.get(), -1);
     if (type.kind == TypeKind::Array) {

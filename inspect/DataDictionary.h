@@ -49,6 +49,7 @@ struct Domain {
   long fewest = 0;                  ///< elements
   long most = -1;                   ///< -1 without limit
   bool mayLackElements = false;     ///< ARRAY OF OPTIONAL
+  bool isUnordered = false;         ///< SET and BAG
 
   std::vector<const EntityRule*> entities;     ///< Select: those of nested selects, too
   std::map<std::string, const Domain*> types;  ///< Select: defined types by name in upper case, likewise

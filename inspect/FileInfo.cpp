@@ -63,6 +63,8 @@ void DescribeInstances(Population& file, FileInfo& info) {
     if (dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity) != nullptr) {
       ++info.complexInstances;
       ++counts[TypeName(*entity)];
+    } else if (entity->GetTypeNumberOfEntity() < 0) {  // perhaps of an unknown type, with a name of its own
+      ++counts[entity->GetExpClassName()];
     } else {
       ++simple[&entity->GetExpClassName()];
     }

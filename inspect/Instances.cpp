@@ -3,44 +3,49 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstdio>
+#include <cstdint>
+#include <deque>
 #include <stdexcept>
 
-#include "FileWalk.h"
+#include "ExpUtilities.h"
+#include "WrittenInstances.h"
 
 namespace velmar {
 
 namespace {
 
+using VELMAR::ExpAttribute;
 using VELMAR::ExpEntity;
+
+constexpr std::int64_t kGreatestNumber = 1073741823;  // 2^30 - 1
 
 RecordView RecordOf(ExpEntity& entity, int begin) {
   RecordView record = {&entity.GetExpClassName(), {}};
-  const std::vector<std::string>& names = *entity.GetMemberNames();
-  for (int index = begin; index < entity.GetNofExplicitMembers(); ++index) {
-    record.attributes.push_back({&names[static_cast<std::size_t>(index)], entity.GetMember(index)});
+  const int end = entity.GetNofExplicitMembers();
+  for (int index = begin;; ++index) {
+    ExpAttribute* value = ValueAt(entity, index);
+    if (value == nullptr && index >= end) return record;
+    record.attributes.push_back({&AttributeName(entity, index, begin), value});
   }
-  return record;
 }
 
-class PlaceFinder : public WalkListener {
- public:
-  explicit PlaceFinder(const std::set<int>& numbers) : numbers_(numbers) {}
-
-  std::map<int, Place> places;
-
- private:
-  // Of a number that is used twice, the later instance is the one that is kept.
-  void BeginInstance(const WalkedInstance& instance) override {
-    if (numbers_.count(instance.number) != 0) places[instance.number] = instance.place;
-  }
-
-  const std::set<int>& numbers_;
-};
-
 }  // namespace
+
+ExpAttribute* ValueAt(ExpEntity& record, int index) {
+  ExpAttribute* own = index < record.GetNofExplicitMembers() ? record.GetMember(index) : nullptr;
+  if (own != nullptr && (!own->IsNotProvided() || own->IsOmitted())) return own;
+  ExpAttribute* kept = VELMAR::GetKeptValue(record, index);
+  return kept == nullptr ? own : kept;
+}
+
+const std::string& AttributeName(ExpEntity& record, int index, int begin) {
+  static std::deque<std::string> positions;  // their addresses stay
+  if (index < record.GetNofExplicitMembers()) return (*record.GetMemberNames())[static_cast<std::size_t>(index)];
+  const auto position = static_cast<std::size_t>(index - begin);
+  while (positions.size() <= position) positions.push_back(std::to_string(positions.size() + 1));
+  return positions[position];
+}
 
 std::string TypeName(ExpEntity& entity) {
   auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(&entity);
@@ -65,23 +70,24 @@ InstanceView ViewOf(ExpEntity& entity) {
 }
 
 std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers) {
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
-  errno = 0;
-  PlaceFinder finder(numbers);
-  WalkFile(file.get(), finder);
-  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
-  return finder.places;
+  std::map<int, Place> places;
+  // Of a number that is used twice, the later instance is the one that is kept.
+  ForAnyWrittenInstance(path, false, [&](const WrittenInstance& instance) {
+    if (instance.number > kGreatestNumber) return;
+    const int number = static_cast<int>(instance.number);
+    if (numbers.count(number) != 0) places[number] = instance.where;
+  });
+  return places;
 }
 
 int ParseInstanceNumber(const std::string& text) {
   const std::string digits = text.substr(!text.empty() && text[0] == '#' ? 1 : 0);
   const bool isNumber = !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
-  const std::wstring name = L"#" + std::wstring(digits.begin(), digits.end());
-  const int number = isNumber ? InstanceNumberOf(name.c_str()) : 0;
-  if (number == 0)
+  const std::int64_t number = isNumber ? InstanceNumber(digits.data(), digits.data() + digits.size()) : 0;
+  if (number == 0 || number > kGreatestNumber) {
     throw std::invalid_argument(fmt::format("'{}' is no instance number; #12 and 12 are", text));
-  return number;
+  }
+  return static_cast<int>(number);
 }
 
 }  // namespace velmar

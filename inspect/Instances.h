@@ -14,7 +14,7 @@ namespace velmar {
 
 /// An attribute as a record has it.
 struct AttributeView {
-  const std::string* name;
+  const std::string* name;      ///< the position, from "1" on, of a parameter that stands for no attribute
   VELMAR::ExpAttribute* value;  ///< null where there is none
 };
 
@@ -34,6 +34,13 @@ struct InstanceView {
 
 /// The type of an entity, for a complex instance the names of its parts in their order, in parentheses.
 std::string TypeName(VELMAR::ExpEntity& entity);
+
+/// What the record has at a position from 0 on: the value of the attribute, or that which was kept because the attribute does not take
+/// it; behind the last attribute what is superfluous. Null where there is nothing.
+VELMAR::ExpAttribute* ValueAt(VELMAR::ExpEntity& record, int index);
+
+/// The name of the attribute at a position; behind the last one the position in a record that begins at `begin`, from "1" on.
+const std::string& AttributeName(VELMAR::ExpEntity& record, int index, int begin);
 
 /// The instance that is #n; the entity is not null.
 InstanceView ViewOf(VELMAR::ExpEntity& entity);

@@ -95,6 +95,29 @@ Json ToJson(const Usage& usage, const ProductStructure& structure) {
           {"next_usage", NumberOrNull(usage.nextUsage)}};
 }
 
+Json ToJson(const Difference::Side& side) {
+  if (side.where.line == 0) return nullptr;
+  return {{"id", NumberOrNull(side.number)}, {"line", side.where.line}, {"column", side.where.column}};
+}
+
+Json ToJson(const std::vector<Difference>& differences) {
+  constexpr const char* kKinds[] = {"changed", "removed", "added"};
+  Json json = Json::array();
+  for (const Difference& difference : differences) {
+    Json values = Json::array();
+    for (const ChangedValue& value : difference.values) {
+      values.push_back(
+          {{"attribute", value.attribute}, {"before", TextOrNull(value.before)}, {"after", TextOrNull(value.after)}});
+    }
+    json.push_back({{"kind", kKinds[static_cast<int>(difference.kind)]},
+                    {"type", difference.type},
+                    {"before", ToJson(difference.before)},
+                    {"after", ToJson(difference.after)},
+                    {"values", values}});
+  }
+  return json;
+}
+
 Json AttributesOf(const RecordView& record) {
   Json json = Json::object();
   for (const AttributeView& attribute : record.attributes) {
@@ -184,6 +207,17 @@ Json ToJson(const ProductStructure& structure) {
   Json roots = Json::array();
   for (const std::size_t root : structure.roots) roots.push_back(structure.products[root].number);
   return {{"products", products}, {"usages", usages}, {"roots", roots}};
+}
+
+Json ToJson(const Comparison& comparison) {
+  Json types = Json::array();
+  for (const auto& [type, counts] : comparison.byType) {
+    types.push_back({{"type", type}, {"changed", counts.changed}, {"removed", counts.removed}, {"added", counts.added}});
+  }
+  return {{"types", types},
+          {"header", ToJson(comparison.header)},
+          {"differences", ToJson(comparison.instances)},
+          {"differences_not_listed", comparison.notKept}};
 }
 
 Json ToJson(const std::vector<SchemaInfo>& schemas) {

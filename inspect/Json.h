@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Comparison.h"
 #include "FileInfo.h"
 #include "Findings.h"
 #include "Instances.h"
@@ -33,6 +34,8 @@ Json ToJson(const Listing& listing);
 Json ToJson(const std::vector<Reference>& references, const InstanceView& instance);
 
 Json ToJson(const ProductStructure& structure);
+
+Json ToJson(const Comparison& comparison);
 
 /// An array of objects.
 Json ToJson(const std::vector<SchemaInfo>& schemas);

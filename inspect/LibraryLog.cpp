@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace velmar {
@@ -36,6 +37,24 @@ std::string ReasonUnreadable(const std::string& logged, int error) {
 
 }  // namespace
 
+namespace {
+
+bool BeginsWith(const std::string& text, const char* start) { return text.compare(0, std::strlen(start), start) == 0; }
+
+// Adds what the library says of a place, which is about syntax, or about what is not kept. The walk over the file finds instances with
+// the same number, and numbers that are too great, and knows more about them.
+void AddPlaced(Findings& findings, Place place, const std::string& text) {
+  const bool isOfNumber = BeginsWith(text, "there is a second #") || text.find(" is too great a number") != std::string::npos;
+  if (isOfNumber) return;
+  const bool isScope = BeginsWith(text, "the scope of #");
+  const bool isRecord = BeginsWith(text, "of two records ") || BeginsWith(text, "there is a second record ");
+  const std::size_t number = text.find('#');
+  const int instance = (isScope || isRecord) && number != std::string::npos ? std::atoi(text.c_str() + number + 1) : 0;
+  findings.Add(isScope ? Code::kScope : isRecord ? Code::kRepeatedRecord : Code::kSyntax, place, text, instance);
+}
+
+}  // namespace
+
 LibraryLog::LibraryLog(Findings& findings) : findings_(findings) { VELMAR::ExpLogger::AddLogger(this); }
 
 LibraryLog::~LibraryLog() { VELMAR::ExpLogger::RemoveLogger(this); }
@@ -50,7 +69,7 @@ void LibraryLog::Write(const std::string& message, const VELMAR::ExpLogLevel& le
   int column = 0;
   int length = 0;
   if (std::sscanf(text.c_str(), "-- line %d col %d: %n", &line, &column, &length) == 2 && length > 0) {
-    findings_.Add(Code::kSyntax, {line, column}, text.substr(static_cast<std::size_t>(length)));
+    AddPlaced(findings_, {line, column}, text.substr(static_cast<std::size_t>(length)));
   } else if (level == VELMAR::ExpLogException) {
     const std::string reason = Reason(text);
     findings_.Add(reason.find("holds no record") != std::string::npos ? Code::kEmptyHeader : Code::kGivenUp,

@@ -9,7 +9,7 @@
 
 namespace velmar {
 
-/// While it lives, turns what the library logs into findings: syntax errors get their place, errors met in
+/// While it lives, turns what the library logs into findings: syntax errors and what is not kept get their place, errors met in
 /// reading none, and progress is passed over. Notes where the file itself cannot be read.
 class LibraryLog : public VELMAR::ExpAbstractLogger {
  public:

@@ -29,8 +29,9 @@ struct Listing {
   std::vector<Row> rows;                ///< in the order of the instance numbers
 };
 
-/// A complex instance is listed once if one of its parts is of the type. Throws std::invalid_argument where
-/// the schema of the population has no such type, or neither the type nor a subtype has such an attribute.
+/// A complex instance is listed once if one of its parts is of the type. Types that the schema lacks have the positions of
+/// their parameters as attributes, from "1" on. Throws std::invalid_argument where neither the schema of the population nor an
+/// instance is of such a type, or neither the type nor a subtype has such an attribute.
 Listing ListInstances(Population& population, const ListingRequest& request);
 
 }  // namespace velmar

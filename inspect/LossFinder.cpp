@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <cwchar>
 #include <limits>
 #include <utility>
 
@@ -20,162 +19,151 @@ namespace {
 
 using VELMAR::ExpEntityRuntimeType;
 using VELMAR::ExpRuntimeRegistry;
-using VELMAR::Token;
 
 constexpr std::size_t kExamples = 3;        // how many instances a message names
 constexpr std::size_t kTypesNamed = 8;      // how many types one message names
-constexpr std::size_t kShortNumber = 9;     // so many characters always fit 32 bits
 constexpr std::ptrdiff_t kShortReal = 200;  // real numbers of so many characters always fit 64 bits
 constexpr std::ptrdiff_t kShortExponent =
     3;  // with an exponent of fewer digits, too, unless they are that long
 constexpr int kGreatestNumber = 1073741823;  // 2^30 - 1
+
+// The name of a user-defined type as the provider was asked for it.
+std::string WithoutMark(const std::string& type) { return type[0] == '!' ? type.substr(1) : type; }
 
 }  // namespace
 
 LossFinder::LossFinder(Population& population, Findings& findings)
     : population_(population), findings_(findings), hadErrors_(findings.Errors() != 0) {}
 
-void LossFinder::Find(std::FILE* file) {
-  WalkFile(file, *this);
+void LossFinder::Find(const std::string& path) {
+  ForAnyWrittenInstance(path, true, [this](const WrittenInstance& instance) { Look(instance); });
   if (!population_.IsSchemaSupported()) ReportSchema();
   ReportRecords();
-  ReportValues();
   ReportUnread();
   ReportReferences();
 }
 
-void LossFinder::InstanceName(const wchar_t* text, Place place) {
-  if (InstanceNumberOf(text) == 0) CheckNumber(text, place, 0, "");
+void LossFinder::Look(const WrittenInstance& instance) {
+  number_ = 0;
+  isPart_ = instance.isComplex;
+  if (!instance.IsInHeader()) LookAtNumber(instance);
+  for (const WrittenRecord& record : instance.records) {
+    if (record.type.empty()) continue;
+    record_ = &record;
+    type_ = &TypeOf(record.type);
+    LookAtValues(record);
+    if (instance.isWhole || !type_->known) LookAtRecord(instance, record);
+  }
 }
 
-void LossFinder::BeginInstance(const WalkedInstance& instance) {
+void LossFinder::LookAtNumber(const WrittenInstance& instance) {
+  const bool canBeStored = instance.number > 0 && instance.number <= kGreatestNumber;
+  if (canBeStored) {
+    number_ = static_cast<int>(instance.number);
+  } else {
+    CheckNumber(instance.number, fmt::format("#{}", instance.number), instance.where, 0, "");
+  }
   ++defined_;
-  if (population_.GetEntity(instance.number) == nullptr) notKept_.insert(instance.number);
-  if (population_.repeated_.count(instance.number) == 0) return;
-  const std::string here = fmt::format("{}:{}", instance.place.line, instance.place.column);
-  const auto [first, isNew] = seen_.insert({instance.number, here});
+  if (population_.GetEntity(number_) == nullptr) notKept_.insert(number_);
+  if (population_.repeated_.count(number_) == 0) return;
+  const std::string here = fmt::format("{}:{}", instance.where.line, instance.where.column);
+  const auto [first, isNew] = seen_.insert({number_, here});
   if (isNew) return;
   ++replaced_;
-  findings_.Add(Code::kNumberUsedTwice, instance.place,
-                fmt::format("{} is used twice; the instance at {} is not kept", instance.name, first->second),
-                instance.number);
+  findings_.Add(Code::kNumberUsedTwice, instance.where,
+                fmt::format("#{} is used twice; the instance at {} is not kept", number_, first->second), number_);
   first->second = here;
 }
 
-void LossFinder::BeginRecord(const WalkedRecord& record) {
-  record_ = &record;
-  type_ = &TypeOf(record.typeName);
-  if (record.instance.name.empty() && record.typeName == L"FILE_SCHEMA") schemaPlace_ = record.place;
-}
-
-// An aggregate has elements of some kinds only, and of a typed element it takes plain values.
-void LossFinder::Value(const WalkedValue& value) {
-  const Nesting& nesting = value.nesting;
-  const auto note = [&](Loss& loss) {
-    if (type_->known && !nesting.IsInListOfTypedElement()) Note(loss, record_->instance, value.place);
-  };
-  switch (value.kind) {
-    case Token::LeftParenthesis:
-      if (!value.isTyped && nesting.IsInTypedElement()) note(listsInTypedElements_);
-      break;
-    case Token::Point:
-      if (nesting.IsInList()) note(enumerationsInLists_);
-      break;
-    case Token::Dollar:
-      if (nesting.IsInList() && !nesting.IsInTypedElement()) note(unsetInLists_);
-      break;
-    case Token::Asterisk:
-      if (nesting.IsInList()) note(unsetInLists_);
-      break;
-    case Token::Binary:
-      note(binaries_);
-      break;
-    case Token::EntityInstanceName:
-      NoteReference(value);
-      break;
-    case Token::Integer:
-      IntegerValue(value);
-      break;
-    case Token::Real:
-      RealValue(value);
-      break;
-    default:
-      break;
-  }
-}
-
-void LossFinder::EndRecord(const WalkedRecord& record, int parameters) {
-  const Place place = record.instance.name.empty() ? record.place : record.instance.place;
-  const int attributes = type_->attributes - (record.isPart ? type_->firstOwn : 0);
+void LossFinder::LookAtRecord(const WrittenInstance& instance, const WrittenRecord& record) {
+  const bool isInHeader = instance.IsInHeader();
+  if (isInHeader && record.type == "FILE_SCHEMA") schemaPlace_ = record.where;
+  const int parameters = static_cast<int>(record.parameters);
+  const int attributes = type_->attributes - (isPart_ ? type_->firstOwn : 0);
   if (type_->known && parameters == attributes) return;
-  const Kind kind = type_->known                   ? parameters > attributes ? Kind::kTooMany : Kind::kTooFew
-                    : record.isPart                ? Kind::kUnknownPart
-                    : record.instance.name.empty() ? Kind::kUnknownHeader
-                                                   : Kind::kUnknown;
-  Note(records_[{Narrow(record.typeName.c_str()), kind, type_->known ? attributes : 0}], record.instance,
-       place);
+  const Kind kind = type_->known ? parameters > attributes ? Kind::kTooMany : Kind::kTooFew
+                    : isPart_    ? Kind::kUnknownPart
+                    : isInHeader ? Kind::kUnknownHeader
+                                 : Kind::kUnknown;
+  Note(records_[{WithoutMark(record.type), kind, type_->known ? attributes : 0}], instance,
+       isInHeader ? record.where : instance.where);
+}
+
+void LossFinder::LookAtValues(const WrittenRecord& record) {
+  int parameter = -1;
+  std::size_t next = 0;  // where the next parameter begins
+  for (std::size_t at = 0; at < record.values.size(); ++at) {
+    const WrittenValue& value = record.values[at];
+    if (at == next) {
+      ++parameter;
+      next = value.end;
+    }
+    if (value.kind == WrittenValue::Kind::Reference) NoteReference(value, parameter);
+    if (value.kind == WrittenValue::Kind::Real) RealValue(value, parameter);
+  }
 }
 
 // Of a reference to, or a definition of, an instance.
-void LossFinder::CheckNumber(const wchar_t* name, Place place, int instance, const std::string& attribute) {
-  if (std::wcstol(name + 1, nullptr, 10) == 0) {
+void LossFinder::CheckNumber(std::int64_t number, const std::string& text, Place place, int instance,
+                             const std::string& attribute) {
+  if (number == 0) {
     findings_.Add(Code::kNumberZero, place, "instance numbers begin at #1", instance, attribute);
-  } else {
-    findings_.Add(Code::kNumberTooHigh, place, fmt::format("instance numbers end at #{}", kGreatestNumber),
-                  instance, attribute);
+    return;
   }
+  const bool isKept = number <= std::numeric_limits<int>::max();
+  findings_.Add(Code::kNumberTooHigh, place,
+                fmt::format("instance numbers end at #{}{}", kGreatestNumber, isKept ? "" : fmt::format("; {} is not kept", text)),
+                instance, attribute);
 }
 
-void LossFinder::NoteReference(const WalkedValue& value) {
-  const int number = InstanceNumberOf(value.text);
-  if (number == 0) CheckNumber(value.text, value.place, record_->instance.number, AttributeOf(value));
-  if (number == 0 || population_.GetEntity(number) != nullptr) return;
+void LossFinder::NoteReference(const WrittenValue& value, int parameter) {
+  const char* const digits = value.text.data();
+  const std::int64_t wanted = InstanceNumber(digits, digits + value.text.size());
+  if (wanted == 0 || wanted > kGreatestNumber) {
+    CheckNumber(wanted, "#" + value.text, value.where, number_, AttributeOf(parameter));
+    return;
+  }
+  const int number = static_cast<int>(wanted);
+  if (population_.GetEntity(number) != nullptr) return;
   UnresolvedReference& reference = unresolved_[number];
   if (reference.count++ == 0) {
     reference.to = number;
-    reference.from = record_->instance.number;
-    reference.place = value.place;
+    reference.from = number_;
+    reference.place = value.where;
   }
 }
 
-void LossFinder::IntegerValue(const WalkedValue& value) {
-  if (std::wcslen(value.text) <= kShortNumber) return;
-  const long number = std::wcstol(value.text, nullptr, 10);
-  if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max()) {
-    findings_.Add(Code::kIntegerRange, value.place, "the integer does not fit 32 bits",
-                  record_->instance.number, AttributeOf(value));
-  }
-}
-
-void LossFinder::RealValue(const WalkedValue& value) {
-  const wchar_t* const begin = value.text;
-  const wchar_t* const end = begin + std::wcslen(begin);
-  const wchar_t* last = end;  // behind what is no digit
-  while (last != begin && last[-1] >= L'0' && last[-1] <= L'9') --last;
-  const bool hasExponent = last != begin && last[-1] != L'.';
+void LossFinder::RealValue(const WrittenValue& value, int parameter) {
+  const char* const begin = value.text.data();
+  const char* const end = begin + value.text.size();
+  const char* last = end;  // behind what is no digit
+  while (last != begin && last[-1] >= '0' && last[-1] <= '9') --last;
+  const bool hasExponent = last != begin && last[-1] != '.';
   if (end - begin <= kShortReal && !(hasExponent && end - last >= kShortExponent)) return;
-  if (std::isinf(std::strtod(Narrow(begin).c_str(), nullptr))) {
-    findings_.Add(Code::kRealRange, value.place, "the real number does not fit 64 bits",
-                  record_->instance.number, AttributeOf(value));
-  }
+  const double number = std::strtod(begin, nullptr);
+  const bool isNotZero = std::any_of(begin, last, [](char c) { return c >= '1' && c <= '9'; });
+  if (!std::isinf(number) && (number != 0 || !isNotZero)) return;
+  findings_.Add(Code::kRealRange, value.where,
+                fmt::format("the real number does not fit 64 bits and becomes {}", number == 0 ? "0" : "infinite"), number_,
+                AttributeOf(parameter));
 }
 
 // "CARTESIAN_POINT.coordinates"
-std::string LossFinder::AttributeOf(const WalkedValue& value) const {
-  std::string name = Narrow(record_->typeName.c_str());
+std::string LossFinder::AttributeOf(int parameter) const {
+  std::string name = WithoutMark(record_->type);
   if (type_->runtimeType == nullptr) return name;
-  const int index = value.parameter + (record_->isPart ? type_->firstOwn : 0);
+  const int index = parameter + (isPart_ ? type_->firstOwn : 0);
   const std::vector<std::string>& names = *type_->runtimeType->GetMemberNames();
   if (index >= 0 && static_cast<std::size_t>(index) < names.size())
     name += "." + names[static_cast<std::size_t>(index)];
   return name;
 }
 
-LossFinder::Type& LossFinder::TypeOf(const std::wstring& name) {
+LossFinder::Type& LossFinder::TypeOf(const std::string& name) {
   const auto found = types_.find(name);
   if (found != types_.end()) return found->second;
 
-  const std::string narrow = Narrow(name.c_str());
+  const std::string narrow = WithoutMark(name);
   Type type = {population_.unknownTypes_.count(narrow) == 0, 0, 0, nullptr};
   if (type.known) {
     ExpEntityRuntimeType* runtimeType =
@@ -188,14 +176,16 @@ LossFinder::Type& LossFinder::TypeOf(const std::wstring& name) {
   return types_.emplace(name, type).first->second;
 }
 
-void LossFinder::Note(Loss& loss, const WalkedInstance& instance, Place place) {
+void LossFinder::Note(Loss& loss, const WrittenInstance& instance, Place place) {
   if (loss.count++ == 0) {
     loss.first = place;
-    loss.instance = instance.number;
+    loss.instance = number_;
   }
-  if (instance.name.empty() || (!loss.where.empty() && loss.where.back() == instance.name)) return;
+  if (instance.IsInHeader()) return;
+  const std::string name = fmt::format("#{}", instance.number);
+  if (!loss.where.empty() && loss.where.back() == name) return;
   if (loss.where.size() < kExamples) {
-    loss.where.push_back(instance.name);
+    loss.where.push_back(name);
   } else {
     loss.hasMore = true;
   }
@@ -225,11 +215,10 @@ void LossFinder::ReportRecords() {
       case Kind::kUnknownPart:
       case Kind::kUnknownHeader:
         unplaced[type] -= std::min(unplaced[type], loss.count);
-        if (kind == Kind::kUnknown) unknownInstances_ += loss.count;
         if (kind == Kind::kUnknownHeader) code = Code::kUnknownHeaderRecord;
         if (!population_.IsSchemaSupported()) continue;
         text = fmt::format(
-            "{} of {} not kept: {} has no such entity",
+            "{} of {} kept by position: {} has no such entity",
             Counted(loss.count, kind == Kind::kUnknown       ? "instance"
                                 : kind == Kind::kUnknownPart ? "partial record"
                                                              : "header record"),
@@ -237,13 +226,13 @@ void LossFinder::ReportRecords() {
         break;
       case Kind::kTooMany:
         code = Code::kTooManyParameters;
-        text = fmt::format("{} of {} with more parameters than attributes ({}): the surplus is not kept",
+        text = fmt::format("{} of {} with more parameters than attributes ({}): the surplus is kept by position",
                            Counted(loss.count, "record"), type, attributes);
         break;
       case Kind::kTooFew:
         code = Code::kTooFewParameters;
         text = fmt::format(
-            "{} of {} with fewer parameters than attributes ({}): the others keep their initial values",
+            "{} of {} with fewer parameters than attributes ({}): the others have no value",
             Counted(loss.count, "record"), type, attributes);
         break;
     }
@@ -258,7 +247,7 @@ void LossFinder::ReportRecords() {
   for (const auto& [type, count] : unplaced) {
     if (count > 0) {
       findings_.Add(Code::kUnknownType,
-                    fmt::format("{} of {} not kept: {} has no such entity", Counted(count, "record"), type,
+                    fmt::format("{} of {} kept by position: {} has no such entity", Counted(count, "record"), type,
                                 population_.GetEnforcedFactoryName()));
     }
   }
@@ -274,42 +263,18 @@ void LossFinder::ReportUnknownAtOnce() {
     if (names.size() < kTypesNamed) names.push_back(type);
   }
   findings_.Add(Code::kUnknownType,
-                fmt::format("{} of {} not kept: {}{}", Counted(records, "record"),
+                fmt::format("{} of {} kept by position: {}{}", Counted(records, "record"),
                             Counted(unknown.size(), "unknown type"), fmt::join(names, ", "),
                             unknown.size() > names.size() ? ", ..." : ""));
 }
 
-void LossFinder::ReportValues() {
-  const struct {
-    Code code;
-    const Loss& loss;
-    const char* one;
-    const char* many;
-  } losses[] = {
-      {Code::kBinary, binaries_, "binary value", "binary values"},
-      {Code::kUnsetInList, unsetInLists_, "unset list element", "unset list elements"},
-      {Code::kEnumerationInList, enumerationsInLists_, "enumeration value in a list",
-       "enumeration values in lists"},
-      {Code::kListInTypedElement, listsInTypedElements_, "list in a typed list element",
-       "lists in typed list elements"},
-  };
-  for (const auto& [code, loss, one, many] : losses) {
-    if (loss.count == 0) continue;
-    findings_.Add(
-        code, loss.first,
-        fmt::format("{} {} not kept{}", Grouped(loss.count), loss.count == 1 ? one : many, Where(loss)),
-        loss.instance);
-  }
-}
-
-// Every instance that the file defines is kept, of an unknown type, or replaced by a later one; what is
+// Every instance that the file defines is kept or replaced by a later one; what is
 // missing then was passed over with a syntax error.
 void LossFinder::ReportUnread() {
   if (defined_ < population_.Count() && !hadErrors_) {
     findings_.Add(Code::kFileChanged, "the file has become shorter while it was read");
   }
-  const std::size_t accounted =
-      population_.Count() + population_.WithoutParts() + unknownInstances_ + replaced_;
+  const std::size_t accounted = population_.Count() + replaced_;
   if (defined_ <= accounted) return;
   findings_.Add(Code::kInstancesNotRead,
                 fmt::format("{} of the {} instances were not read because of the errors",

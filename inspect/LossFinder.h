@@ -1,8 +1,9 @@
 /// @file LossFinder.h
-/// Where a file holds what its population does not.
+/// Where a file holds what its schema or its population does not.
 #pragma once
 
-#include <cstdio>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <tuple>
@@ -10,9 +11,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "FileWalk.h"
 #include "Findings.h"
 #include "Population.h"
+#include "WrittenInstances.h"
 
 namespace VELMAR {
 class ExpEntityRuntimeType;
@@ -20,15 +21,15 @@ class ExpEntityRuntimeType;
 
 namespace velmar {
 
-/// Walks once more over a file that has been read, and compares its records with what the population could
+/// Walks once more over a file that has been read, and compares its records with the schema and with what the population could
 /// keep of them.
-class LossFinder : private WalkListener {
+class LossFinder {
  public:
   LossFinder(Population& population, Findings& findings);
 
-  /// Adds the findings, and tells the population which references lead nowhere. `file` stands at its start
-  /// and stays the caller's. Linear in the length of the file. Called once.
-  void Find(std::FILE* file);
+  /// Adds the findings, and tells the population which references lead nowhere. Linear in the length of the file. Called once.
+  /// Throws std::runtime_error where the file cannot be read.
+  void Find(const std::string& path);
 
  private:
   struct Type {
@@ -46,46 +47,40 @@ class LossFinder : private WalkListener {
   };
   enum class Kind { kUnknown, kUnknownPart, kUnknownHeader, kTooMany, kTooFew };
 
-  void InstanceName(const wchar_t* text, Place place) override;
-  void BeginInstance(const WalkedInstance& instance) override;
-  void BeginRecord(const WalkedRecord& record) override;
-  void Value(const WalkedValue& value) override;
-  void EndRecord(const WalkedRecord& record, int parameters) override;
+  void Look(const WrittenInstance& instance);
+  void LookAtNumber(const WrittenInstance& instance);
+  void LookAtRecord(const WrittenInstance& instance, const WrittenRecord& record);
+  void LookAtValues(const WrittenRecord& record);
 
-  void CheckNumber(const wchar_t* name, Place place, int instance, const std::string& attribute);
-  void NoteReference(const WalkedValue& value);
-  void IntegerValue(const WalkedValue& value);
-  void RealValue(const WalkedValue& value);
-  Type& TypeOf(const std::wstring& name);
-  std::string AttributeOf(const WalkedValue& value) const;
+  void CheckNumber(std::int64_t number, const std::string& text, Place place, int instance, const std::string& attribute);
+  void NoteReference(const WrittenValue& value, int parameter);
+  void RealValue(const WrittenValue& value, int parameter);
+  Type& TypeOf(const std::string& name);
+  std::string AttributeOf(int parameter) const;
 
-  static void Note(Loss& loss, const WalkedInstance& instance, Place place);
+  void Note(Loss& loss, const WrittenInstance& instance, Place place);
   static std::string Where(const Loss& loss);
   void ReportSchema();
   void ReportRecords();
   void ReportUnknownAtOnce();
-  void ReportValues();
   void ReportUnread();
   void ReportReferences();
 
   Population& population_;
   Findings& findings_;
   const bool hadErrors_;  // before we began to look
-  std::unordered_map<std::wstring, Type> types_;
+  std::unordered_map<std::string, Type> types_;
   std::map<std::tuple<std::string, Kind, int>, Loss> records_;  // by type, kind, number of attributes
-  std::map<int, std::string> seen_;       // where a number that is used twice was used first
-  const WalkedRecord* record_ = nullptr;  // the one we are in,
-  const Type* type_ = nullptr;            // and its type
+  std::map<int, std::string> seen_;         // where a number that is used twice was used first
+  const WrittenRecord* record_ = nullptr;   // the one we are in,
+  const Type* type_ = nullptr;              // its type,
+  bool isPart_ = false;                     // whether it is one of a complex instance,
+  int number_ = 0;                          // and the number of the instance; 0 where it cannot be stored
   Place schemaPlace_ = {0, 0};
   std::size_t defined_ = 0;           // instances that the file defines,
-  std::size_t unknownInstances_ = 0;  // of these: of unknown types,
-  std::size_t replaced_ = 0;          // and replaced by others of the same number
+  std::size_t replaced_ = 0;          // of these: replaced by others of the same number
   std::unordered_set<int> notKept_;   // the numbers of those that the population does not hold
   std::unordered_map<int, UnresolvedReference> unresolved_;  // by number: what no instance that is kept has
-  Loss binaries_;
-  Loss unsetInLists_;
-  Loss enumerationsInLists_;
-  Loss listsInTypedElements_;
 };
 
 }  // namespace velmar

@@ -1,8 +1,6 @@
 #include "Population.h"
 
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -34,6 +32,7 @@ Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),
       isLateBound_(!options.lateBoundSchema.empty()),
       keepsSchema_(isLateBound_ || options.schema.has_value()) {
+  KeepEverything(true);
   if (options.schema) SetSchema(*options.schema);
 }
 
@@ -69,11 +68,7 @@ void Population::ReadAndReport(const std::string& path, Findings& findings) {
   LoadTypes();  // where the file was given up before its schema was known
   if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
   if (!fallbackFailure_.empty()) findings.Add(Code::kFallbackLibrary, fallbackFailure_);
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
-  errno = 0;
-  LossFinder(*this, findings).Find(file.get());
-  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+  LossFinder(*this, findings).Find(path);
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
@@ -88,13 +83,6 @@ VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
 }
 
 void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
-  // A complex instance of which no part is known has no text that could be read again.
-  auto* complex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity);
-  if (complex != nullptr && complex->GetEntities()->empty()) {
-    ++withoutParts_;
-    return;
-  }
-
   const bool isNew = GetEntity(number) == nullptr;
   try {
     ExpFile::AddEntity(number, entity);
@@ -140,7 +128,6 @@ std::string Population::TryLoading(Load load) {
 
 void Population::DeleteEntities() {
   count_ = 0;
-  withoutParts_ = 0;
   ExpFile::DeleteEntities();
 }
 

@@ -1,5 +1,5 @@
 /// @file Population.h
-/// A Part 21 file with everything noted that could not be kept.
+/// A Part 21 file with all that it holds, and with everything noted that could not be kept.
 #pragma once
 
 #include <cstddef>
@@ -43,7 +43,7 @@ class BeingRead {
   BeingRead& operator=(const BeingRead&) = delete;
 };
 
-/// A file that notes, while it is read, which instances it cannot hold. Schema libraries are loaded when it
+/// A file that keeps everything, and notes while it is read which types its schema lacks. Schema libraries are loaded when it
 /// needs them: that of its schema, and that of the fallback schema when it meets a type that its schema
 /// lacks. A schema that was loaded at run time takes the place of both.
 class Population : public VELMAR::ExpFixedSchemaFile {
@@ -54,8 +54,8 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   /// it and a finding for everything of it that this population does not hold:
   /// - errors: syntax; a schema without a library; instances and partial records of unknown types; records
   ///   with more parameters than their type has attributes; instance numbers that are used twice, or that
-  ///   cannot be stored; integers beyond 32 bits;
-  /// - warnings: records with too few parameters; binary values; values that lists do not keep; a fallback
+  ///   cannot be stored; real numbers beyond 64 bits; records that are there twice;
+  /// - warnings: records with too few parameters; scopes; further records of the header; a fallback
   ///   schema that cannot be loaded.
   /// Throws std::runtime_error where the file cannot be read to its end, or the library of its schema cannot
   /// be loaded.
@@ -71,10 +71,8 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   bool IsSchemaSupported() const { return schemaSupported_; }
   /// The number of instances.
   std::size_t Count() const { return count_; }
-  /// Complex instances that are left out because none of their parts is of a known type.
-  std::size_t WithoutParts() const { return withoutParts_; }
 
-  /// How often an instance, or a part of one, of a type could not be made, by type.
+  /// How many instances, parts of such and records of the header are of a type that is not known, by type.
   const std::map<std::string, std::size_t>& UnknownTypes() const { return unknownTypes_; }
   /// References that lead nowhere, one for each missing instance, in the order of their places.
   const std::vector<UnresolvedReference>& Unresolved() const { return unresolved_; }
@@ -101,7 +99,6 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   bool wasGivenSchema_ = false;  // by the header of the file, be it empty
   bool schemaSupported_ = true;
   std::size_t count_ = 0;
-  std::size_t withoutParts_ = 0;
   double readingTime_ = 0;
   double loadingTime_ = 0;
   bool usesFallback_ = false;    // whether the fallback schema is still to be loaded when a type is unknown

@@ -176,13 +176,6 @@ class Seen {
   const std::vector<const TypeRole*>& roles_;
 };
 
-std::string TypeOf(const WrittenInstance& instance) {
-  if (!instance.isComplex) return instance.records.front().type;
-  std::string type;
-  for (const WrittenRecord& record : instance.records) type += (type.empty() ? "(" : " ") + record.type;
-  return type + ")";
-}
-
 // Of an instance, as findings have it.
 int FindingNumber(std::int64_t number) {
   constexpr std::int64_t kHighest = 1073741823;
@@ -294,12 +287,12 @@ void Reader::Take(const WrittenInstance& instance) {
   for (const WrittenRecord& record : instance.records) {
     now_.push_back(RoleOf(record.type));
     kinds |= now_.back()->kinds;
-    if (record.type.find("REPRESENTATION") != std::string::npos) representations_[instance.number] = TypeOf(instance);
+    if (record.type.find("REPRESENTATION") != std::string::npos) representations_[instance.number] = TypeText(instance);
   }
   if (kinds == 0) return;
   const Seen seen(instance, now_);
   const std::int64_t number = instance.number;
-  const TypedInstance typed = {number, TypeOf(instance)};
+  const TypedInstance typed = {number, TypeText(instance)};
   if (seen.Is(kProduct)) {
     Put(products_, productAt_, {typed, instance.where, seen.Text(kProduct, "id"), seen.Text(kProduct, "name"),
                                 seen.Text(kProduct, "description"), kNone, kNone});
@@ -340,7 +333,7 @@ void Reader::Take(const WrittenInstance& instance) {
 void Reader::TakeUsage(const Seen& seen, const WrittenInstance& instance) {
   UsageRow row;
   row.where = instance.where;
-  row.usage.instance = {instance.number, TypeOf(instance)};
+  row.usage.instance = {instance.number, TypeText(instance)};
   row.usage.id = seen.Text(kRelationship, "id");
   row.usage.name = seen.Text(kRelationship, "name");
   row.usage.designator = seen.Text(kUsage, "reference_designator");

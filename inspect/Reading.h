@@ -14,7 +14,8 @@ namespace velmar {
 class Reading {
  public:
   /// Throws std::runtime_error where the file cannot be read, or the library of its schema cannot be loaded;
-  /// the text begins with the path. All that is wrong with what the file holds is a finding.
+  /// the text begins with the path. All that is wrong with what the file holds is a finding. A file that is named as
+  /// JSON is read as such; what makes it none is thrown, with its place.
   explicit Reading(const std::string& path, const ReadingOptions& options = {});
 
   const std::string& Path() const { return findings_.File(); }

@@ -20,6 +20,13 @@ class Reader {
     return std::nullopt;
   }
 
+  bool IsUtf8() {
+    while (at_ < text_.size()) {
+      if (!PassCharacter()) return false;
+    }
+    return true;
+  }
+
  private:
   bool Fail(const char* mistake) {
     mistake_ = mistake;
@@ -106,5 +113,7 @@ class Reader {
 }  // namespace
 
 std::optional<StringMistake> FindStringMistake(const std::string& text) { return Reader(text).Find(); }
+
+bool IsWellFormedUtf8(const std::string& bytes) { return Reader(bytes).IsUtf8(); }
 
 }  // namespace velmar

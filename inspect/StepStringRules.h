@@ -18,4 +18,7 @@ struct StringMistake {
 /// `text` is what stands between the apostrophes.
 std::optional<StringMistake> FindStringMistake(const std::string& text);
 
+/// Whether the bytes are UTF-8 from their first to their last (ISO/IEC 10646).
+bool IsWellFormedUtf8(const std::string& bytes);
+
 }  // namespace velmar

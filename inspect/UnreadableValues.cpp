@@ -3,15 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <cstdlib>
 #include <list>
 #include <string>
 #include <vector>
 
 #include "ExpAttributeVisitor.h"
 #include "ExpCustomEntities.h"
+#include "Instances.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -23,7 +22,6 @@ using VELMAR::ExpEntity;
 
 constexpr std::size_t kLongestToken = 32767;
 constexpr std::size_t kMostForAByte = 6;  // \X2\4E00\X0\ for two bytes of UTF-8
-constexpr double kNearTheGreatest = 1.79e308;
 constexpr std::size_t kExamples = 3;
 
 // Values of one kind: how many there are, and where the first of them stand.
@@ -48,24 +46,25 @@ class Finder : public VELMAR::ExpAttributeVisitor {
  public:
   // From the member at `begin` on. `instance` begins the place: "#1 " or nothing.
   void Look(ExpEntity& record, int begin, const std::string& instance) {
-    for (int index = begin; index < record.GetNofExplicitMembers(); ++index) {
-      longStrings_ = greatReals_ = 0;
-      pending_.push_back(record.GetMember(index));
+    const int end = record.GetNofExplicitMembers();
+    for (int index = begin;; ++index) {
+      ExpAttribute* first = ValueAt(record, index);
+      if (first == nullptr && index >= end) return;
+      longStrings_ = 0;
+      pending_.push_back(first);
       while (!pending_.empty()) {
         ExpAttribute* value = pending_.back();
         pending_.pop_back();
         if (value != nullptr) value->Accept(this);
       }
-      if (longStrings_ + greatReals_ == 0) continue;
-      const std::string name = (*record.GetMemberNames())[static_cast<std::size_t>(index)];
-      const std::string place = fmt::format("{}{}.{}", instance, record.GetExpClassName(), name);
+      if (longStrings_ == 0) continue;
+      const std::string place =
+          fmt::format("{}{}.{}", instance, record.GetExpClassName(), AttributeName(record, index, begin));
       for (std::size_t i = 0; i < longStrings_; ++i) strings.Add(place);
-      for (std::size_t i = 0; i < greatReals_; ++i) reals.Add(place);
     }
   }
 
   Found strings;
-  Found reals;
 
  private:
   void VisitExpString(VELMAR::ExpString* value) override {
@@ -75,11 +74,6 @@ class Finder : public VELMAR::ExpAttributeVisitor {
     } catch (const std::string&) {  // it cannot be written either, and writing says so
     }
   }
-  void VisitExpReal(VELMAR::ExpReal* value) override {
-    const double number = std::abs(value->GetExpReal());
-    if (number < kNearTheGreatest || std::isinf(number)) return;
-    if (std::isinf(std::strtod(value->ToString().c_str(), nullptr))) ++greatReals_;
-  }
   void VisitExpSelect(VELMAR::ExpSelect* value) override { pending_.push_back(value->GetExpSelectValue()); }
   void VisitExpAggregation(VELMAR::ExpAggregation* value) override {
     pending_.insert(pending_.end(), value->GetExpAggregation()->begin(), value->GetExpAggregation()->end());
@@ -87,7 +81,6 @@ class Finder : public VELMAR::ExpAttributeVisitor {
 
   std::vector<ExpAttribute*> pending_;
   std::size_t longStrings_ = 0;  // in the attribute that is looked at
-  std::size_t greatReals_ = 0;
 };
 
 }  // namespace
@@ -114,11 +107,6 @@ void ReportUnreadableValues(Population& file, Findings& findings) {
         Code::kLongString,
         fmt::format("{} written with more than {} characters, which ends the program that reads it: {}",
                     Counted(finder.strings.count, "string"), Grouped(kLongestToken), finder.strings.Where()));
-  }
-  if (finder.reals.count > 0) {
-    findings.Add(Code::kRealRounded,
-                 fmt::format("{} rounded to 15 digits that are infinite when they are read: {}",
-                             Counted(finder.reals.count, "real number"), finder.reals.Where()));
   }
 }
 

@@ -7,8 +7,7 @@
 
 namespace velmar {
 
-/// Adds a warning where strings will be longer than a token that can be read, for their escapes, and one
-/// where real numbers will be infinite when they are read, for their rounding.
+/// Adds a warning where strings will be longer than a token that can be read, for their escapes.
 void ReportUnreadableValues(Population& file, Findings& findings);
 
 }  // namespace velmar

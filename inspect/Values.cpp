@@ -1,9 +1,12 @@
 #include "Values.h"
 
 #include <cctype>
+#include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <list>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
 #include "ExpAttributeVisitor.h"
 #include "Wording.h"
@@ -30,7 +33,7 @@ std::string Part21Text(ExpAttribute& value) {
 
 std::string Decoded(const std::string& body) { return Printable(VELMAR::ExpString(body).GetExpString()); }
 
-// The type names before a typed value: "A(B(1))" has two.
+// The type names before a typed value: "A(!B(1))" has two.
 std::vector<std::string> TypeNamesIn(const std::string& text) {
   std::vector<std::string> names;
   std::size_t begin = 0;
@@ -39,7 +42,7 @@ std::vector<std::string> TypeNamesIn(const std::string& text) {
     if (c == '(' && i > begin) {
       names.push_back(text.substr(begin, i - begin));
       begin = i + 1;
-    } else if (std::isalnum(c) == 0 && c != '_') {
+    } else if (std::isalnum(c) == 0 && c != '_' && (c != '!' || i > begin)) {
       break;
     }
   }
@@ -56,11 +59,23 @@ class JsonMaker : public VELMAR::ExpAttributeVisitor {
     if (depth > kDeepest) return {{"part21", Part21Text(*value)}};
     JsonMaker maker(depth);
     value->Accept(&maker);
-    return maker.json_;
+    return maker.isOther_ ? OfToken(Part21Text(*value)) : maker.json_;
   }
 
  private:
+  // Of values that a visitor passes over: binary ones and integers of more than 32 bits.
+  static Json OfToken(const std::string& text) {
+    if (text.size() > 2 && text.front() == '"') return {{"binary", text.substr(1, text.size() - 2)}};
+    const bool isPositive = text[0] == '+';
+    std::int64_t integer = 0;
+    const char* const end = text.data() + text.size();
+    const auto [behind, error] = std::from_chars(text.data() + (isPositive ? 1 : 0), end, integer);
+    if (error == std::errc() && behind == end) return integer;
+    return {{"part21", text}};
+  }
+
   void VisitExpReal(VELMAR::ExpReal* value) override {
+    isOther_ = false;
     const double number = value->GetExpReal();
     if (std::isfinite(number)) {
       json_ = number;
@@ -68,20 +83,30 @@ class JsonMaker : public VELMAR::ExpAttributeVisitor {
       json_ = {{"part21", Part21Text(*value)}};
     }
   }
-  void VisitExpInteger(VELMAR::ExpInteger* value) override { json_ = value->GetExpInteger(); }
-  void VisitExpString(VELMAR::ExpString* value) override { json_ = value->GetExpString(); }
+  void VisitExpInteger(VELMAR::ExpInteger* value) override {
+    isOther_ = false;
+    json_ = value->GetExpInteger();
+  }
+  void VisitExpString(VELMAR::ExpString* value) override {
+    isOther_ = false;
+    json_ = value->GetExpString();
+  }
   void VisitExpLink(VELMAR::ExpLink* value) override {
+    isOther_ = false;
     if (value->GetExpLink() >= 0) json_ = {{"ref", value->GetExpLink()}};
   }
   void VisitExpEnumeration(VELMAR::ExpEnumeration* value) override {
+    isOther_ = false;
     const std::string name = value->GetExpEnumerationString();
     if (!name.empty()) json_ = {{"enum", name}};
   }
   void VisitExpAggregation(VELMAR::ExpAggregation* value) override {
+    isOther_ = false;
     json_ = Json::array();
     for (ExpAttribute* element : *value->GetExpAggregation()) json_.push_back(Make(element, depth_ + 1));
   }
   void VisitExpSelect(VELMAR::ExpSelect* value) override {
+    isOther_ = false;
     json_ = Make(value->GetExpSelectValue(), depth_ + 1);
     const std::vector<std::string> names = TypeNamesIn(Part21Text(*value));
     for (auto name = names.rbegin(); name != names.rend(); ++name) {
@@ -90,12 +115,13 @@ class JsonMaker : public VELMAR::ExpAttributeVisitor {
   }
 
   int depth_;
+  bool isOther_ = true;  // of no kind that there is an operation for
   Json json_;
 };
 
 class LinkFinder : public VELMAR::ExpAttributeVisitor {
  public:
-  explicit LinkFinder(std::vector<int>& numbers) : numbers_(numbers) {}
+  explicit LinkFinder(const std::function<void(VELMAR::ExpLink&)>& action) : action_(action) {}
 
   void Look(ExpAttribute& value) {
     pending_.push_back(&value);
@@ -107,15 +133,13 @@ class LinkFinder : public VELMAR::ExpAttributeVisitor {
   }
 
  private:
-  void VisitExpLink(VELMAR::ExpLink* value) override {
-    if (value->GetExpLink() > 0) numbers_.push_back(value->GetExpLink());
-  }
+  void VisitExpLink(VELMAR::ExpLink* value) override { action_(*value); }
   void VisitExpSelect(VELMAR::ExpSelect* value) override { pending_.push_back(value->GetExpSelectValue()); }
   void VisitExpAggregation(VELMAR::ExpAggregation* value) override {
     pending_.insert(pending_.end(), value->GetExpAggregation()->begin(), value->GetExpAggregation()->end());
   }
 
-  std::vector<int>& numbers_;
+  const std::function<void(VELMAR::ExpLink&)>& action_;
   std::vector<ExpAttribute*> pending_;
 };
 
@@ -150,6 +174,12 @@ std::string CellOf(ExpAttribute& value) {
 
 Json JsonOf(ExpAttribute& value) { return JsonMaker::Make(&value, 0); }
 
-void AddLinksOf(ExpAttribute& value, std::vector<int>& numbers) { LinkFinder(numbers).Look(value); }
+void ForEachLinkIn(ExpAttribute& value, const std::function<void(VELMAR::ExpLink&)>& action) { LinkFinder(action).Look(value); }
+
+void AddLinksOf(ExpAttribute& value, std::vector<int>& numbers) {
+  ForEachLinkIn(value, [&numbers](VELMAR::ExpLink& link) {
+    if (link.GetExpLink() > 0) numbers.push_back(link.GetExpLink());
+  });
+}
 
 }  // namespace velmar

@@ -2,6 +2,7 @@
 /// Attribute values as texts and as JSON.
 #pragma once
 
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
@@ -22,6 +23,9 @@ std::string CellOf(VELMAR::ExpAttribute& value);
 
 /// The value as docs/json.md describes it.
 Json JsonOf(VELMAR::ExpAttribute& value);
+
+/// Calls `action` for each reference in the value, those in selects and aggregates included, in no particular order.
+void ForEachLinkIn(VELMAR::ExpAttribute& value, const std::function<void(VELMAR::ExpLink&)>& action);
 
 /// The instances that the value refers to, those in selects and aggregates included, in no particular order.
 void AddLinksOf(VELMAR::ExpAttribute& value, std::vector<int>& numbers);

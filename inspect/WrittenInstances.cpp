@@ -3,74 +3,106 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <cwchar>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "ExpUtilities.h"
+#include "LexemeReader.h"
 
 namespace velmar {
 
 using VELMAR::Token;
 
-namespace {
-
-// Makes `text` that of a token without so many characters at its ends. Characters are bytes of the file, or code points.
-void AssignText(std::string& text, const wchar_t* token, std::size_t first, std::size_t last, bool areCodePoints) {
-  text.clear();
-  const std::size_t length = std::wcslen(token);
-  for (std::size_t i = first; i + last < length; ++i) {
-    if (token[i] < 0x80 || !areCodePoints) {
-      text += static_cast<char>(token[i]);
-    } else {
-      text += VELMAR::Utf8Encode(static_cast<unsigned int>(token[i]));
-    }
-  }
-}
-
-// The number of "#12".
-std::int64_t NumberOf(const wchar_t* token) {
+std::int64_t InstanceNumber(const char* begin, const char* end) {
   constexpr std::int64_t kGreatest = std::numeric_limits<std::int64_t>::max();
   std::int64_t number = 0;
-  for (const wchar_t* digit = token + 1; *digit != L'\0'; ++digit) {
-    const int value = static_cast<int>(*digit - L'0');
+  for (const char* digit = begin; digit != end; ++digit) {
+    const int value = *digit - '0';
     if (number > (kGreatest - value) / 10) return kGreatest;
     number = 10 * number + value;
   }
   return number;
 }
 
+namespace {
+
+// Makes `text` that of a token without so many characters at its ends.
+void AssignText(std::string& text, const VELMAR::LexemeReader& token, std::size_t first, std::size_t last) {
+  text.assign(token.Text() + first, token.Length() - first - last);
+}
+
+int ForEach(const std::string& path, bool withValues, bool (InstanceReader::*read)(WrittenInstance&, bool),
+            const std::function<void(const WrittenInstance&)>& action) {
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  errno = 0;
+  VELMAR::Scanner scanner(file.get());
+  InstanceReader reader(scanner);
+  WrittenInstance instance;
+  while ((reader.*read)(instance, withValues)) action(instance);
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+  return reader.DataBegin();
+}
+
 }  // namespace
 
+std::string TypeText(const WrittenInstance& instance) {
+  if (!instance.isComplex) return instance.records.empty() ? "" : instance.records.front().type;
+  std::string text;
+  for (const WrittenRecord& record : instance.records) text += (text.empty() ? "(" : " ") + record.type;
+  return text + ")";
+}
+
+InstanceReader::InstanceReader(VELMAR::Scanner& scanner) : token_(std::make_unique<VELMAR::LexemeReader>(scanner)) {}
+InstanceReader::~InstanceReader() = default;
+
+inline void InstanceReader::Next() {
+  behind_ = token_->Position() + 1;  // exact behind parentheses
+  token_->Next();
+}
+
+inline bool InstanceReader::Is(Token::Kind kind) const { return token_->Kind() == kind; }
+inline Place InstanceReader::Here() const { return {token_->Line(), token_->Column()}; }
+
 bool InstanceReader::Read(WrittenInstance& instance, bool withValues) {
+  while (ReadAny(instance, withValues)) {
+    if (instance.isWhole) return true;
+  }
+  return false;
+}
+
+bool InstanceReader::ReadAny(WrittenInstance& instance, bool withValues) {
   for (; !Is(Token::EoF);) {
     for (WrittenRecord& record : instance.records) spare_.push_back(std::move(record));
     instance.records.clear();
     instance.isComplex = false;
+    instance.isWhole = true;
     instance.where = Here();
     if (Is(Token::Header)) {
       inHeader_ = true;
       Next();
     } else if (Is(Token::EndSec) || Is(Token::Data)) {
       inHeader_ = false;
-      if (Is(Token::Data) && dataBegin_ < 0) dataBegin_ = token_->pos + static_cast<int>(std::wcslen(token_->val));
+      if (Is(Token::Data) && dataBegin_ < 0) dataBegin_ = token_->Position() + static_cast<int>(token_->Length());
       Next();
     } else if (inHeader_ && (Is(Token::Ident) || Is(Token::Exclamation))) {
       instance.number = -1;
-      instance.begin = token_->pos;
+      instance.begin = token_->Position();
       const bool isWhole = ReadRecord(instance, true);
       instance.end = behind_;
       if (isWhole) return true;
       PassStatement();
     } else if (Is(Token::EntityInstanceName)) {
-      instance.number = NumberOf(token_->val);
+      instance.number = InstanceNumber(token_->Text() + 1, token_->Text() + token_->Length());
       Next();
       if (!Is(Token::Equals)) continue;
       Next();
       if (Is(Token::Scope)) {
         enclosing_.push_back({instance.number, instance.where});
         Next();
-      } else if (ReadRecords(instance, withValues)) {
+      } else {
+        ReadRecords(instance, withValues);
         return true;
       }
     } else if (Is(Token::EndScope) && !enclosing_.empty()) {
@@ -83,7 +115,8 @@ bool InstanceReader::Read(WrittenInstance& instance, bool withValues) {
         while (!Is(Token::Slash) && !Is(Token::Semicolon) && !Is(Token::EoF));
         if (Is(Token::Slash)) Next();
       }
-      if (ReadRecords(instance, withValues)) return true;
+      ReadRecords(instance, withValues);
+      return true;
     } else {
       Next();
     }
@@ -96,9 +129,9 @@ void InstanceReader::PassStatement() {
 }
 
 // record ";" or "(" record { record } ")" ";" .
-bool InstanceReader::ReadRecords(WrittenInstance& instance, bool withValues) {
+void InstanceReader::ReadRecords(WrittenInstance& instance, bool withValues) {
   bool isWhole = true;
-  instance.begin = token_->pos;
+  instance.begin = token_->Position();
   if (Is(Token::LeftParenthesis)) {
     instance.isComplex = true;
     Next();
@@ -109,9 +142,8 @@ bool InstanceReader::ReadRecords(WrittenInstance& instance, bool withValues) {
     isWhole = ReadRecord(instance, withValues);
   }
   instance.end = behind_;
-  isWhole = isWhole && Is(Token::Semicolon);
+  instance.isWhole = isWhole && Is(Token::Semicolon);
   PassStatement();
-  return isWhole;
 }
 
 bool InstanceReader::ReadRecord(WrittenInstance& instance, bool withValues) {
@@ -123,21 +155,29 @@ bool InstanceReader::ReadRecord(WrittenInstance& instance, bool withValues) {
   }
   WrittenRecord& record = instance.records.back();
   record.where = Here();
+  record.end = record.where;
   record.parameters = 0;
+  record.type.clear();
   const bool isUserDefined = Is(Token::Exclamation);
   if (isUserDefined) Next();
-  if (!Is(Token::Ident)) return false;
-  AssignText(record.type, token_->val, 0, 0, isUtf8_);
-  if (isUserDefined) record.type.insert(0, 1, '!');
-  Next();
-  if (!Is(Token::LeftParenthesis)) return false;
-  Next();
-  return withValues ? ReadValues(record) : PassValues(record);
+  std::size_t used = 0;
+  bool isWhole = Is(Token::Ident);
+  if (isWhole) {
+    AssignText(record.type, *token_, 0, 0);
+    if (isUserDefined) record.type.insert(0, 1, '!');
+    Next();
+    isWhole = Is(Token::LeftParenthesis);
+  }
+  if (isWhole) {
+    Next();
+    isWhole = withValues ? ReadValues(record, used) : PassValues(record);
+  }
+  record.values.resize(used);
+  return isWhole;
 }
 
 // Up to the record's closing parenthesis.
 bool InstanceReader::PassValues(WrittenRecord& record) {
-  record.values.clear();
   for (int level = 1; !Is(Token::Semicolon) && !Is(Token::EoF); Next()) {
     if (Is(Token::LeftParenthesis)) ++level;
     if (!Is(Token::RightParenthesis) || --level > 0) continue;
@@ -148,17 +188,16 @@ bool InstanceReader::PassValues(WrittenRecord& record) {
   return false;
 }
 
-// { values separated by "," } ")" . Nesting is kept in a list.
-bool InstanceReader::ReadValues(WrittenRecord& record) {
+// { values separated by "," } ")" . Nesting is kept in a list. `used` becomes the number of values; what the record had before stays
+// behind them, for its memory.
+bool InstanceReader::ReadValues(WrittenRecord& record, std::size_t& used) {
   std::vector<WrittenValue>& values = record.values;
-  std::size_t used = 0;
   open_.clear();
   bool mayEnd = true;    // behind "(" and behind a value
   bool mayBegin = true;  // behind "(" and behind ","
   for (;;) {
     if (Is(Token::RightParenthesis) && mayEnd) {
       if (open_.empty()) {
-        values.resize(used);
         record.end = Here();
         Next();
         return true;
@@ -200,11 +239,11 @@ bool InstanceReader::ReadValue(WrittenValue& value) {
   using Kind = WrittenValue::Kind;
   const auto take = [&](Kind kind, std::size_t first, std::size_t last) {
     value.kind = kind;
-    AssignText(value.text, token_->val, first, last, isUtf8_);
+    AssignText(value.text, *token_, first, last);
     Next();
     return true;
   };
-  switch (token_->kind) {
+  switch (token_->Kind()) {
     case Token::Integer:
       return take(Kind::Integer, 0, 0);
     case Token::Real:
@@ -225,7 +264,7 @@ bool InstanceReader::ReadValue(WrittenValue& value) {
       value.kind = Kind::Enumeration;
       Next();
       if (!Is(Token::Ident)) return false;
-      AssignText(value.text, token_->val, 0, 0, isUtf8_);
+      AssignText(value.text, *token_, 0, 0);
       Next();
       if (!Is(Token::Point)) return false;
       Next();
@@ -236,7 +275,7 @@ bool InstanceReader::ReadValue(WrittenValue& value) {
       const bool isUserDefined = Is(Token::Exclamation);
       if (isUserDefined) Next();
       if (!Is(Token::Ident)) return false;
-      AssignText(value.text, token_->val, 0, 0, isUtf8_);
+      AssignText(value.text, *token_, 0, 0);
       if (isUserDefined) value.text.insert(0, 1, '!');
       Next();
       if (!Is(Token::LeftParenthesis)) return false;
@@ -250,18 +289,27 @@ bool InstanceReader::ReadValue(WrittenValue& value) {
 
 int ForEachWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action) {
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
-  char start[3] = {};
-  const bool isUtf8 = std::fread(start, 1, 3, file.get()) == 3 && std::memcmp(start, "\xEF\xBB\xBF", 3) == 0;
-  std::rewind(file.get());
-  errno = 0;
+  return ForEach(path, withValues, &InstanceReader::Read, action);
+}
+
+void ForAnyWrittenInstance(const std::string& path, bool withValues,
+                           const std::function<void(const WrittenInstance&)>& action) {
+  ForEach(path, withValues, &InstanceReader::ReadAny, action);
+}
+
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action) {
+  const File file(fmemopen(const_cast<char*>(part21.data()), part21.size(), "rb"));  // reads only
+  if (file == nullptr) throw std::runtime_error(std::strerror(errno));
   VELMAR::Scanner scanner(file.get());
-  InstanceReader reader(scanner, isUtf8);
+  InstanceReader reader(scanner);
   WrittenInstance instance;
-  while (reader.Read(instance, withValues)) action(instance);
-  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
-  return reader.DataBegin();
+  while (reader.ReadAny(instance)) {
+    if (!instance.isWhole) {
+      const std::string what = instance.IsInHeader() ? "a record of the header" : "#" + std::to_string(instance.number);
+      throw std::runtime_error(what + " has a value that cannot be read again");
+    }
+    action(instance);
+  }
 }
 
 NamedSchema SchemaNamedIn(const std::string& path) {

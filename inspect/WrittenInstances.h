@@ -12,6 +12,10 @@
 #include "Input.h"
 #include "Scanner.h"
 
+namespace VELMAR {
+class LexemeReader;
+}
+
 namespace velmar {
 
 /// One value as it is written. The values of a record stand behind each other in one list: an aggregate or a typed value,
@@ -41,6 +45,7 @@ struct WrittenInstance {
   std::int64_t number = -1;  ///< -1 in the header; the greatest 64-bit number for all that are greater
   Place where = {0, 0};
   bool isComplex = false;
+  bool isWhole = true;  ///< whether there is no mistake in it
   std::vector<WrittenRecord> records;
   /// Where the records stand in the file, in bytes: the first, or the parenthesis before it, and what is behind the last.
   int begin = 0;
@@ -49,18 +54,29 @@ struct WrittenInstance {
   bool IsInHeader() const { return number < 0; }
 };
 
+/// "A", of a complex instance "(A B)".
+std::string TypeText(const WrittenInstance& instance);
+
 /// Gives the header records and the instances of a file in the order of its text. What is no instance is passed over
 /// silently up to the next semicolon: to say what is wrong with the syntax is the parser's part. An instance with a scope
 /// comes behind those within it.
+///
+/// The one walk over the text that there is beside the parser's.
 class InstanceReader {
  public:
-  /// `scanner` stands at the beginning of the file, and outlives this. `isUtf8` says that the file has a byte order mark:
-  /// the texts of values are UTF-8 then, and bytes of the file otherwise.
-  InstanceReader(VELMAR::Scanner& scanner, bool isUtf8) : scanner_(scanner), isUtf8_(isUtf8) { Next(); }
+  /// `scanner` stands at the beginning of the file, and outlives this. The texts of values are bytes of the file, and UTF-8 where it
+  /// has a byte order mark.
+  explicit InstanceReader(VELMAR::Scanner& scanner);
+  ~InstanceReader();
+  InstanceReader(const InstanceReader&) = delete;
+  InstanceReader& operator=(const InstanceReader&) = delete;
 
-  /// Fills `instance` with the next one, whose memory is used again; false at the end of the file. Without `withValues` the
-  /// records of instances have types and places alone.
+  /// Fills `instance` with the next one that is whole, whose memory is used again; false at the end of the file. Without
+  /// `withValues` the records of instances have types and places alone.
   bool Read(WrittenInstance& instance, bool withValues = true);
+
+  /// The same with those that have mistakes, whose last record ends where the first mistake is.
+  bool ReadAny(WrittenInstance& instance, bool withValues = true);
 
   /// Where the first DATA section begins, in bytes, behind its keyword; -1 while there was none.
   int DataBegin() const { return dataBegin_; }
@@ -71,22 +87,17 @@ class InstanceReader {
     Place where = {0, 0};
   };
 
-  void Next() {
-    behind_ = token_ == nullptr ? 0 : token_->pos + 1;  // exact behind parentheses
-    token_ = scanner_.Scan();
-  }
-  bool Is(VELMAR::Token::Kind kind) const { return token_->kind == kind; }
-  Place Here() const { return {token_->line, token_->col}; }
-  bool ReadRecords(WrittenInstance& instance, bool withValues);
+  void Next();
+  bool Is(VELMAR::Token::Kind kind) const;
+  Place Here() const;
+  void ReadRecords(WrittenInstance& instance, bool withValues);
   bool ReadRecord(WrittenInstance& instance, bool withValues);
-  bool ReadValues(WrittenRecord& record);
+  bool ReadValues(WrittenRecord& record, std::size_t& used);
   bool ReadValue(WrittenValue& value);
   bool PassValues(WrittenRecord& record);
   void PassStatement();
 
-  VELMAR::Scanner& scanner_;
-  const bool isUtf8_;
-  VELMAR::Token* token_ = nullptr;
+  const std::unique_ptr<VELMAR::LexemeReader> token_;
   int dataBegin_ = -1;
   int behind_ = 0;  // where the token before this one ends
   bool inHeader_ = false;
@@ -95,10 +106,21 @@ class InstanceReader {
   std::vector<WrittenRecord> spare_;     // records whose memory waits for others
 };
 
-/// Calls `action` for each header record and instance of a file; returns where its DATA section begins, as DataBegin. Throws
+/// Calls `action` for each header record and whole instance of a file; returns where its DATA section begins, as DataBegin. Throws
 /// std::runtime_error where it cannot be read.
 int ForEachWrittenInstance(const std::string& path, bool withValues,
                            const std::function<void(const WrittenInstance&)>& action);
+
+/// The same for a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark. Throws std::runtime_error where an
+/// instance has a mistake.
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action);
+
+/// The same for instances with mistakes, too.
+void ForAnyWrittenInstance(const std::string& path, bool withValues,
+                           const std::function<void(const WrittenInstance&)>& action);
+
+/// The number of an instance name without its `#`; the greatest 64-bit number for all that are greater.
+std::int64_t InstanceNumber(const char* begin, const char* end);
 
 /// What the header of a file says of its schema.
 struct NamedSchema {

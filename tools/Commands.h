@@ -38,6 +38,9 @@ void AddConvert(CLI::App& program, Run& run);
 /// What is wrong with files.
 void AddCheck(CLI::App& program, Run& run);
 
+/// What differs between two files.
+void AddDiff(CLI::App& program, Run& run);
+
 /// The smallest file that holds some instances.
 void AddExtract(CLI::App& program, Run& run);
 

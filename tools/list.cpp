@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "CsvFormat.h"
 #include "Json.h"
 #include "Listing.h"
 #include "Messages.h"
@@ -70,22 +71,8 @@ void PrintTable(const std::vector<Cells>& table) {
   }
 }
 
-// As RFC 4180 has it, with line ends of one character.
 void PrintCsv(const std::vector<Cells>& table) {
-  for (const Cells& cells : table) {
-    std::string line;
-    for (const std::string& cell : cells) {
-      if (&cell != &cells.front()) line += ',';
-      if (cell.find_first_of(",\"\r\n") == std::string::npos) {
-        line += cell;
-        continue;
-      }
-      line += '"';
-      for (const char c : cell) line += c == '"' ? std::string("\"\"") : std::string(1, c);
-      line += '"';
-    }
-    fmt::print("{}\n", line);
-  }
+  for (const Cells& cells : table) fmt::print("{}\n", CsvLine(cells));
 }
 
 int Print(Reading& reading, const ListOptions& options) {

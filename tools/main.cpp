@@ -60,6 +60,7 @@ int RunProgram(int argc, char** argv) {
   velmar::AddSchemas(app, run);
   velmar::AddCheck(app, run);
   velmar::AddReport(app, run);
+  velmar::AddDiff(app, run);
   velmar::AddConvert(app, run);
   velmar::AddExtract(app, run);
   velmar::AddMerge(app, run);

@@ -216,6 +216,22 @@ TEST(KeepEverything, HeaderRecordsAreWrittenBehindTheThree) {
   EXPECT_EQ(TextOf(file).find("FILE_POPULATION"), std::string::npos);
 }
 
+TEST(KeepEverything, InstancesOfTheDataStayApartFromTheHeaderOfTheirType) {
+  const std::string record = "#1 = FILE_NAME('a', 'b', ('c'), ('d'), 'e', 'f', 'g');";
+  for (const std::string header : {"FILE_NAME('','t',(''),(''),'','','');\n", ""}) {
+    ExpFile file;
+    file.KeepEverything(true);
+    CapturedLog log;
+    Read(file, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'1');\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n" + header + "ENDSEC;\nDATA;\n" +
+                   record + "\nENDSEC;\nEND-ISO-10303-21;\n");
+    EXPECT_EQ(DataOf(file), record + "\n");
+    std::ostringstream text;
+    file.WriteHeaderSection(text);
+    EXPECT_THAT(text.str(), testing::ContainsRegex("\nFILE_NAME\\('', '[^\n]*', \\('[^c']*'\\)")) << text.str();
+    EXPECT_THAT(text.str(), Not(HasSubstr("'g'")));
+  }
+}
+
 TEST(KeepEverything, ReferencesInKeptValuesAreRaisedByAppend) {
   ExpFile file;
   file.KeepEverything(true);

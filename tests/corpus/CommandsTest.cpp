@@ -1,7 +1,9 @@
 // Every command of velmar that looks at a file, over the whole corpus.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -60,6 +62,34 @@ TEST_P(Commands, TellOfItWhatTheyShould) {
     Run("refs", {first, "--dot"});
     break;  // the most frequent one is enough
   }
+}
+
+// Each usage leads from a product to another one, and every product is reached from the roots.
+TEST_P(Commands, TellOfAllProducts) {
+  const Json tree = RunForJson("tree", {});
+  std::set<std::int64_t> reached;
+  for (const Json& product : tree.at("products")) {
+    if (!product.at("is_defined").get<bool>()) reached.insert(product.at("id").get<std::int64_t>());
+  }
+  std::vector<std::int64_t> next = tree.at("roots").get<std::vector<std::int64_t>>();
+  while (!next.empty()) {
+    const std::int64_t id = next.back();
+    next.pop_back();
+    if (!reached.insert(id).second) continue;
+    for (const Json& usage : tree.at("usages")) {
+      if (usage.at("assembly") == id && usage.at("is_structure").get<bool>()) {
+        next.push_back(usage.at("component").get<std::int64_t>());
+      }
+    }
+  }
+  EXPECT_EQ(reached.size(), tree.at("products").size());
+  // Without errors in the file, as many products as the text has records of them.
+  std::size_t records = 0;
+  for (std::size_t at = bytes_.find("=PRODUCT("); at != std::string::npos; at = bytes_.find("=PRODUCT(", at + 1)) ++records;
+  if (tree.at("findings").empty()) {
+    EXPECT_GE(tree.at("products").size(), records);
+  }
+  EXPECT_NE(Run("tree", {"--all"}).out, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(

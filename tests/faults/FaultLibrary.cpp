@@ -59,6 +59,7 @@ const Call kCalls[] = {
     {SYS_readv, "readv", kDescriptor},
     {SYS_pread64, "pread", kDescriptor},
     {SYS_write, "write", kDescriptor},
+    {SYS_pwrite64, "write", kDescriptor},
     {SYS_writev, "writev", kDescriptor},
     {SYS_lseek, "lseek", kDescriptor},
     {SYS_close, "close", kDescriptor},
@@ -122,7 +123,7 @@ void Report(const char* name, const char* path) {
   velmarCall(SYS_close, file, 0, 0, 0, 0, 0);
 }
 
-bool MovesBytes(int number) { return number == SYS_read || number == SYS_write || number == SYS_pread64; }
+bool MovesBytes(int number) { return number == SYS_read || number == SYS_write || number == SYS_pread64 || number == SYS_pwrite64; }
 
 void Handle(int, siginfo_t* info, void* context) {
   greg_t* registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;

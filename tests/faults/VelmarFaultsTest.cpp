@@ -170,6 +170,87 @@ TEST_P(VelmarConvert, LeavesAWholeFileOrThatOfBeforeOnAFullDisk) {
 INSTANTIATE_TEST_SUITE_P(OverAnOldFile, VelmarConvert, testing::Values(true));
 INSTANTIATE_TEST_SUITE_P(ToANewFile, VelmarConvert, testing::Values(false));
 
+// ------------------------------------------------------------------------------------------------ other formats
+
+class VelmarFormat : public Velmar, public testing::WithParamInterface<std::string> {
+ protected:
+  void SetUp() override {
+    Velmar::SetUp();
+    out_ = directory_.Path("out/out." + GetParam());
+    WriteFile(in_, FileWith(kPoint + "#2=VERTEX_POINT('',#1);\n"));
+  }
+  // The files below `out`, and what is in them.
+  std::map<std::string, std::string> Made() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(directory_.Path("out"))) {
+      if (entry.is_regular_file()) files[entry.path().string()] = ReadFile(entry.path().string());
+    }
+    return files;
+  }
+  void Clear() const {
+    fs::remove_all(directory_.Path("out"));
+    fs::create_directory(directory_.Path("out"));
+  }
+};
+
+TEST_P(VelmarFormat, IsWrittenWholeOrNotAtAll) {
+  ASSERT_EQ(RunProgram(Convert()).status, 0);
+  const auto whole = Made();
+  for (const Fault& fault : {Of("write,mkdir,rename", ENOSPC), Of("write", ENOSPC, true), Of("write,rename,mkdir", EDQUOT, true)}) {
+    const int calls = RunWithEach(
+        fault, Convert(), [this] { Clear(); },
+        [&](const Outcome& outcome, const std::string&) {
+          if (outcome.status == 0) {
+            EXPECT_TRUE(Made() == whole);
+          } else {
+            EXPECT_EQ(outcome.status, 2);
+            EXPECT_TRUE(Made().empty() || Made() == whole);
+            EXPECT_THAT(outcome.err, HasSubstr(strerror(fault.error)));
+          }
+        });
+    EXPECT_GT(calls, 0) << Text(fault);
+  }
+}
+
+TEST_P(VelmarFormat, SaysThatTheDiskIsFull) {
+  const std::string disk = directory_.Path("disk");
+  fs::create_directory(disk);
+  if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "cannot mount: " << strerror(errno);
+  WriteFile(in_, LongFile());
+  const std::string out = disk + "/out." + GetParam();
+  const Outcome outcome = RunProgram({VELMAR_PROGRAM, "convert", in_, "-o", out});
+  const bool isEmpty = fs::is_empty(disk);
+  umount2(disk.c_str(), MNT_DETACH);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.err, HasSubstr(out + ": error: No space left on device [V027]\n" + out + ": error: not written [V027]\n"));
+  EXPECT_TRUE(isEmpty);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, VelmarFormat, testing::Values("json", "csv", "db"), [](const auto& info) { return info.param; });
+
+TEST_F(Velmar, JsonIsReadWholeOrNotAtAll) {
+  WriteFile(in_, FileWith(kPoint));
+  const std::string json = directory_.Path("in/a.json");
+  ASSERT_EQ(RunProgram({VELMAR_PROGRAM, "convert", in_, "-o", json}).status, 0);
+  const std::vector<std::string> command = {VELMAR_PROGRAM, "convert", json, "-o", out_};
+  ASSERT_EQ(RunProgram(command).status, 0);
+  const std::string good = ReadFile(out_);
+  for (const Fault& fault : {Fault{directory_.Path("in"), "read,readv,open", EIO}, Fault{directory_.Path("in"), "read,readv", 0, true}}) {
+    const int calls = RunWithEach(
+        fault, command, [this] { fs::remove(out_); },
+        [&](const Outcome& outcome, const std::string&) {
+          if (outcome.status == 0) {
+            EXPECT_EQ(ReadFile(out_), good);
+          } else {
+            EXPECT_EQ(outcome.status, 2);
+            EXPECT_FALSE(fs::exists(out_));
+            EXPECT_THAT(outcome.err, HasSubstr("velmar: error: " + json));
+          }
+        });
+    EXPECT_GT(calls, 0) << Text(fault);
+  }
+}
+
 TEST_F(Velmar, ConvertLeavesNothingBehindInAFolderThatTakesNoNewFile) {
   fs::permissions(directory_.Path(""), fs::perms::all);
   fs::permissions(directory_.Path("out"), fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |

@@ -43,7 +43,7 @@ std::vector<std::string> Found(const std::string& instances, const std::string& 
   FileChecker checker(dictionary, findings);
   for (const bool second : {false, true}) {
     VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-    InstanceReader reader(scanner, false);
+    InstanceReader reader(scanner);
     WrittenInstance instance;
     while (reader.Read(instance, second)) second ? checker.Check(instance) : checker.Learn(instance);
   }

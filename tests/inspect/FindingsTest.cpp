@@ -24,7 +24,7 @@ TEST(Findings, OfAPlaceComeInTheOrderOfPlacesAndThenAsTheyWereAdded) {
 TEST(Findings, TakeTheirSeverityFromTheCatalogueAndWarningsAreNoErrors) {
   Findings findings("f");
   EXPECT_TRUE(findings.IsEmpty());
-  findings.Add(Code::kBinary, {1, 1}, "");
+  findings.Add(Code::kScope, {1, 1}, "");
   EXPECT_EQ(findings.Errors(), 0u);
   EXPECT_EQ(findings.WithPlace()[0].severity, Severity::kWarning);
   findings.Add(Code::kSyntax, {1, 1}, "");

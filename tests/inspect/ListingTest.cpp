@@ -87,5 +87,29 @@ TEST_F(ListingOf, PlacesAreThoseOfTheInstancesThatAreKept) {
   EXPECT_EQ(places.at(5).line, 13);
 }
 
+TEST(Listing, ATypeThatTheSchemaLacksHasThePositionsOfItsParameters) {
+  TemporaryDirectory directory;
+  Reading reading(WriteFile(directory.Path("in.stp"),
+                            FileWith("#1=VEKTOR('a');\n#2=!VEKTOR('b',#1);\n#3=(VEKTOR('c')LENGTH_UNIT());\n#4=COLOUR();\n")));
+  const Listing all = ListInstances(reading.GetPopulation(), {"vektor", false, {}});
+  EXPECT_EQ(all.attributes, (std::vector<std::string>{"1", "2"}));
+  ASSERT_EQ(all.rows.size(), 3u);
+  EXPECT_EQ(all.rows[0].values[1], nullptr);
+  EXPECT_EQ(all.rows[1].type, "!VEKTOR");
+  EXPECT_EQ(TextOf(*all.rows[1].values[1]), "#1");
+  EXPECT_EQ(all.rows[2].type, "(LENGTH_UNIT VEKTOR)");
+  EXPECT_EQ(TextOf(*all.rows[2].values[0]), "'c'");
+  EXPECT_EQ(ListInstances(reading.GetPopulation(), {"VEKTOR", false, {"2"}}).rows.size(), 3u);
+  EXPECT_THROW(ListInstances(reading.GetPopulation(), {"VEKTOR", false, {"3"}}), std::invalid_argument);
+}
+
+TEST(Listing, HasWhatAnAttributeDoesNotTake) {
+  TemporaryDirectory directory;
+  Reading reading(WriteFile(directory.Path("in.stp"), FileWith("#1=DIRECTION(5,(1.,0.));\n")));
+  const Listing listing = ListInstances(reading.GetPopulation(), {"direction", false, {"name"}});
+  ASSERT_EQ(listing.rows.size(), 1u);
+  EXPECT_EQ(TextOf(*listing.rows[0].values[0]), "5");
+}
+
 }  // namespace
 }  // namespace velmar

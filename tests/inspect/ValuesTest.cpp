@@ -96,9 +96,9 @@ TEST_F(Values, TypedOnesCarryTheirTypeNames) {
 }
 
 TEST_F(Values, ASelectWithoutAValueIsUnset) {
-  const std::string record = "PRESENTATION_STYLE_ASSIGNMENT((NULL_STYLE(.NULL.)))";
-  EXPECT_EQ(Text(record, 0), "$");
-  EXPECT_EQ(JsonText(record, 0), "[null]");
+  VELMAR::ExpSelect select;
+  EXPECT_EQ(TextOf(select), "$");
+  EXPECT_EQ(JsonOf(select).dump(), "null");
 }
 
 TEST_F(Values, ThatAreNestedTooDeeplyForJsonAreTexts) {
@@ -119,6 +119,32 @@ TEST_F(Values, LinksAreFoundInListsAndSelects) {
   EXPECT_EQ(Links("MEASURE_WITH_UNIT(LENGTH_MEASURE(2.5),#2)", 1), (std::vector<int>{2}));
   EXPECT_EQ(Links("MEASURE_WITH_UNIT(LENGTH_MEASURE(2.5),#2)", 0), (std::vector<int>{}));
   EXPECT_EQ(Links("ORIENTED_EDGE('',*,*,#2,.T.)", 1), (std::vector<int>{}));
+}
+
+TEST_F(Values, WhatHasNoPlaceInItsAttributeIsShownAsItStands) {
+  const std::string record = "DIRECTION(\"0AF\",(12345678901,-12345678901234567890,$,*,.X.,\"1\"),!T(2))";
+  EXPECT_EQ(Text(record, 0), "\"0AF\"");
+  EXPECT_EQ(Text(record, 1), "(12345678901, -12345678901234567890, $, *, .X., \"1\")");
+  EXPECT_EQ(Text(record, 2), "!T(2)");
+  EXPECT_EQ(JsonText(record, 0), R"({"binary":"0AF"})");
+  EXPECT_EQ(JsonText(record, 1),
+            R"([12345678901,{"part21":"-12345678901234567890"},null,{"omitted":true},{"enum":"X"},{"binary":"1"}])");
+  EXPECT_EQ(JsonText(record, 2), R"({"type":"!T","value":2})");
+  EXPECT_EQ(*view_.records[0].attributes[2].name, "3");
+}
+
+TEST_F(Values, OfAnUnknownTypeAreNamedByTheirPosition) {
+  const std::string record = "VEKTOR('a',#2)";
+  EXPECT_EQ(Text(record, 1), "#2");
+  EXPECT_EQ(Links(record, 1), (std::vector<int>{2}));
+  EXPECT_EQ(view_.type, "VEKTOR");
+  ASSERT_EQ(view_.records[0].attributes.size(), 2u);
+  EXPECT_EQ(*view_.records[0].attributes[1].name, "2");
+}
+
+TEST_F(Values, SurplusOfAPartCountsFromTheBeginningOfItsRecord) {
+  EXPECT_EQ(Text("(SI_UNIT($,.METRE.,7)NAMED_UNIT(*)LENGTH_UNIT())", 2), "7");
+  EXPECT_EQ(*view_.records[0].attributes[2].name, "3");
 }
 
 }  // namespace

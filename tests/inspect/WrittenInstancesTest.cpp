@@ -55,7 +55,7 @@ std::string Shown(const WrittenRecord& record, std::size_t begin, std::size_t en
 // Each instance as "line:column number type(values)".
 std::vector<std::string> Read(const std::string& text, bool withValues = true) {
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-  InstanceReader reader(scanner, text.compare(0, 3, "\xEF\xBB\xBF") == 0);
+  InstanceReader reader(scanner);
   std::vector<std::string> found;
   WrittenInstance instance;
   while (reader.Read(instance, withValues)) {
@@ -128,7 +128,7 @@ TEST(WrittenInstances, MayBeNestedWithoutLimit) {
   constexpr std::size_t kLevels = 100000;
   const std::string text = InFile("#1=A(" + std::string(kLevels, '(') + std::string(kLevels, ')') + ");\n#2=B();\n");
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-  InstanceReader reader(scanner, false);
+  InstanceReader reader(scanner);
   WrittenInstance instance;
   ASSERT_TRUE(reader.Read(instance));
   EXPECT_EQ(instance.records.front().values.size(), kLevels);
@@ -139,7 +139,7 @@ TEST(WrittenInstances, MayBeNestedWithoutLimit) {
 TEST(WrittenInstances, SayWhereTheirRecordsStand) {
   const std::string text = InFile("#1 = A(1,\n 2 ) ;\n#2=( A(1) B((2)) );#3=&SCOPE #4=C();ENDSCOPE D();\n", "FILE_NAME('a');\n");
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-  InstanceReader reader(scanner, false);
+  InstanceReader reader(scanner);
   WrittenInstance instance;
   std::vector<std::string> texts;
   while (reader.Read(instance)) {
@@ -151,13 +151,43 @@ TEST(WrittenInstances, SayWhereTheirRecordsStand) {
 TEST(WrittenInstances, SayWhereARecordEnds) {
   const std::string text = InFile("#1=A(1,\n 2 );\n");
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-  InstanceReader reader(scanner, false);
+  InstanceReader reader(scanner);
   WrittenInstance instance;
   ASSERT_TRUE(reader.Read(instance));
   EXPECT_EQ(instance.records.front().where.column, 4);
   EXPECT_EQ(instance.records.front().end.line, 6);
   EXPECT_EQ(instance.records.front().end.column, 4);
   EXPECT_EQ(instance.records.front().values[1].where.column, 2);
+}
+
+// Each instance as "number type(values)", with `!` behind those that have mistakes.
+std::vector<std::string> ReadAny(const std::string& text) {
+  VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  InstanceReader reader(scanner);
+  std::vector<std::string> found;
+  WrittenInstance instance;
+  while (reader.ReadAny(instance)) {
+    std::string line = std::to_string(instance.number);
+    for (const WrittenRecord& record : instance.records) line += " " + record.type + "(" + Shown(record, 0, record.values.size()) + ")";
+    found.push_back(line + (instance.isWhole ? "" : "!"));
+  }
+  return found;
+}
+
+TEST(WrittenInstances, WithMistakesAreReadToTheMistakeWhereThatIsWanted) {
+  EXPECT_THAT(ReadAny(InFile("#1=A(1,2,3);\n#2=A(4,,5);\n#3=;\n#4=A;\n#5=(A(1)B(2;\n#6=A(7)\n#7=A();\n#8=B();\n")),
+              ElementsAre("1 A(i1,i2,i3)", "2 A(i4)!", "3 ()!", "4 A()!", "5 A(i1) B(i2)!", "6 A(i7)!", "8 B()"));
+  EXPECT_THAT(ReadAny(InFile("#1=&SCOPE #2=B(; ENDSCOPE A;\n")), ElementsAre("2 B()!", "1 A()!"));
+}
+
+TEST(InstanceNumber, IsTheGreatestForAllThatAreGreater) {
+  const auto numberOf = [](const std::string& digits) { return InstanceNumber(digits.data(), digits.data() + digits.size()); };
+  EXPECT_EQ(numberOf("0"), 0);
+  EXPECT_EQ(numberOf("007"), 7);
+  EXPECT_EQ(numberOf("1073741824"), 1073741824);
+  EXPECT_EQ(numberOf("9223372036854775807"), 9223372036854775807);
+  EXPECT_EQ(numberOf("9223372036854775808"), 9223372036854775807);
+  EXPECT_EQ(numberOf("99999999999999999999999"), 9223372036854775807);
 }
 
 }  // namespace

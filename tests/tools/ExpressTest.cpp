@@ -67,8 +67,8 @@ TEST_F(Express, WhatTheTextLacksIsReportedWithItsPlace) {
             FileWith("#1=GEAR('small',12,.STEEL.);\n#2=AXLE('x');\n#3=CARTESIAN_POINT('',(1.,2.));\n"));
   const Outcome outcome = Velmar({"info", "in.stp", "--express", "gears.exp"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, AllOf(HasSubstr("AXLE not kept: GEARS has no such entity (#2) [V008]\n"),
-                                 HasSubstr("CARTESIAN_POINT not kept: GEARS has no such entity (#3) [V008]\n")));
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("AXLE kept by position: GEARS has no such entity (#2) [V008]\n"),
+                                 HasSubstr("CARTESIAN_POINT kept by position: GEARS has no such entity (#3) [V008]\n")));
 }
 
 TEST_F(Express, ErrorsOfTheTextAreThoseOfACompiler) {

@@ -61,6 +61,7 @@ const char kSample[] = "examples/bracket.stp";
 const char kGears[] = "tests/tools/data/gears.stp";
 const char kText[] = "tests/tools/data/gears.exp";
 const char kTrolley[] = "examples/trolley.stp";
+const char kChanged[] = "tests/tools/data/trolley_changed.stp";
 const char kCycle[] = "tests/tools/data/cycle.stp";
 const char kValues[] = "tests/tools/data/values.stp";
 
@@ -79,16 +80,19 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{"list_csv", {"list", kValues, "cartesian_point", "--csv"}},
                     Golden{"list_json", {"list", kValues, "measure_with_unit", "--json", "-q"}},
                     Golden{"list_none", {"list", kSample, "colour_specification", "--exact"}},
+                    Golden{"list_of_unknown_type", {"list", kValues, "vektor"}},
                     Golden{"list_unknown_type", {"list", kSample, "vektor"}},
                     Golden{"list_unknown_attribute", {"list", kSample, "product", "--attr", "x"}},
                     Golden{"show", {"show", kSample, "16", "#5", "10", "35"}},
                     Golden{"show_json", {"show", kValues, "--json", "-q", "1", "5", "6", "9", "10"}},
+                    Golden{"show_of_unknown_type", {"show", kValues, "--json", "-q", "20"}},
                     Golden{"show_missing", {"show", kValues, "-q", "1", "20", "77"}},
                     Golden{"show_wrong", {"show", kSample, "x"}},
                     Golden{"info_express", {"info", kGears, "--express", kText, "--json"}},
                     Golden{
                         "list_express",
                         {"list", kGears, "gear", "--express", kText, "--attr", "label", "--attr", "pitch"}},
+                    Golden{"convert_json", {"convert", kValues, "-o", "/dev/stdout", "--to", "json", "-q"}},
                     Golden{"list_header", {"list", kSample, "file_name"}},
                     Golden{"show_express", {"show", kGears, "2", "--express", kText}},
                     Golden{"refs_express", {"refs", kGears, "2", "--express", kText}},
@@ -102,6 +106,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{"tree_depth", {"tree", kTrolley, "--depth", "1"}},
                     Golden{"tree_json", {"tree", kTrolley, "--json"}}, Golden{"tree_cycle", {"tree", kCycle}},
                     Golden{"tree_none", {"tree", kValues, "-q"}}, Golden{"tree_missing", {"tree", "none.stp"}},
+                    Golden{"diff", {"diff", kTrolley, kChanged}},
+                    Golden{"diff_max", {"diff", kTrolley, kChanged, "--ignore-header", "--max", "1"}},
+                    Golden{"diff_json", {"diff", kTrolley, kChanged, "--json"}},
+                    Golden{"diff_none", {"diff", kTrolley, kTrolley}},
+                    Golden{"diff_errors", {"diff", kValues, kValues}},
+                    Golden{"diff_missing", {"diff", kTrolley, "none.stp"}},
                     Golden{"schemas_type", {"schemas", "Face_Surface", "--schema", "AP214"}},
                     Golden{"schemas_json", {"schemas", "vertex", "--json", "--schema", "AP214"}},
                     Golden{"schemas_express", {"schemas", "--express", kText}},

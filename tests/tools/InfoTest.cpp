@@ -101,13 +101,14 @@ TEST(Info, ADamagedByteOrderMarkIsReported) {
               HasSubstr("in.stp:1:1: error: damaged byte order mark: EF is not followed by BB BF [V002]\n"));
 }
 
-TEST(Info, ValuesThatTypedListElementsDoNotKeepAreReported) {
-  const Outcome outcome =
-      Info(FileWith("#1=PRESENTATION_STYLE_ASSIGNMENT((X($),X(.X.),X(*),X((1,.Y.))));\n"));
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:42: warning: 1 enumeration value in a list not kept (#1) [V019]\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:49: warning: 1 unset list element not kept (#1) [V018]\n"));
-  EXPECT_THAT(outcome.err, HasSubstr("in.stp:8:54: warning: 1 list in a typed list element not kept (#1) [V020]\n"));
+TEST(Info, CountsInstancesOfTypesThatTheSchemaLacks) {
+  const Outcome outcome = Info(FileWith("#1=X();\n#2=X(1);\n#3=(X()LENGTH_UNIT());\n#4=!MINE();\n" + std::string("#5=COLOUR();\n")));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("instances               5 of 4 types\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("           2  X\n"
+                                     "           1  !MINE\n"
+                                     "           1  (LENGTH_UNIT X)\n"
+                                     "           1  COLOUR\n"));
 }
 
 TEST(Info, ReferencesThatLeadNowhereAreShownWithTheirPlaces) {

@@ -142,7 +142,7 @@ TEST_F(SchemaOfFile, WhatIsInNoSchemaIsReportedOnce) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(
       outcome.err,
-      in + ":8:1: error: 1 instance of PRODUCT_TYPE not kept: AUTOMOTIVE_DESIGN has no such entity (#1) [V008]\n"
+      in + ":8:1: error: 1 instance of PRODUCT_TYPE kept by position: AUTOMOTIVE_DESIGN has no such entity (#1) [V008]\n"
            "  #1=PRODUCT_TYPE('','','',(#2));\n"
            "  ^\n");
 }
@@ -205,7 +205,7 @@ TEST_F(MissingLibrary, OfTheFallbackIsAWarning) {
   EXPECT_THAT(outcome.out, HasSubstr("instances               1 of 1 type\n"));
   EXPECT_THAT(
       outcome.err,
-      HasSubstr("1 instance of MECHANICAL_CONTEXT not kept: AUTOMOTIVE_DESIGN has no such entity (#2) [V008]\n"));
+      HasSubstr("1 instance of MECHANICAL_CONTEXT kept by position: AUTOMOTIVE_DESIGN has no such entity (#2) [V008]\n"));
   EXPECT_THAT(outcome.err, HasSubstr(in + ": warning: the schema library of STEP_IR_AIC cannot be loaded: " +
                                      File("VelmarStepIrAic") + ": cannot open shared object file"));
   EXPECT_EQ(Run({"info", Write(kPoint)}).status, 0);
@@ -310,7 +310,7 @@ TEST_F(SchemaOfFile, TypesAreThoseOfTheChosenSchema) {
   const Outcome own = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(own.status, 1);
   EXPECT_THAT(own.err,
-              HasSubstr("APPLICATION_CONTEXT_RELATIONSHIP not kept: AP242 has no such entity (#1) [V008]\n"));
+              HasSubstr("APPLICATION_CONTEXT_RELATIONSHIP kept by position: AP242 has no such entity (#1) [V008]\n"));
   const Outcome chosen = RunProgram({kVelmar, "info", "--schema", "AP214", in});
   EXPECT_EQ(chosen.status, 0);
   EXPECT_EQ(chosen.err, "");
