@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <memory>
 #include <set>
 #include <tuple>
 #include <utility>
 
 #include "Checking.h"
 #include "Codes.h"
+#include "ExpUtilities.h"
 #include "ProductTree.h"
 #include "Reading.h"
 #include "ReportTexts.h"
@@ -229,11 +229,21 @@ void AddNew(Findings& findings, const Findings& others) {
   }
 }
 
+// Gives back the memory of the population: what is found out of the text comes next.
+FileInfo DescribeFile(const std::string& path, const ReadingOptions& options) {
+  FileInfo info = [&] {
+    Reading reading(path, options);
+    return Describe(reading);
+  }();
+  VELMAR::ReleaseUnusedMemory();
+  return info;
+}
+
 }  // namespace
 
 FileReport MakeReport(const std::string& path, const ReadingOptions& reading, const SchemaChoice& schema, const ReportLimits& limits) {
   Findings ofStructure(path);
-  FileReport report = {Describe(*std::make_unique<Reading>(path, reading)), ReadProductStructure(path, schema, ofStructure),
+  FileReport report = {DescribeFile(path, reading), ReadProductStructure(path, schema, ofStructure),
                        CheckFile(path, schema), {}, limits};
   AddNew(report.findings, ofStructure);
   report.findings.Sort();
