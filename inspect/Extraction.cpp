@@ -26,17 +26,6 @@ using VELMAR::Token;
 constexpr std::int64_t kHighestNumber = 1073741823;
 constexpr const char* kEnd = "ENDSEC;\nEND-ISO-10303-21;\n";
 
-std::string ContentsOf(const std::string& path) {
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) throw std::runtime_error(path + " " + why);
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
-  std::string contents(FileSize(path), '\0');
-  contents.resize(ReadBytes(file.get(), contents.data(), contents.size()));
-  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
-  return contents;
-}
-
 [[noreturn]] void ThrowNoData(const std::string& path) { throw std::runtime_error(path + " has no DATA section"); }
 
 std::string Piece(const std::string& contents, int begin, int end) {

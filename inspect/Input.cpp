@@ -161,6 +161,17 @@ void ThrowUnreadable(const std::string& path, int error) {
       fmt::format("{} cannot be read: {}", path, std::strerror(error == 0 ? EIO : error)));
 }
 
+std::string ContentsOf(const std::string& path) {
+  const std::string why = WhyUnreadable(path);
+  if (!why.empty()) throw std::runtime_error(path + " " + why);
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  std::string contents(FileSize(path), '\0');
+  contents.resize(ReadBytes(file.get(), contents.data(), contents.size()));
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
+  return contents;
+}
+
 bool HasDamagedByteOrderMark(const std::string& path) {
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);

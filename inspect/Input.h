@@ -32,6 +32,9 @@ std::string WhyUnreadable(const std::string& path);
 /// Throws std::runtime_error: the file cannot be read, for the reason that `error`, a value of errno, gives.
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error);
 
+/// The whole file. Throws std::runtime_error where it cannot be read.
+std::string ContentsOf(const std::string& path);
+
 /// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark.
 /// Throws std::runtime_error where it cannot be read.
 bool HasDamagedByteOrderMark(const std::string& path);

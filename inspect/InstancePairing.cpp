@@ -73,6 +73,7 @@ class Pairer {
 
   bool PairSome() {
     if (PairAlone(Trait::Values) || PairAlone(Trait::Surroundings)) return true;
+    if (PairTops()) return true;
     if (PairEqual()) return true;
     for (const Trait trait : {Trait::Identity, Trait::Neighbours, Trait::ValuesAlone, Trait::Type}) {
       if (PairAlone(trait)) return true;
@@ -136,6 +137,24 @@ class Pairer {
     return result_.pairs.size() + equal_ > before;
   }
 
+  // Those of which it is known who refers to them, and that nothing more tells apart: which of them are paired does not matter,
+  // but what is below them has to follow. Equal ones first.
+  bool PairTops() {
+    if (used_ > budget_) return false;
+    std::vector<Signature> equal, alike;
+    for (const int node : open_) {
+      if (!IsOpen(node)) continue;
+      const auto referrers = graph_.ReferrersOf(node);
+      used_ += referrers.size();
+      if (!std::all_of(referrers.begin(), referrers.end(), [this](int referrer) { return IsKnown(referrer); })) continue;
+      const std::uint64_t signature = SignatureOf(node, Trait::Surroundings);
+      equal.emplace_back(Mixed(signature, graph_.HashOf(node)), node);
+      alike.emplace_back(signature, node);
+    }
+    const bool hasEqual = PairOneByOne(equal, false);
+    return PairOneByOne(alike, false) || hasEqual;
+  }
+
   // As many as there are of those that are equal with all that they refer to.
   bool PairEqual() {
     std::vector<Signature> all;
@@ -181,27 +200,56 @@ class Pairer {
     }
   }
 
-  void AddBelow(int a, int b, std::vector<std::pair<int, int>>& pending) const {
+  // What stands in the same places, where the instances have references in the same places; else in any place.
+  void AddBelow(int a, int b, std::vector<std::pair<int, int>>& pending) {
     const auto ofA = graph_.ReferencesOf(a);
     const auto ofB = graph_.ReferencesOf(b);
-    if (ofA.size() != ofB.size()) return;
-    for (std::size_t i = 0; i < ofA.size();) {
-      const std::uint32_t slot = ofA.first[i].slot;
-      int onlyA = -1, onlyB = -1;
-      int openA = 0, openB = 0;
-      for (; i < ofA.size() && ofA.first[i].slot == slot; ++i) {
-        if (ofB.first[i].slot != slot) return;
-        Count(ofA.first[i].target, onlyA, openA);
-        Count(ofB.first[i].target, onlyB, openB);
-      }
-      if (openA == 1 && openB == 1 && graph_.At(onlyA).type == graph_.At(onlyB).type) pending.emplace_back(onlyA, onlyB);
+    const bool haveSamePlaces =
+        std::equal(ofA.begin(), ofA.end(), ofB.begin(), ofB.end(),
+                   [](const InstanceGraph::Reference& x, const InstanceGraph::Reference& y) { return x.slot == y.slot; });
+    used_ += ofA.size() + ofB.size();
+    if (!haveSamePlaces) {
+      PairAmong(ofA.begin(), ofA.end(), ofB.begin(), ofB.end(), pending);
+      return;
+    }
+    for (std::size_t begin = 0; begin < ofA.size();) {
+      std::size_t end = begin + 1;
+      while (end < ofA.size() && ofA.first[end].slot == ofA.first[begin].slot) ++end;
+      PairAmong(ofA.first + begin, ofA.first + end, ofB.first + begin, ofB.first + end, pending);
+      begin = end;
     }
   }
 
-  void Count(int node, int& only, int& open) const {
-    if (node < 0 || !IsOpen(node)) return;
-    only = node;
-    ++open;
+  // Of the open ones the equal ones, then those that alone among them have a trait.
+  void PairAmong(const InstanceGraph::Reference* a, const InstanceGraph::Reference* endOfA, const InstanceGraph::Reference* b,
+                 const InstanceGraph::Reference* endOfB, std::vector<std::pair<int, int>>& pending) {
+    std::vector<int> nodes;
+    for (; a != endOfA; ++a) AddOpen(a->target, nodes);
+    const std::size_t count = nodes.size();
+    for (; b != endOfB; ++b) AddOpen(b->target, nodes);
+    if (count == 0 || nodes.size() == count) return;
+    std::sort(nodes.begin(), nodes.end());
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+    const auto pairBy = [&](bool onlyAlone, auto signatureOf) {
+      std::vector<Signature> all;
+      for (const int node : nodes) all.emplace_back(signatureOf(node), node);
+      ForEachGroup(all, [&](const Signature* begin, const Signature* border, const Signature* end) {
+        if (onlyAlone && (border - begin != 1 || end - border != 1)) return;
+        const Signature* second = border;
+        for (const Signature* first = begin; first != border && second != end; ++first, ++second) {
+          pending.emplace_back(first->second, second->second);
+          for (const int node : {first->second, second->second}) nodes.erase(std::lower_bound(nodes.begin(), nodes.end(), node));
+        }
+      });
+    };
+    if (nodes.size() > 2) pairBy(false, [this](int node) { return graph_.HashOf(node); });
+    for (const Trait trait : {Trait::Values, Trait::ValuesAlone, Trait::Neighbours, Trait::Type}) {
+      if (!nodes.empty()) pairBy(true, [this, trait](int node) { return SignatureOf(node, trait); });
+    }
+  }
+
+  void AddOpen(int node, std::vector<int>& nodes) const {
+    if (node >= 0 && IsOpen(node)) nodes.push_back(node);
   }
 
   const InstanceGraph& graph_;

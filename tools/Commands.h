@@ -47,4 +47,7 @@ void AddExtract(CLI::App& program, Run& run);
 /// One file of several.
 void AddMerge(CLI::App& program, Run& run);
 
+/// A file without the names and texts in it.
+void AddAnonymise(CLI::App& program, Run& run);
+
 }  // namespace velmar

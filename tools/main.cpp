@@ -64,6 +64,7 @@ int RunProgram(int argc, char** argv) {
   velmar::AddConvert(app, run);
   velmar::AddExtract(app, run);
   velmar::AddMerge(app, run);
+  velmar::AddAnonymise(app, run);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
