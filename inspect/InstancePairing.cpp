@@ -232,6 +232,7 @@ class Pairer {
     nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
     const auto pairBy = [&](bool onlyAlone, auto signatureOf) {
       std::vector<Signature> all;
+      all.reserve(nodes.size());
       for (const int node : nodes) all.emplace_back(signatureOf(node), node);
       ForEachGroup(all, [&](const Signature* begin, const Signature* border, const Signature* end) {
         if (onlyAlone && (border - begin != 1 || end - border != 1)) return;

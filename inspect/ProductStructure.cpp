@@ -227,7 +227,7 @@ class Reader {
   void FindRoots();
   void ReportCycle(const std::vector<std::size_t>& members, const std::vector<int>& groups);
   std::size_t Resolve(std::int64_t number) const;
-  std::optional<Quantity> QuantityOf(std::int64_t measure) const;
+  std::optional<Quantity> QuantityOf(std::int64_t number) const;
   void Add(Code code, Place where, std::int64_t instance, std::string attribute, std::string text) {
     findings_.Add(code, where, std::move(text), FindingNumber(instance), std::move(attribute));
   }

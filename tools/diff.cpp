@@ -73,9 +73,9 @@ void PrintDifference(const Difference& difference, const DiffFlags& flags) {
   }
 }
 
-void PrintComparison(const Comparison& comparison, const DiffFlags& flags) {
+void PrintComparison(const Comparison& comparison, bool isAllRead, const DiffFlags& flags) {
   if (comparison.IsSame()) {
-    fmt::print("no difference\n");
+    fmt::print("no difference{}\n", isAllRead ? "" : " in what could be read");
     return;
   }
   if (!comparison.byType.empty()) {
@@ -109,7 +109,7 @@ int Diff(const DiffFlags& flags) {
     json["findings_of_second"] = ToJson(ofSecond);
     fmt::print("{}", ToText(json));
   } else {
-    PrintComparison(comparison, flags);
+    PrintComparison(comparison, ofFirst.Errors() + ofSecond.Errors() == 0, flags);
   }
   const int first = Finish(ofFirst, flags.reading.quiet);
   const int second = Finish(ofSecond, flags.reading.quiet);

@@ -110,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Golden{"diff_max", {"diff", kTrolley, kChanged, "--ignore-header", "--max", "1"}},
                     Golden{"diff_json", {"diff", kTrolley, kChanged, "--json"}},
                     Golden{"diff_none", {"diff", kTrolley, kTrolley}},
-                    Golden{"diff_errors", {"diff", kValues, kValues}},
+                    Golden{"diff_errors", {"diff", "tests/tools/data/broken.stp", "tests/tools/data/broken.stp"}},
                     Golden{"diff_missing", {"diff", kTrolley, "none.stp"}},
                     Golden{"schemas_type", {"schemas", "Face_Surface", "--schema", "AP214"}},
                     Golden{"schemas_json", {"schemas", "vertex", "--json", "--schema", "AP214"}},
