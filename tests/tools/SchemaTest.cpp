@@ -319,13 +319,14 @@ TEST_F(SchemaOfFile, TypesAreThoseOfTheChosenSchema) {
 TEST_F(SchemaOfFile, StaysInTheWrittenFileAsTheFileStatesIt) {
   NEEDS_LIBRARY("Ap242");
   Write(kPoint, "SOMETHING_ELSE");
-  EXPECT_EQ(Convert({}).status, 1);
-  EXPECT_FALSE(fs::exists(Out()));
-  const Outcome outcome = Convert({"--schema", "AP242"});
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
-  EXPECT_THAT(ReadFile(Out()), HasSubstr("FILE_SCHEMA(('SOMETHING_ELSE'));\n"));
-  EXPECT_THAT(ReadFile(Out()), HasSubstr("#1 = CARTESIAN_POINT('p', (1., 2., 3.));\n"));
+  for (const bool isChosen : {false, true}) {
+    fs::remove(Out());
+    const Outcome outcome = isChosen ? Convert({"--schema", "AP242"}) : Convert({});
+    EXPECT_EQ(outcome.status, isChosen ? 0 : 1);
+    EXPECT_EQ(outcome.err.empty(), isChosen) << outcome.err;
+    EXPECT_THAT(ReadFile(Out()), HasSubstr("FILE_SCHEMA(('SOMETHING_ELSE'));\n"));
+    EXPECT_THAT(ReadFile(Out()), HasSubstr("#1 = CARTESIAN_POINT('p', (1., 2., 3.));\n"));
+  }
 }
 
 TEST_F(SchemaOfFile, IsStatedInTheWrittenFileWhereTheFileStatesNone) {
