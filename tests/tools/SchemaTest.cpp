@@ -202,7 +202,7 @@ TEST_F(MissingLibrary, OfTheFallbackIsAWarning) {
   const std::string in = Write(kPoint + "#2=MECHANICAL_CONTEXT('',#2,'');\n#3=DESIGN_CONTEXT('',#2,'');\n");
   const Outcome outcome = Run({"info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("instances               1 of 1 type\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("instances               3 of 3 types\n"));
   EXPECT_THAT(
       outcome.err,
       HasSubstr("1 instance of MECHANICAL_CONTEXT kept by position: AUTOMOTIVE_DESIGN has no such entity (#2) [V008]\n"));
