@@ -180,7 +180,7 @@ LossFinder::Type& LossFinder::TypeOf(const std::string& name) {
   return types_.emplace(name, type).first->second;
 }
 
-void LossFinder::Note(Loss& loss, const WrittenInstance& instance, Place place) {
+void LossFinder::Note(Loss& loss, const WrittenInstance& instance, Place place) const {
   if (loss.count++ == 0) {
     loss.first = place;
     loss.instance = number_;

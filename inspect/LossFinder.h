@@ -60,7 +60,7 @@ class LossFinder {
   Type& TypeOf(const std::string& name);
   std::string AttributeOf(int parameter) const;
 
-  void Note(Loss& loss, const WrittenInstance& instance, Place place);
+  void Note(Loss& loss, const WrittenInstance& instance, Place place) const;
   static std::string Where(const Loss& loss);
   void ReportSchema();
   void ReportRecords();

@@ -92,8 +92,26 @@ TEST_P(Commands, TellOfAllProducts) {
   EXPECT_NE(Run("tree", {"--all"}).out, "");
 }
 
+TEST_P(Commands, CheckItInEveryForm) {
+  const Json findings = RunForJson("check", {}).at(0).at("findings");
+  EXPECT_EQ(Run("check", {}).out.empty(), findings.empty());
+  const Json sarif = Json::parse(Run("check", {"--sarif"}).out, nullptr, false);
+  ASSERT_FALSE(sarif.is_discarded());
+  EXPECT_EQ(sarif.at("runs").at(0).at("results").size(), findings.size());
+}
+
+TEST_P(Commands, MakeAPageOfIt) {
+  const TemporaryDirectory directory;
+  const std::string page = directory.Path("page.html");
+  Run("report", {"-o", page});
+  const std::string text = ReadFile(page);
+  EXPECT_EQ(text.rfind("<!DOCTYPE html>", 0), 0u);
+  EXPECT_NE(text.find("</html>"), std::string::npos);
+  EXPECT_NE(text.find(std::filesystem::path(GetParam()).filename().string()), std::string::npos);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     All, Commands,
-    testing::ValuesIn(FilesOf({"ap203", "ap203e2", "ap214", "ap242", "other", "syntax", "bad"})), NameOf);
+    testing::ValuesIn(FilesOf({"ap203", "ap203e2", "ap214", "ap242", "bad", "ifc", "other", "syntax"})), NameOf);
 
 }  // namespace
