@@ -60,10 +60,10 @@ void DescribeInstances(Population& file, FileInfo& info) {
   };
   std::unordered_map<const std::string*, Type> types;  // by the name that the type keeps
   std::map<std::string, std::size_t> counts;
-  for (int number = file.GetMaxEntityNumber(); number >= 0; --number) {
+  if (file.Count() > 0) info.largestNumber = file.Numbers().back();
+  for (const int number : file.Numbers()) {
     ExpEntity* entity = file.GetEntity(number);
     if (entity == nullptr) continue;
-    if (info.largestNumber == 0) info.largestNumber = number;
     Type& type = types[&entity->GetExpClassName()];
     if (type.count++ == 0) type.isComplex = dynamic_cast<VELMAR::ExpExternalMappingEntity*>(entity) != nullptr;
     if (type.isComplex) {

@@ -74,7 +74,7 @@ Listing ListUnknown(Population& population, const ListingRequest& request, const
   std::vector<ExpEntity*> records;
   std::vector<ExpEntity*> instances;
   std::size_t columns = 0;
-  for (int number = 0; number <= population.GetMaxEntityNumber(); ++number) {
+  for (const int number : population.Numbers()) {
     ExpEntity* entity = population.GetEntity(number);
     if (entity == nullptr) continue;
     ExpEntity* record = isOfType(*entity) ? entity : nullptr;

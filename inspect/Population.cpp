@@ -122,13 +122,20 @@ void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
     throw std::string("an instance number is out of range; nothing of the file is kept");
   }
   if (isNew) {
-    ++count_;
-    if (reportProgress_ && count_ % kReportedInstances == 0 && progress_ != nullptr) {
-      (*progress_)(kShareOfReading * std::min(1.0, static_cast<double>(count_) / expectedCount_));
+    areSorted_ = areSorted_ && (numbers_.empty() || numbers_.back() < number);
+    numbers_.push_back(number);
+    if (reportProgress_ && Count() % kReportedInstances == 0 && progress_ != nullptr) {
+      (*progress_)(kShareOfReading * std::min(1.0, static_cast<double>(Count()) / expectedCount_));
     }
   } else {
     repeated_.insert(number);
   }
+}
+
+const std::vector<int>& Population::Numbers() {
+  if (!areSorted_) std::sort(numbers_.begin(), numbers_.end());
+  areSorted_ = true;
+  return numbers_;
 }
 
 void Population::SetSchemaName(std::string name) {
@@ -162,7 +169,8 @@ std::string Population::TryLoading(Load load) {
 }
 
 void Population::DeleteEntities() {
-  count_ = 0;
+  numbers_.clear();
+  areSorted_ = true;
   ExpFile::DeleteEntities();
 }
 

@@ -72,7 +72,10 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   /// Whether there is a schema library for the schema that the file names, or the user chose a schema.
   bool IsSchemaSupported() const { return schemaSupported_; }
   /// The number of instances.
-  std::size_t Count() const { return count_; }
+  std::size_t Count() const { return numbers_.size(); }
+  /// The numbers of the instances, ascending. A file may have few instances with numbers far apart: whoever looks at all of them
+  /// goes over these, and not over all numbers that there could be. Good until the population changes.
+  const std::vector<int>& Numbers();
 
   /// How many instances, parts of such and records of the header are of a type that is not known, by type.
   const std::map<std::string, std::size_t>& UnknownTypes() const { return unknownTypes_; }
@@ -87,6 +90,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
 
  private:
   friend class LossFinder;
+  friend void Renumber(Population& file);
 
   void LoadTypes();
   template <class Load>
@@ -100,7 +104,8 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   std::string schemaOfFile_;
   bool wasGivenSchema_ = false;  // by the header of the file, be it empty
   bool schemaSupported_ = true;
-  std::size_t count_ = 0;
+  std::vector<int> numbers_;  // in the order of the file, until they are asked for
+  bool areSorted_ = true;
   Progress reportProgress_;
   const ReportedProgress* progress_ = nullptr;  // while a file is read
   double expectedCount_ = 0;                    // so many instances it has, about

@@ -15,7 +15,7 @@ namespace {
 std::vector<Reference> Collect(Population& population, int number) {
   std::vector<Reference> references;
   std::vector<int> links;
-  for (int from = 0; from <= population.GetMaxEntityNumber(); ++from) {
+  for (const int from : population.Numbers()) {
     VELMAR::ExpEntity* entity = population.GetEntity(from);
     if (entity == nullptr) continue;
     for (const RecordView& record : ViewOf(*entity).records) {

@@ -1,6 +1,7 @@
 #include "Renumbering.h"
 
 #include <cstddef>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -43,7 +44,7 @@ std::vector<ExpEntity*> RecordsOf(ExpEntity& entity) {
 void Renumber(Population& file) {
   std::vector<ExpEntity*> entities;
   Numbering numbers;
-  for (int number = 0; number <= file.GetMaxEntityNumber(); ++number) {
+  for (const int number : file.Numbers()) {
     ExpEntity* entity = file.GetEntity(number);
     if (entity == nullptr) continue;
     entities.push_back(entity);
@@ -59,6 +60,8 @@ void Renumber(Population& file) {
     entities[i]->ExpEntity::SetEntityNumber(number);  // what its parts inherit has followed
     file.ExpFile::AddEntity(number, entities[i]);
   }
+  file.numbers_.resize(entities.size());
+  std::iota(file.numbers_.begin(), file.numbers_.end(), 1);
 }
 
 }  // namespace velmar

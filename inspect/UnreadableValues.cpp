@@ -91,7 +91,7 @@ void ReportUnreadableValues(Population& file, Findings& findings) {
   for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"})
     file.GetEntities(header, type, false);
   for (ExpEntity* record : header) finder.Look(*record, 0, "");
-  for (int number = 0; number <= file.GetMaxEntityNumber(); ++number) {
+  for (const int number : file.Numbers()) {
     ExpEntity* entity = file.GetEntity(number);
     if (entity == nullptr) continue;
     const std::string instance = fmt::format("#{} ", number);
