@@ -55,8 +55,8 @@ Findings CheckFile(const std::string& path, const SchemaChoice& options) {
 
   const BeingRead reading(path);
   FileChecker checker(*dictionary, findings);
-  ForEachWrittenInstance(source.Path(), false, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
-  ForEachWrittenInstance(source.Path(), true, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
+  ForEachWrittenInstance(source.Path(), ValuesRead::None, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
+  ForEachWrittenInstance(source.Path(), ValuesRead::All, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
   checker.CheckWhole();
   findings.Sort();
   return findings;

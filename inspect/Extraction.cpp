@@ -46,7 +46,7 @@ Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers) 
   std::vector<Part> parts;
   std::vector<std::int64_t> references;
   std::unordered_map<std::int64_t, std::size_t> partOf;
-  const int dataBegin = ForEachWrittenInstance(path, true, [&](const WrittenInstance& instance) {
+  const int dataBegin = ForEachWrittenInstance(path, ValuesRead::All, [&](const WrittenInstance& instance) {
     if (instance.IsInHeader()) return;
     const std::size_t first = references.size();
     for (const WrittenRecord& record : instance.records) {

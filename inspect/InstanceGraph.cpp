@@ -44,7 +44,7 @@ void InstanceGraph::Read(const std::string& path, bool isSecond, const DataDicti
   std::vector<std::int64_t> targets;
   Digest digest;
   std::vector<const WrittenRecord*> records;
-  ForEachWrittenInstance(path, true, [&](const WrittenInstance& instance) {
+  ForEachWrittenInstance(path, ValuesRead::All, [&](const WrittenInstance& instance) {
     if (instance.IsInHeader()) {
       headers_[isSecond ? 1 : 0].push_back(instance);
       return;

@@ -74,7 +74,7 @@ std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& nu
   std::map<int, Place> places;
   const Part21Source source(path);
   // Of a number that is used twice, the later instance is the one that is kept.
-  ForAnyWrittenInstance(source.Path(), false, [&](const WrittenInstance& instance) {
+  ForAnyWrittenInstance(source.Path(), ValuesRead::None, [&](const WrittenInstance& instance) {
     if (instance.number > kGreatestNumber) return;
     const int number = static_cast<int>(instance.number);
     if (numbers.count(number) != 0) places[number] = instance.where;

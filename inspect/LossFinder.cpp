@@ -37,7 +37,7 @@ LossFinder::LossFinder(Population& population, Findings& findings)
 
 void LossFinder::Find(const std::string& path, const Progress& progress) {
   const auto size = static_cast<double>(FileSize(path));
-  ForAnyWrittenInstance(path, true, [&](const WrittenInstance& instance) {
+  ForAnyWrittenInstance(path, ValuesRead::Numerals, [&](const WrittenInstance& instance) {
     Look(instance);
     if (defined_ % kReportedInstances == 0 && progress) progress(instance.end / size);
   });
@@ -94,16 +94,9 @@ void LossFinder::LookAtRecord(const WrittenInstance& instance, const WrittenReco
 }
 
 void LossFinder::LookAtValues(const WrittenRecord& record) {
-  int parameter = -1;
-  std::size_t next = 0;  // where the next parameter begins
-  for (std::size_t at = 0; at < record.values.size(); ++at) {
-    const WrittenValue& value = record.values[at];
-    if (at == next) {
-      ++parameter;
-      next = value.end;
-    }
-    if (value.kind == WrittenValue::Kind::Reference) NoteReference(value, parameter);
-    if (value.kind == WrittenValue::Kind::Real) RealValue(value, parameter);
+  for (const WrittenValue& value : record.values) {
+    if (value.kind == WrittenValue::Kind::Reference) NoteReference(value);
+    if (value.kind == WrittenValue::Kind::Real) RealValue(value);
   }
 }
 
@@ -120,11 +113,11 @@ void LossFinder::CheckNumber(std::int64_t number, const std::string& text, Place
                 instance, attribute);
 }
 
-void LossFinder::NoteReference(const WrittenValue& value, int parameter) {
+void LossFinder::NoteReference(const WrittenValue& value) {
   const char* const digits = value.text.data();
   const std::int64_t wanted = InstanceNumber(digits, digits + value.text.size());
   if (wanted == 0 || wanted > kGreatestNumber) {
-    CheckNumber(wanted, "#" + value.text, value.where, number_, AttributeOf(parameter));
+    CheckNumber(wanted, "#" + value.text, value.where, number_, AttributeOf(value));
     return;
   }
   const int number = static_cast<int>(wanted);
@@ -137,7 +130,7 @@ void LossFinder::NoteReference(const WrittenValue& value, int parameter) {
   }
 }
 
-void LossFinder::RealValue(const WrittenValue& value, int parameter) {
+void LossFinder::RealValue(const WrittenValue& value) {
   const char* const begin = value.text.data();
   const char* const end = begin + value.text.size();
   const char* last = end;  // behind what is no digit
@@ -149,17 +142,16 @@ void LossFinder::RealValue(const WrittenValue& value, int parameter) {
   if (!std::isinf(number) && (number != 0 || !isNotZero)) return;
   findings_.Add(Code::kRealRange, value.where,
                 fmt::format("the real number does not fit 64 bits and becomes {}", number == 0 ? "0" : "infinite"), number_,
-                AttributeOf(parameter));
+                AttributeOf(value));
 }
 
 // "CARTESIAN_POINT.coordinates"
-std::string LossFinder::AttributeOf(int parameter) const {
+std::string LossFinder::AttributeOf(const WrittenValue& value) const {
   std::string name = WithoutMark(record_->type);
   if (type_->runtimeType == nullptr) return name;
-  const int index = parameter + (isPart_ ? type_->firstOwn : 0);
+  const std::size_t index = value.parameter + (isPart_ ? static_cast<std::size_t>(type_->firstOwn) : 0);
   const std::vector<std::string>& names = *type_->runtimeType->GetMemberNames();
-  if (index >= 0 && static_cast<std::size_t>(index) < names.size())
-    name += "." + names[static_cast<std::size_t>(index)];
+  if (index < names.size()) name += "." + names[index];
   return name;
 }
 

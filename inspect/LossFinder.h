@@ -55,10 +55,10 @@ class LossFinder {
   void LookAtValues(const WrittenRecord& record);
 
   void CheckNumber(std::int64_t number, const std::string& text, Place place, int instance, const std::string& attribute);
-  void NoteReference(const WrittenValue& value, int parameter);
-  void RealValue(const WrittenValue& value, int parameter);
+  void NoteReference(const WrittenValue& value);
+  void RealValue(const WrittenValue& value);
   Type& TypeOf(const std::string& name);
-  std::string AttributeOf(int parameter) const;
+  std::string AttributeOf(const WrittenValue& value) const;
 
   void Note(Loss& loss, const WrittenInstance& instance, Place place) const;
   static std::string Where(const Loss& loss);

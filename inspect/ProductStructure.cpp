@@ -596,7 +596,7 @@ ProductStructure ReadProductStructure(const std::string& path, const SchemaChoic
   Reader reader(*dictionary, findings);
   {
     const BeingRead reading(path);
-    ForEachWrittenInstance(path, true, [&reader](const WrittenInstance& instance) { reader.Take(instance); });
+    ForEachWrittenInstance(path, ValuesRead::All, [&reader](const WrittenInstance& instance) { reader.Take(instance); });
   }
   ProductStructure structure = reader.Structure();
   findings.Sort();

@@ -32,7 +32,11 @@ void AssignText(std::string& text, const VELMAR::LexemeReader& token, std::size_
   text.assign(token.Text() + first, token.Length() - first - last);
 }
 
-int ForEach(const std::string& path, bool withValues, bool (InstanceReader::*read)(WrittenInstance&, bool),
+bool IsNumeral(WrittenValue::Kind kind) {
+  return kind == WrittenValue::Kind::Reference || kind == WrittenValue::Kind::Real;
+}
+
+int ForEach(const std::string& path, ValuesRead wanted, bool (InstanceReader::*read)(WrittenInstance&, ValuesRead),
             const std::function<void(const WrittenInstance&)>& action) {
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);
@@ -40,7 +44,7 @@ int ForEach(const std::string& path, bool withValues, bool (InstanceReader::*rea
   VELMAR::Scanner scanner(file.get());
   InstanceReader reader(scanner);
   WrittenInstance instance;
-  while ((reader.*read)(instance, withValues)) action(instance);
+  while ((reader.*read)(instance, wanted)) action(instance);
   if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
   return reader.DataBegin();
 }
@@ -65,14 +69,14 @@ inline void InstanceReader::Next() {
 inline bool InstanceReader::Is(Token::Kind kind) const { return token_->Kind() == kind; }
 inline Place InstanceReader::Here() const { return {token_->Line(), token_->Column()}; }
 
-bool InstanceReader::Read(WrittenInstance& instance, bool withValues) {
-  while (ReadAny(instance, withValues)) {
+bool InstanceReader::Read(WrittenInstance& instance, ValuesRead wanted) {
+  while (ReadAny(instance, wanted)) {
     if (instance.isWhole) return true;
   }
   return false;
 }
 
-bool InstanceReader::ReadAny(WrittenInstance& instance, bool withValues) {
+bool InstanceReader::ReadAny(WrittenInstance& instance, ValuesRead wanted) {
   for (; !Is(Token::EoF);) {
     for (WrittenRecord& record : instance.records) spare_.push_back(std::move(record));
     instance.records.clear();
@@ -89,7 +93,7 @@ bool InstanceReader::ReadAny(WrittenInstance& instance, bool withValues) {
     } else if (inHeader_ && (Is(Token::Ident) || Is(Token::Exclamation))) {
       instance.number = -1;
       instance.begin = token_->Position();
-      const bool isWhole = ReadRecord(instance, true);
+      const bool isWhole = ReadRecord(instance, ValuesRead::All);
       instance.end = behind_;
       if (isWhole) return true;
       PassStatement();
@@ -102,7 +106,7 @@ bool InstanceReader::ReadAny(WrittenInstance& instance, bool withValues) {
         enclosing_.push_back({instance.number, instance.where});
         Next();
       } else {
-        ReadRecords(instance, withValues);
+        ReadRecords(instance, wanted);
         return true;
       }
     } else if (Is(Token::EndScope) && !enclosing_.empty()) {
@@ -115,7 +119,7 @@ bool InstanceReader::ReadAny(WrittenInstance& instance, bool withValues) {
         while (!Is(Token::Slash) && !Is(Token::Semicolon) && !Is(Token::EoF));
         if (Is(Token::Slash)) Next();
       }
-      ReadRecords(instance, withValues);
+      ReadRecords(instance, wanted);
       return true;
     } else {
       Next();
@@ -129,24 +133,24 @@ void InstanceReader::PassStatement() {
 }
 
 // record ";" or "(" record { record } ")" ";" .
-void InstanceReader::ReadRecords(WrittenInstance& instance, bool withValues) {
+void InstanceReader::ReadRecords(WrittenInstance& instance, ValuesRead wanted) {
   bool isWhole = true;
   instance.begin = token_->Position();
   if (Is(Token::LeftParenthesis)) {
     instance.isComplex = true;
     Next();
-    while (isWhole && (Is(Token::Ident) || Is(Token::Exclamation))) isWhole = ReadRecord(instance, withValues);
+    while (isWhole && (Is(Token::Ident) || Is(Token::Exclamation))) isWhole = ReadRecord(instance, wanted);
     isWhole = isWhole && Is(Token::RightParenthesis);
     if (isWhole) Next();
   } else {
-    isWhole = ReadRecord(instance, withValues);
+    isWhole = ReadRecord(instance, wanted);
   }
   instance.end = behind_;
   instance.isWhole = isWhole && Is(Token::Semicolon);
   PassStatement();
 }
 
-bool InstanceReader::ReadRecord(WrittenInstance& instance, bool withValues) {
+bool InstanceReader::ReadRecord(WrittenInstance& instance, ValuesRead wanted) {
   if (spare_.empty()) {
     instance.records.emplace_back();
   } else {
@@ -170,7 +174,7 @@ bool InstanceReader::ReadRecord(WrittenInstance& instance, bool withValues) {
   }
   if (isWhole) {
     Next();
-    isWhole = withValues ? ReadValues(record, used) : PassValues(record);
+    isWhole = wanted == ValuesRead::None ? PassValues(record) : ReadValues(record, wanted, used);
   }
   record.values.resize(used);
   return isWhole;
@@ -190,7 +194,8 @@ bool InstanceReader::PassValues(WrittenRecord& record) {
 
 // { values separated by "," } ")" . Nesting is kept in a list. `used` becomes the number of values; what the record had before stays
 // behind them, for its memory.
-bool InstanceReader::ReadValues(WrittenRecord& record, std::size_t& used) {
+bool InstanceReader::ReadValues(WrittenRecord& record, ValuesRead wanted, std::size_t& used) {
+  const bool all = wanted == ValuesRead::All;
   std::vector<WrittenValue>& values = record.values;
   open_.clear();
   bool mayEnd = true;    // behind "(" and behind a value
@@ -202,7 +207,7 @@ bool InstanceReader::ReadValues(WrittenRecord& record, std::size_t& used) {
         Next();
         return true;
       }
-      values[open_.back()].end = used;
+      if (all) values[open_.back()].end = used;
       open_.pop_back();
       mayEnd = true;
       mayBegin = false;
@@ -217,15 +222,16 @@ bool InstanceReader::ReadValues(WrittenRecord& record, std::size_t& used) {
       value.where = Here();
       value.elements = 0;
       value.text.clear();
-      if (!ReadValue(value)) return false;
+      if (!ReadValue(value, wanted)) return false;
       if (open_.empty()) {
         ++record.parameters;
-      } else {
+      } else if (all) {
         ++values[open_.back()].elements;
       }
-      value.end = ++used;
+      value.parameter = record.parameters - 1;
       const bool opens = value.kind == WrittenValue::Kind::Aggregate || value.kind == WrittenValue::Kind::Typed;
-      if (opens) open_.push_back(used - 1);
+      if (opens) open_.push_back(used);
+      if (all || IsNumeral(value.kind)) value.end = ++used;
       mayEnd = true;
       mayBegin = opens;
     } else {
@@ -235,11 +241,11 @@ bool InstanceReader::ReadValues(WrittenRecord& record, std::size_t& used) {
 }
 
 // One value, of an aggregate and a typed value the beginning.
-bool InstanceReader::ReadValue(WrittenValue& value) {
+bool InstanceReader::ReadValue(WrittenValue& value, ValuesRead wanted) {
   using Kind = WrittenValue::Kind;
   const auto take = [&](Kind kind, std::size_t first, std::size_t last) {
     value.kind = kind;
-    AssignText(value.text, *token_, first, last);
+    if (wanted == ValuesRead::All || IsNumeral(kind)) AssignText(value.text, *token_, first, last);
     Next();
     return true;
   };
@@ -287,14 +293,14 @@ bool InstanceReader::ReadValue(WrittenValue& value) {
   }
 }
 
-int ForEachWrittenInstance(const std::string& path, bool withValues,
+int ForEachWrittenInstance(const std::string& path, ValuesRead wanted,
                            const std::function<void(const WrittenInstance&)>& action) {
-  return ForEach(path, withValues, &InstanceReader::Read, action);
+  return ForEach(path, wanted, &InstanceReader::Read, action);
 }
 
-void ForAnyWrittenInstance(const std::string& path, bool withValues,
+void ForAnyWrittenInstance(const std::string& path, ValuesRead wanted,
                            const std::function<void(const WrittenInstance&)>& action) {
-  ForEach(path, withValues, &InstanceReader::ReadAny, action);
+  ForEach(path, wanted, &InstanceReader::ReadAny, action);
 }
 
 void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action) {
@@ -314,7 +320,7 @@ void ForEachInstanceOf(const std::string& part21, const std::function<void(const
 
 NamedSchema SchemaNamedIn(const std::string& path) {
   NamedSchema found;
-  ForEachWrittenInstance(path, false, [&found](const WrittenInstance& instance) {
+  ForEachWrittenInstance(path, ValuesRead::None, [&found](const WrittenInstance& instance) {
     if (!instance.IsInHeader() || found.where.line != 0) return;
     const WrittenRecord& record = instance.records.front();
     if (record.type != "FILE_SCHEMA") return;

@@ -27,6 +27,7 @@ struct WrittenValue {
   Place where = {0, 0};
   /// The token; without apostrophes, quotation marks, points and `#`. Of a typed value its name, else empty.
   std::string text;
+  std::size_t parameter = 0;  ///< the index of the parameter that it is or stands within
   std::size_t end = 0;       ///< the index behind the value and all that stands within it
   std::size_t elements = 0;  ///< of an aggregate, and of the parentheses of a typed value
 };
@@ -38,6 +39,13 @@ struct WrittenRecord {
   Place end = {0, 0};  ///< of its closing parenthesis
   std::size_t parameters = 0;
   std::vector<WrittenValue> values;  ///< the parameters and all that stands within them
+};
+
+/// Which values of the instances are read; those of the header always are.
+enum class ValuesRead {
+  None,      ///< records have types and places alone
+  Numerals,  ///< references and real numbers, wherever they stand, one behind the other: `end` and `elements` say nothing
+  All,
 };
 
 /// An instance, or a record of the header.
@@ -71,12 +79,11 @@ class InstanceReader {
   InstanceReader(const InstanceReader&) = delete;
   InstanceReader& operator=(const InstanceReader&) = delete;
 
-  /// Fills `instance` with the next one that is whole, whose memory is used again; false at the end of the file. Without
-  /// `withValues` the records of instances have types and places alone.
-  bool Read(WrittenInstance& instance, bool withValues = true);
+  /// Fills `instance` with the next one that is whole, whose memory is used again; false at the end of the file.
+  bool Read(WrittenInstance& instance, ValuesRead wanted = ValuesRead::All);
 
   /// The same with those that have mistakes, whose last record ends where the first mistake is.
-  bool ReadAny(WrittenInstance& instance, bool withValues = true);
+  bool ReadAny(WrittenInstance& instance, ValuesRead wanted = ValuesRead::All);
 
   /// Where the first DATA section begins, in bytes, behind its keyword; -1 while there was none.
   int DataBegin() const { return dataBegin_; }
@@ -90,10 +97,10 @@ class InstanceReader {
   void Next();
   bool Is(VELMAR::Token::Kind kind) const;
   Place Here() const;
-  void ReadRecords(WrittenInstance& instance, bool withValues);
-  bool ReadRecord(WrittenInstance& instance, bool withValues);
-  bool ReadValues(WrittenRecord& record, std::size_t& used);
-  bool ReadValue(WrittenValue& value);
+  void ReadRecords(WrittenInstance& instance, ValuesRead wanted);
+  bool ReadRecord(WrittenInstance& instance, ValuesRead wanted);
+  bool ReadValues(WrittenRecord& record, ValuesRead wanted, std::size_t& used);
+  bool ReadValue(WrittenValue& value, ValuesRead wanted);
   bool PassValues(WrittenRecord& record);
   void PassStatement();
 
@@ -108,7 +115,7 @@ class InstanceReader {
 
 /// Calls `action` for each header record and whole instance of a file; returns where its DATA section begins, as DataBegin. Throws
 /// std::runtime_error where it cannot be read.
-int ForEachWrittenInstance(const std::string& path, bool withValues,
+int ForEachWrittenInstance(const std::string& path, ValuesRead wanted,
                            const std::function<void(const WrittenInstance&)>& action);
 
 /// The same for a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark. Throws std::runtime_error where an
@@ -116,7 +123,7 @@ int ForEachWrittenInstance(const std::string& path, bool withValues,
 void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action);
 
 /// The same for instances with mistakes, too.
-void ForAnyWrittenInstance(const std::string& path, bool withValues,
+void ForAnyWrittenInstance(const std::string& path, ValuesRead wanted,
                            const std::function<void(const WrittenInstance&)>& action);
 
 /// The number of an instance name without its `#`; the greatest 64-bit number for all that are greater.

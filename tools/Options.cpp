@@ -62,6 +62,12 @@ ReadingOptions ReadingFlags::Resolve() const {
   return options;
 }
 
+Reading& ReadForGood(const std::string& path, const ReadingOptions& options) {
+  static Reading* reading = nullptr;  // what can be reached from here is no leak
+  reading = new Reading(path, options);
+  return *reading;
+}
+
 std::string Footer(const std::string& example) {
   return fmt::format("Example: {}\n\n{}", example, kExitStatus);
 }

@@ -44,7 +44,7 @@ int Convert(const ConvertOptions& options) {
   why = WhyUnwritable(out, format);
   if (!why.empty()) return CannotRun(fmt::format("{} {}", out, why));
 
-  Reading reading(in, readingOptions);
+  Reading& reading = ReadForGood(in, readingOptions);
   Population& file = reading.GetPopulation();
   Findings& findings = reading.GetFindings();
   ReportUnreadableValues(file, findings);

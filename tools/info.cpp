@@ -101,7 +101,9 @@ int Info(const InfoOptions& options) {
   Json json = Json::array();
   for (const std::string& path : options.files) {
     try {
-      Reading reading(path, readingOptions);
+      const bool isLast = &path == &options.files.back();
+      const auto freed = isLast ? nullptr : std::make_unique<Reading>(path, readingOptions);
+      Reading& reading = isLast ? ReadForGood(path, readingOptions) : *freed;
       Findings& findings = reading.GetFindings();
       const FileInfo info = Describe(reading);
       findings.Sort();

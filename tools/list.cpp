@@ -89,7 +89,7 @@ int Print(Reading& reading, const ListOptions& options) {
 
 int List(const ListOptions& options) {
   const ReadingOptions readingOptions = options.reading.Resolve();
-  Reading reading(options.file, readingOptions);
+  Reading& reading = ReadForGood(options.file, readingOptions);
   try {
     return Print(reading, options);
   } catch (const std::invalid_argument& error) {  // what is wrong with the file may be the reason

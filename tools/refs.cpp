@@ -73,7 +73,7 @@ void PrintDot(Population& population, const InstanceView& instance,
 int Refs(const RefsOptions& options) {
   const int number = ParseInstanceNumber(options.instance);
   const ReadingOptions readingOptions = options.reading.Resolve();
-  Reading reading(options.file, readingOptions);
+  Reading& reading = ReadForGood(options.file, readingOptions);
   Population& population = reading.GetPopulation();
   VELMAR::ExpEntity* entity = population.GetEntity(number);
   if (entity == nullptr) {

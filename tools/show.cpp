@@ -55,7 +55,7 @@ int Show(const ShowOptions& options) {
   std::vector<int> numbers;
   for (const std::string& instance : options.instances) numbers.push_back(ParseInstanceNumber(instance));
   const ReadingOptions readingOptions = options.reading.Resolve();
-  Reading reading(options.file, readingOptions);
+  Reading& reading = ReadForGood(options.file, readingOptions);
   const std::map<int, Place> places = FindPlaces(options.file, {numbers.begin(), numbers.end()});
 
   std::vector<int> missing;

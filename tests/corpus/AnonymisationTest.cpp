@@ -37,7 +37,7 @@ class AnonymisedFile : public CorpusFile {
 // The strings that it has are known to be harmless, and the others are looked for between them.
 TEST_P(AnonymisedFile, HasNoStringOfTheFile) {
   std::set<std::string> kept = {"1970-01-01T00:00:00"}, strings;
-  ForEachWrittenInstance(path_, true, [&](const WrittenInstance& instance) {
+  ForEachWrittenInstance(path_, ValuesRead::All, [&](const WrittenInstance& instance) {
     for (const WrittenRecord& record : instance.records) {
       for (std::size_t i = 0; i < record.values.size(); ++i) {
         const WrittenValue& value = record.values[i];
@@ -47,7 +47,7 @@ TEST_P(AnonymisedFile, HasNoStringOfTheFile) {
       }
     }
   });
-  ForEachWrittenInstance(copy_, true, [&](const WrittenInstance& instance) {
+  ForEachWrittenInstance(copy_, ValuesRead::All, [&](const WrittenInstance& instance) {
     for (const WrittenRecord& record : instance.records) {
       for (const WrittenValue& value : record.values) {
         if (value.kind != WrittenValue::Kind::String) continue;
@@ -92,7 +92,7 @@ TEST_P(AnonymisedFile, IsNotChangedAnyMoreThanThat) {
   EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), std::count(bytes_.begin(), bytes_.end(), '\n'));
   std::multimap<std::int64_t, std::string> before, after;
   for (auto& [path, types] : {std::make_pair(path_, &before), std::make_pair(copy_, &after)}) {
-    ForEachWrittenInstance(path, true, [&types = *types](const WrittenInstance& instance) {
+    ForEachWrittenInstance(path, ValuesRead::All, [&types = *types](const WrittenInstance& instance) {
       for (const WrittenRecord& record : instance.records) {
         std::string values = record.type[0] == '!' ? "!" : record.type;
         for (const WrittenValue& value : record.values) {

@@ -44,7 +44,7 @@ struct Number {
 
 std::vector<Number> NumbersIn(const std::string& path, const std::string& text) {
   std::vector<Number> numbers;
-  ForEachWrittenInstance(path, true, [&](const WrittenInstance& instance) {
+  ForEachWrittenInstance(path, ValuesRead::All, [&](const WrittenInstance& instance) {
     if (instance.IsInHeader() || instance.isComplex) return;
     for (const WrittenValue& value : instance.records.front().values) {
       if (value.kind != WrittenValue::Kind::Real) continue;

@@ -45,7 +45,7 @@ std::vector<std::string> Found(const std::string& instances, const std::string& 
     VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
     InstanceReader reader(scanner);
     WrittenInstance instance;
-    while (reader.Read(instance, second)) second ? checker.Check(instance) : checker.Learn(instance);
+    while (reader.Read(instance, second ? ValuesRead::All : ValuesRead::None)) second ? checker.Check(instance) : checker.Learn(instance);
   }
   checker.CheckWhole();
   std::vector<std::string> lines;

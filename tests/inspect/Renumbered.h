@@ -44,7 +44,7 @@ inline std::string Renumbered(const std::string& path, unsigned seed) {
   const std::string text = ReadFile(path);
   std::vector<std::string> instances;
   std::vector<std::int64_t> numbers;
-  const int begin = ForEachWrittenInstance(path, false, [&](const WrittenInstance& instance) {
+  const int begin = ForEachWrittenInstance(path, ValuesRead::None, [&](const WrittenInstance& instance) {
     if (instance.IsInHeader()) return;
     instances.push_back("#" + std::to_string(instance.number) + "=" +
                         text.substr(static_cast<std::size_t>(instance.begin), static_cast<std::size_t>(instance.end - instance.begin)) +

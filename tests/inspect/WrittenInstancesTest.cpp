@@ -53,17 +53,17 @@ std::string Shown(const WrittenRecord& record, std::size_t begin, std::size_t en
 }
 
 // Each instance as "line:column number type(values)".
-std::vector<std::string> Read(const std::string& text, bool withValues = true) {
+std::vector<std::string> Read(const std::string& text, ValuesRead wanted = ValuesRead::All) {
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
   InstanceReader reader(scanner);
   std::vector<std::string> found;
   WrittenInstance instance;
-  while (reader.Read(instance, withValues)) {
+  while (reader.Read(instance, wanted)) {
     std::string line = std::to_string(instance.where.line) + ":" + std::to_string(instance.where.column) + " " +
                        std::to_string(instance.number) + (instance.isComplex ? " complex" : "");
     for (const WrittenRecord& record : instance.records) {
-      line += " " + record.type + "(" + (withValues ? Shown(record, 0, record.values.size()) : "") + ")";
-      if (withValues) line += std::to_string(record.parameters);
+      line += " " + record.type + "(" + (wanted == ValuesRead::All ? Shown(record, 0, record.values.size()) : "") + ")";
+      if (wanted == ValuesRead::All) line += std::to_string(record.parameters);
     }
     found.push_back(line);
   }
@@ -114,8 +114,40 @@ TEST(WrittenInstances, OfHugeNumbersHaveTheGreatest) {
 }
 
 TEST(WrittenInstances, AreReadWithoutTheirValues) {
-  EXPECT_THAT(Read(InFile("#1=A((1),L(2));\n#2=(A(1)B());\n"), false),
+  EXPECT_THAT(Read(InFile("#1=A((1),L(2));\n#2=(A(1)B());\n"), ValuesRead::None),
               ElementsAre("5:1 1 A()", "6:1 2 complex A() B()"));
+}
+
+// Each value as "line:column of parameter: text".
+std::vector<std::string> Values(const std::string& data, ValuesRead wanted) {
+  const std::string text = InFile(data, "FILE_NAME('a');\n");
+  VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  InstanceReader reader(scanner);
+  std::vector<std::string> found;
+  WrittenInstance instance;
+  while (reader.ReadAny(instance, wanted)) {
+    for (const WrittenRecord& record : instance.records) {
+      for (const WrittenValue& value : record.values) {
+        found.push_back(std::to_string(value.where.line) + ":" + std::to_string(value.where.column) + " of " +
+                        std::to_string(value.parameter) + ": " + value.text);
+      }
+    }
+  }
+  return found;
+}
+
+TEST(WrittenInstances, MayBeReadWithTheirReferencesAndRealNumbersAlone) {
+  EXPECT_THAT(Values("#1=A(1,'x',#2,(3.5,(.T.,#4),$),L(M(6.E2)),*,#5);\n#2=(A(\"0\",-0.)B()C(#7));\n", ValuesRead::Numerals),
+              ElementsAre("3:11 of 0: a", "6:12 of 2: 2", "6:16 of 3: 3.5", "6:25 of 3: 4", "6:36 of 4: 6.E2", "6:45 of 6: 5", "7:12 of 1: -0.",
+                          "7:21 of 0: 7"));
+  EXPECT_THAT(Values("#1=A('x',2.5,#3;\n#2=A(#4);\n", ValuesRead::Numerals),
+              ElementsAre("3:11 of 0: a", "6:10 of 1: 2.5", "6:14 of 2: 3", "7:6 of 0: 4"));
+}
+
+TEST(WrittenInstances, KnowTheParametersOfTheirValues) {
+  EXPECT_THAT(Values("#1=A(1,(2,(3)),L(4),5);\n", ValuesRead::All),
+              ElementsAre("3:11 of 0: a", "6:6 of 0: 1", "6:8 of 1: ", "6:9 of 1: 2", "6:11 of 1: ", "6:12 of 1: 3", "6:16 of 2: L", "6:18 of 2: 4",
+                          "6:21 of 3: 5"));
 }
 
 TEST(WrittenInstances, HaveTextsOfBytesOrOfUtf8) {
