@@ -234,6 +234,12 @@ INSTANTIATE_TEST_SUITE_P(, AllocationFailure, testing::Bool(),
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kHasPools = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kHasPools = false;
+#else
+constexpr bool kHasPools = true;
+#endif
 #else
 constexpr bool kHasPools = true;
 #endif
