@@ -36,11 +36,7 @@ LossFinder::LossFinder(Population& population, Findings& findings)
     : population_(population), findings_(findings), hadErrors_(findings.Errors() != 0) {}
 
 void LossFinder::Find(const std::string& path, const Progress& progress) {
-  const auto size = static_cast<double>(FileSize(path));
-  ForAnyWrittenInstance(path, true, [&](const WrittenInstance& instance) {
-    Look(instance);
-    if (defined_ % kReportedInstances == 0 && progress) progress(instance.end / size);
-  });
+  ForAnyWrittenInstance(path, true, [this](const WrittenInstance& instance) { Look(instance); }, progress);
   if (!population_.IsSchemaSupported()) ReportSchema();
   ReportRecords();
   ReportUnread();

@@ -21,7 +21,7 @@ struct ReadingOptions {
   /// The registry name of a schema that has been loaded at run time, to read with it, whatever the file says;
   /// empty for none.
   std::string lateBoundSchema;
-  Progress progress;  ///< told of reading
+  Progress progress;  ///< told how far reading is
 };
 
 /// References to an instance that the file does not have, at their first place.
@@ -52,7 +52,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
  public:
   explicit Population(const ReadingOptions& options = {});
 
-  /// Reads the file, which WhyUnreadable has found readable. Adds an error for everything that is wrong with
+  /// Reads the file, which RequireReadable has found readable. Adds an error for everything that is wrong with
   /// it and a finding for everything of it that this population does not hold:
   /// - errors: syntax; a schema without a library; instances and partial records of unknown types; records
   ///   with more parameters than their type has attributes; instance numbers that are used twice, or that
@@ -61,7 +61,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   ///   schema that cannot be loaded.
   /// Throws std::runtime_error where the file cannot be read to its end, or the library of its schema cannot
   /// be loaded.
-  void ReadAndReport(const std::string& path, Findings& findings);
+  void ReadAndReport(const std::string& path, Findings& findings, const Progress& progress = {});
 
   /// The time that reading took, in seconds, without that for loading schema libraries.
   double ReadingTime() const { return readingTime_; }
@@ -106,9 +106,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   bool schemaSupported_ = true;
   std::vector<int> numbers_;  // in the order of the file, until they are asked for
   bool areSorted_ = true;
-  Progress reportProgress_;
-  const ReportedProgress* progress_ = nullptr;  // while a file is read
-  double expectedCount_ = 0;                    // so many instances it has, about
+  ReportedProgress* read_ = nullptr;  // told of each instance while a file is read
   double readingTime_ = 0;
   double loadingTime_ = 0;
   bool usesFallback_ = false;    // whether the fallback schema is still to be loaded when a type is unknown

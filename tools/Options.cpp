@@ -55,7 +55,7 @@ std::optional<VELMAR::Schema> ReadingFlags::Schema() const {
 ReadingOptions ReadingFlags::Resolve() const {
   ReadingOptions options;
   options.schema = Schema();
-  if (!quiet) options.progress = MakeProgressBar("reading");
+  options.progress = MakeProgressBar("reading", quiet);
   if (!express.empty()) {
     options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
   }

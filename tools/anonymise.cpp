@@ -8,6 +8,7 @@
 #include "Extraction.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -21,7 +22,7 @@ struct AnonymiseFlags {
 };
 
 int AnonymiseFile(const AnonymiseFlags& flags) {
-  const Anonymised anonymised = Anonymise(flags.file);
+  const Anonymised anonymised = Anonymise(flags.file, MakeProgressBar("reading", flags.quiet));
   WriteText(anonymised.text, flags.out);
   if (flags.quiet) return kDone;
   Say(fmt::format("{}: {} of {} and {} replaced\n", flags.file, Counted(anonymised.strings, "string"),

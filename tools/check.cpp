@@ -15,6 +15,7 @@
 #include "Json.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Sarif.h"
 #include "Schemas.h"
 
@@ -45,12 +46,13 @@ std::set<Code> CodesNamed(const std::vector<std::string>& names) {
 int Check(const CheckFlags& flags) {
   const std::set<Code> codes = CodesNamed(flags.only);
   const SchemaChoice options = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
+  const Progress progress = MakeProgressBar("checking", flags.reading.quiet);
   int status = kDone;
   Json json = Json::array();
   std::vector<Findings> all;
   for (const std::string& path : flags.files) {
     try {
-      Findings findings = CheckFile(path, options);
+      Findings findings = CheckFile(path, options, progress);
       if (!codes.empty()) findings.Keep(codes);
       if (!findings.IsEmpty()) status = std::max<int>(status, kFileHasErrors);
       if (flags.json) {

@@ -12,6 +12,7 @@
 #include "Json.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -101,7 +102,8 @@ int Diff(const DiffFlags& flags) {
                                      !flags.ignoreHeader};
   Findings ofFirst(flags.first);
   Findings ofSecond(flags.second);
-  const Comparison comparison = CompareFiles(flags.first, flags.second, options, ofFirst, ofSecond);
+  const Comparison comparison = CompareFiles(flags.first, flags.second, options, ofFirst, ofSecond,
+                                             MakeProgressBar("comparing", flags.reading.quiet));
   if (flags.json) {
     Json json = {{"first", flags.first}, {"second", flags.second}};
     json.update(ToJson(comparison));

@@ -56,7 +56,7 @@ int Show(const ShowOptions& options) {
   for (const std::string& instance : options.instances) numbers.push_back(ParseInstanceNumber(instance));
   const ReadingOptions readingOptions = options.reading.Resolve();
   Reading reading(options.file, readingOptions);
-  const std::map<int, Place> places = FindPlaces(options.file, {numbers.begin(), numbers.end()});
+  const std::map<int, Place> places = FindPlaces(options.file, {numbers.begin(), numbers.end()}, readingOptions.progress);
 
   std::vector<int> missing;
   Json json = Json::array();

@@ -13,6 +13,7 @@
 #include "Options.h"
 #include "ProductStructure.h"
 #include "ProductTree.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -57,7 +58,7 @@ void PrintTree(const ProductStructure& structure, const TreeFlags& flags) {
 int Tree(const TreeFlags& flags) {
   Findings findings(flags.file);
   const SchemaChoice choice = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
-  const ProductStructure structure = ReadProductStructure(flags.file, choice, findings);
+  const ProductStructure structure = ReadProductStructure(flags.file, choice, findings, MakeProgressBar("reading", flags.reading.quiet));
   if (flags.json) {
     Json json = ToJson(structure);
     json["findings"] = ToJson(findings);
