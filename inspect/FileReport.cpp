@@ -116,7 +116,7 @@ class TreeWriter {
  public:
   void Write(const TreeLine& line, bool hasComponents) {
     while (open_ > line.level) Close();
-    const std::string text = Shown(line.text) + (line.note.empty() ? "" : " <span class=\"soft\">(" + Escaped(line.note) + ")</span>");
+    const std::string text = Shown(line.Text()) + (line.note.empty() ? "" : " <span class=\"soft\">(" + Escaped(line.note) + ")</span>");
     if (hasComponents) {
       html_ += "<li class=\"row\"><details open><summary class=\"own\">" + text + "</summary><ul>\n";
       ++open_;

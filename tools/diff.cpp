@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
+#include "Colours.h"
 #include "Commands.h"
 #include "Comparison.h"
 #include "Json.h"
@@ -47,6 +49,10 @@ std::pair<std::string, std::string> Shortened(const ChangedValue& value) {
   return {cut(value.before), cut(value.after)};
 }
 
+std::string Removed(const std::string& text) { return Coloured(stdout, text, Style::kRed); }
+std::string Added(const std::string& text) { return Coloured(stdout, text, Style::kGreen); }
+std::string Changed(const std::string& text) { return Coloured(stdout, text, Style::kYellow); }
+
 void PrintDifference(const Difference& difference, const DiffFlags& flags) {
   const auto name = [&difference](const Difference::Side& side) {
     return side.number < 0 ? difference.type : fmt::format("#{} {}", side.number, difference.type);
@@ -56,21 +62,21 @@ void PrintDifference(const Difference& difference, const DiffFlags& flags) {
   };
   switch (difference.kind) {
     case Difference::Kind::Removed:
-      fmt::print("{}: removed {}\n", place(flags.first, difference.before), Printable(name(difference.before)));
+      fmt::print("{}: {}\n", place(flags.first, difference.before), Removed("removed " + Printable(name(difference.before))));
       return;
     case Difference::Kind::Added:
-      fmt::print("{}: added {}\n", place(flags.second, difference.after), Printable(name(difference.after)));
+      fmt::print("{}: {}\n", place(flags.second, difference.after), Added("added " + Printable(name(difference.after))));
       return;
     case Difference::Kind::Changed:
       break;
   }
-  fmt::print("{}: changed {} ({}{})\n", place(flags.first, difference.before), Printable(name(difference.before)),
+  fmt::print("{}: {} ({}{})\n", place(flags.first, difference.before), Changed("changed " + Printable(name(difference.before))),
              difference.after.number < 0 ? "" : fmt::format("#{} at ", difference.after.number),
              place(flags.second, difference.after));
   for (const ChangedValue& value : difference.values) {
     const auto [before, after] = Shortened(value);
-    fmt::print("  {}: {} -> {}\n", value.attribute, before.empty() ? "nothing" : Printable(before),
-               after.empty() ? "nothing" : Printable(after));
+    fmt::print("  {}: {} -> {}\n", value.attribute, Removed(before.empty() ? "nothing" : Printable(before)),
+               Added(after.empty() ? "nothing" : Printable(after)));
   }
 }
 

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "Colours.h"
 #include "Commands.h"
 #include "Json.h"
 #include "Messages.h"
@@ -42,7 +44,9 @@ void PrintTree(const ProductStructure& structure, const TreeFlags& flags) {
       for (std::size_t i = 0; i + 1 < line.level; ++i) lines += isLast[i] ? "    " : "│   ";
       lines += line.isLast ? "└── " : "├── ";
     }
-    fmt::print("{}{}{}\n", lines, Printable(line.text), line.note.empty() ? "" : fmt::format(" ({})", line.note));
+    const auto dim = [](const std::string& text) { return Coloured(stdout, text, Style::kDim); };
+    const std::string note = line.note.empty() ? "" : fmt::format(" ({})", line.note);
+    fmt::print("{}{}{}{}\n", lines, dim(Printable(line.amount)), Printable(line.name), dim(Printable(line.instances) + note));
   });
   std::size_t assemblies = 0;
   for (const DefinedProduct& product : structure.products) {
