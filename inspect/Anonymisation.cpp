@@ -8,6 +8,7 @@
 
 #include "ExpUtilities.h"
 #include "Input.h"
+#include "Part21Source.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -421,7 +422,11 @@ class Anonymiser {
 
 }  // namespace
 
-Anonymised Anonymise(const std::string& path, const Progress& progress) { return Anonymiser(ContentsOf(path)).Run(progress); }
+Anonymised Anonymise(const std::string& path, const Progress& progress) {
+  ReportedProgress all(progress);
+  const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
+  return Anonymiser(ContentsOf(source.Path())).Run(all.Part(source.Share(), 1));
+}
 
 bool IsPublicText(const std::string& text) { return PublicTexts().count(VELMAR::ToUpperString(text)) != 0; }
 

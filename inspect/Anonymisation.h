@@ -30,6 +30,8 @@ struct Anonymised {
 ///   stand, and in signatures.
 /// Everything else stays to the byte, mistakes included: a file that cannot be read is anonymised as well as any.
 ///
+/// The file may be JSON (docs/json_format.md); the text is Part 21 then, too.
+///
 /// Throws std::runtime_error where the file cannot be read. Linear in its length, of which it needs three times the memory.
 Anonymised Anonymise(const std::string& path, const Progress& progress = {});
 

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "FileFormats.h"
 #include "LateBoundSchema.h"
 #include "ProgressBar.h"
 #include "Schemas.h"
@@ -60,6 +61,12 @@ ReadingOptions ReadingFlags::Resolve() const {
     options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
   }
   return options;
+}
+
+void RequirePart21Name(const std::string& path) {
+  const FileFormat format = FormatOf(path);
+  if (format == FileFormat::Part21) return;
+  throw std::runtime_error(fmt::format("{} is named as {}, and what is written is Part 21", path, Name(format)));
 }
 
 std::string Footer(const std::string& example) {

@@ -11,6 +11,10 @@
 
 namespace velmar {
 
+/// The help of what commands read.
+constexpr const char* kFileHelp = "The file: Part 21, or JSON that is named .json";
+constexpr const char* kFilesHelp = "The files: Part 21, or JSON that is named .json";
+
 /// How files are read, as users say it.
 struct ReadingFlags {
   std::optional<std::string> schema;
@@ -28,6 +32,9 @@ struct ReadingFlags {
   /// VELMAR::LateBoundError.
   ReadingOptions Resolve() const;
 };
+
+/// Throws std::runtime_error where a file of this name would be taken for another format than Part 21.
+void RequirePart21Name(const std::string& path);
 
 /// What the help of a command ends with: an example, and the exit status.
 std::string Footer(const std::string& example);

@@ -84,7 +84,7 @@ void AddCheck(CLI::App& program, Run& run) {
   CLI::App* command =
       program.add_subcommand("check", "Says what is wrong with files: syntax, and values, references and types that do not "
                                       "follow the schema. docs/findings.md lists what it finds");
-  command->add_option("FILE", flags->files, "Part 21 files")->required();
+  command->add_option("FILE", flags->files, kFilesHelp)->required();
   flags->reading.AddTo(*command);
   command->add_option("--max", flags->most, "How many findings with a place are printed for a file; 100 without this")
       ->type_name("N");

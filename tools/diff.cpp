@@ -131,7 +131,7 @@ void AddDiff(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "diff", "Says what differs between two files: instances that are changed, removed or added, whatever their numbers and "
               "their order");
-  command->add_option("A", flags->first, "A Part 21 file")->required();
+  command->add_option("A", flags->first, kFileHelp)->required();
   command->add_option("B", flags->second, "The file that it is compared with")->required();
   command->add_flag("--ignore-header", flags->ignoreHeader, "Leaves out the HEADER section");
   command->add_option("--max", flags->most, "How many differences are printed; 100 without this")->type_name("N");

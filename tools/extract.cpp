@@ -35,6 +35,7 @@ std::int64_t NumberOf(const std::string& text) {
 }
 
 int ExtractFile(const ExtractFlags& flags) {
+  RequirePart21Name(flags.out);
   std::vector<std::int64_t> numbers;
   for (const std::string& instance : flags.instances) numbers.push_back(NumberOf(instance));
   WriteText(Extract(flags.file, numbers, MakeProgressBar("reading", flags.quiet)), flags.out);
@@ -48,7 +49,7 @@ void AddExtract(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "extract", "Writes the smallest file that holds some instances of a file: its header, the instances, and all that they "
                  "refer to, as they stand in it. OUT is replaced by a complete file or not at all");
-  command->add_option("FILE", flags->file, "The file: Part 21, or JSON that is named .json")->required();
+  command->add_option("FILE", flags->file, kFileHelp)->required();
   command->add_option("INSTANCE", flags->instances, "Instances: 12 or '#12'")->required();
   command->add_option("-o,--output", flags->out, "The Part 21 file to write")->required()->type_name("OUT");
   command->add_flag("-q,--quiet", flags->quiet, "Shows no progress on a terminal");

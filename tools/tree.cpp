@@ -80,7 +80,7 @@ void AddTree(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "tree", "Prints the product structure: assemblies and their components, with names, ids, and the instances of "
               "definitions and shapes");
-  command->add_option("FILE", flags->file, "The Part 21 file")->required();
+  command->add_option("FILE", flags->file, kFileHelp)->required();
   command->add_flag("--all", flags->shown.all, "Shows each usage; without this, equal components of an assembly stand in one line");
   command->add_option("--depth", flags->shown.depth, "Shows so many levels below the first; 0 is without a limit")
       ->capture_default_str()
