@@ -42,6 +42,10 @@ double Now() {
 
 }  // namespace
 
+bool IsHeaderType(const std::string& name) {
+  return name == "FILE_DESCRIPTION" || name == "FILE_NAME" || name == "FILE_SCHEMA";
+}
+
 const char* FileBeingRead() { return fileBeingRead; }
 
 BeingRead::BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
@@ -77,6 +81,7 @@ void Population::ReadAndReport(const std::string& path, Findings& findings, cons
   {
     ReportedProgress read(reported.Part(0, kShareOfReading), progress ? ExpectedInstances(path) : 0);
     const InScope<ReportedProgress*> shown(read_, &read);
+    const InScope<bool> begins(isInHeader_, true);
     const LibraryLog log(findings);
     const double start = Now();
     Read(path);
@@ -94,6 +99,7 @@ void Population::ReadAndReport(const std::string& path, Findings& findings, cons
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
+  if (isInHeader_ && !IsHeaderType(typeName)) return nullptr;  // whatever the schema has under this name
   VELMAR::ExpEntity* entity = ExpFixedSchemaFile::CreateEntity(typeName);
   if (entity == nullptr && usesFallback_) {
     fallbackFailure_ = TryLoading(LoadFallback);
@@ -127,6 +133,7 @@ const std::vector<int>& Population::Numbers() {
 }
 
 void Population::SetSchemaName(std::string name) {
+  isInHeader_ = false;
   wasGivenSchema_ = true;
   schemaOfFile_ = name;
   if (!keepsSchema_) ExpFixedSchemaFile::SetSchemaName(name);

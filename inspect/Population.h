@@ -32,6 +32,9 @@ struct UnresolvedReference {
   std::size_t count = 0;  ///< how many references there are
 };
 
+/// Whether the header has records of this type: FILE_DESCRIPTION, FILE_NAME, FILE_SCHEMA.
+bool IsHeaderType(const std::string& name);
+
 /// The path of the file that is being read; null while none is. For whoever says why the process ends: the
 /// library ends it where a token is too long.
 const char* FileBeingRead();
@@ -77,7 +80,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   /// goes over these, and not over all numbers that there could be. Good until the population changes.
   const std::vector<int>& Numbers();
 
-  /// How many instances, parts of such and records of the header are of a type that is not known, by type.
+  /// How many instances and parts of such are of a type that is not known, by type. Records of the header are none.
   const std::map<std::string, std::size_t>& UnknownTypes() const { return unknownTypes_; }
   /// References that lead nowhere, one for each missing instance, in the order of their places.
   const std::vector<UnresolvedReference>& Unresolved() const { return unresolved_; }
@@ -102,6 +105,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   std::vector<UnresolvedReference> unresolved_;
   std::set<int> repeated_;  // the numbers that were used more than once
   std::string schemaOfFile_;
+  bool isInHeader_ = false;      // while that is read
   bool wasGivenSchema_ = false;  // by the header of the file, be it empty
   bool schemaSupported_ = true;
   std::vector<int> numbers_;  // in the order of the file, until they are asked for
