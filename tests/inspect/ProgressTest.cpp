@@ -15,6 +15,8 @@
 #include "Conversion.h"
 #include "Extraction.h"
 #include "FileReport.h"
+#include "InstanceGraph.h"
+#include "InstancePairing.h"
 #include "Instances.h"
 #include "ProductStructure.h"
 #include "Progress.h"
@@ -163,6 +165,28 @@ TEST_P(ProgressOf, EndsWhereItFails) {
   if (!reports.all.empty()) {
     EXPECT_EQ(reports.all.back(), 1);
   }
+}
+
+// Where instances differ, finding out which is which takes the most time.
+TEST(ProgressOfPairing, IsTheEffortThatHasBeenMade) {
+  TemporaryDirectory directory;
+  // Points that differ in their last digits, in lists that differ by them: nothing tells them apart but their order.
+  const auto points = [](int differing) {
+    std::string data, list = "#9000000=POLYLINE('',(";
+    for (int i = 1; i <= 20000; ++i) {
+      data += "#" + std::to_string(i) + "=CARTESIAN_POINT('',(1.,2.," + std::to_string(i / 2) + "." + std::to_string(differing) + "));\n";
+      list += (i == 1 ? "#" : ",#") + std::to_string(i);
+    }
+    return FileWith(data + list + "));\n");
+  };
+  const std::string a = WriteFile(directory.Path("a.stp"), points(1)), b = WriteFile(directory.Path("b.stp"), points(2));
+  const InstanceGraph graph(a, b, nullptr);
+  Reports reports;
+  EXPECT_THAT(PairInstances(graph, reports.Note()).pairs, SizeIs(20001));
+  EXPECT_GT(reports.all.size(), 2u);
+  EXPECT_EQ(reports.all.front(), 0);
+  EXPECT_EQ(reports.all.back(), 1);
+  EXPECT_TRUE(std::is_sorted(reports.all.begin(), reports.all.end()));
 }
 
 const auto kOfAnyFormat =
