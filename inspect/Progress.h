@@ -23,7 +23,10 @@ class ReportedProgress {
     if (total_ > 0) next_ = total_ * kStep;
   }
   ~ReportedProgress() {
-    if (report_) report_(1);
+    try {
+      if (report_) report_(1);
+    } catch (...) {  // not enough memory for showing it, which may be why the operation ends
+    }
   }
   ReportedProgress(const ReportedProgress&) = delete;
   ReportedProgress& operator=(const ReportedProgress&) = delete;

@@ -45,10 +45,13 @@ void ProgressBar::Show(double done) {
   terminal_.write('\r' + text);
 }
 
-void ProgressBar::Erase() {
+void ProgressBar::Erase() noexcept {
   if (drawnBar == this) drawnBar = nullptr;
   if (drawn_ == 0) return;
-  terminal_.write('\r' + std::string(std::exchange(drawn_, 0), ' ') + '\r');
+  try {
+    terminal_.write('\r' + std::string(std::exchange(drawn_, 0), ' ') + '\r');
+  } catch (...) {  // not enough memory for blanks
+  }
 }
 
 std::string ProgressBar::Text(const std::string& label, double done, std::size_t columns) {
@@ -75,11 +78,7 @@ Progress MakeProgressBar(const std::string& label, bool isQuiet) {
 }
 
 void EraseProgressBar() noexcept {
-  if (drawnBar == nullptr) return;
-  try {
-    drawnBar->Erase();
-  } catch (...) {  // not enough memory for blanks
-  }
+  if (drawnBar != nullptr) drawnBar->Erase();
 }
 
 }  // namespace velmar

@@ -40,8 +40,8 @@ class ProgressBar {
   /// How much is done: 0 begins anew, 1 ends and erases.
   void Show(double done);
 
-  /// Erases the bar where it is drawn; it comes again when it is told of more.
-  void Erase();
+  /// Erases the bar where it is drawn; it comes again when it is told of more. Never throws.
+  void Erase() noexcept;
 
   /// The bar as it is drawn, in so many columns at most; 0 stands for 80. It is shorter where it has less place, a number alone where it
   /// has little, and empty where that does not fit.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -92,6 +93,18 @@ TEST(ReportedProgress, OfPartsIsOneOfTheWhole) {
     ReportedProgress within(second.Part(0.5, 1));
   }
   EXPECT_THAT(reports.all, testing::Pointwise(testing::DoubleEq(), {0.0, 0.25, 0.5, 0.75, 0.99, 1.0}));
+}
+
+TEST(ReportedProgress, EndsWhereNobodyCanBeToldOfIt) {
+  const auto fail = [](double done) {
+    if (done > 0) throw std::bad_alloc();
+  };
+  EXPECT_NO_THROW({
+    ReportedProgress progress(fail, 2);
+    ReportedProgress part(progress.Part(0, 0.5));
+  });
+  ReportedProgress progress(fail, 2);
+  EXPECT_THROW(progress(1), std::bad_alloc);
 }
 
 TEST(ReportedProgress, OfNothingToTellCostsNothing) {
