@@ -8,6 +8,7 @@
 
 #include "ExpUtilities.h"
 #include "Input.h"
+#include "Part21Source.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -56,10 +57,14 @@ class Anonymiser {
  public:
   explicit Anonymiser(std::string text) : text_(std::move(text)) { out_.reserve(text_.size()); }
 
-  Anonymised Run() {
+  Anonymised Run(const Progress& progress) {
+    ReportedProgress passed(progress, static_cast<double>(text_.size()));
     if (text_.compare(0, 3, "\xEF\xBB\xBF") == 0) Copy(3);
     PassTextBefore();
-    while (at_ < text_.size() && !isAtEnd_) Take();
+    while (at_ < text_.size() && !isAtEnd_) {
+      Take();
+      passed(static_cast<double>(at_));
+    }
     PassTextBehind();
     result_.texts = texts_.size();
     result_.text.push_back(std::move(out_));
@@ -417,7 +422,11 @@ class Anonymiser {
 
 }  // namespace
 
-Anonymised Anonymise(const std::string& path) { return Anonymiser(ContentsOf(path)).Run(); }
+Anonymised Anonymise(const std::string& path, const Progress& progress) {
+  ReportedProgress all(progress);
+  const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
+  return Anonymiser(ContentsOf(source.Path())).Run(all.Part(source.Share(), 1));
+}
 
 bool IsPublicText(const std::string& text) { return PublicTexts().count(VELMAR::ToUpperString(text)) != 0; }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Extraction.h"
+#include "Progress.h"
 
 namespace velmar {
 
@@ -29,8 +30,10 @@ struct Anonymised {
 ///   stand, and in signatures.
 /// Everything else stays to the byte, mistakes included: a file that cannot be read is anonymised as well as any.
 ///
+/// The file may be JSON (docs/json_format.md); the text is Part 21 then, too.
+///
 /// Throws std::runtime_error where the file cannot be read. Linear in its length, of which it needs three times the memory.
-Anonymised Anonymise(const std::string& path);
+Anonymised Anonymise(const std::string& path, const Progress& progress = {});
 
 /// Whether a string, as it stands in a file, says the same in all files and has a meaning for those who read them: 'mechanical',
 /// 'DEGREE', 'red'. The case of letters does not matter.

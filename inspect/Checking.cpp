@@ -18,15 +18,27 @@ namespace {
 // Takes no instance: the parser says what is wrong with the syntax all the same.
 class SyntaxOnly : public VELMAR::ExpFile {
  public:
+  explicit SyntaxOnly(ReportedProgress& read) : read_(read) {}
+
   using VELMAR::ExpFile::CreateEntity;
-  VELMAR::ExpEntity* CreateEntity(const std::string&) override { return nullptr; }
+  VELMAR::ExpEntity* CreateEntity(const std::string&) override {
+    read_(++count_);
+    return nullptr;
+  }
+
+ private:
+  ReportedProgress& read_;
+  double count_ = 0;
 };
+
+// The shares of the time that it takes to check a file.
+constexpr double kShareOfSyntax = 0.35;
+constexpr double kShareOfTypes = 0.25;
 
 }  // namespace
 
-bool CheckSyntax(const std::string& path, Findings& findings) {
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) throw std::runtime_error(path + " " + why);
+bool CheckSyntax(const std::string& path, Findings& findings, const Progress& progress) {
+  RequireReadable(path);
   if (HasDamagedByteOrderMark(path)) {
     findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
     return false;
@@ -35,7 +47,8 @@ bool CheckSyntax(const std::string& path, Findings& findings) {
   std::string unreadable;
   {
     const LibraryLog log(findings);
-    SyntaxOnly file;
+    ReportedProgress read(progress, progress ? ExpectedInstances(path) : 0);
+    SyntaxOnly file(read);
     file.Read(path);
     unreadable = log.Unreadable();
   }
@@ -43,20 +56,22 @@ bool CheckSyntax(const std::string& path, Findings& findings) {
   return true;
 }
 
-Findings CheckFile(const std::string& path, const SchemaChoice& options) {
+Findings CheckFile(const std::string& path, const SchemaChoice& options, const Progress& progress) {
   Findings findings(path);
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) throw std::runtime_error(path + " " + why);
-  const Part21Source source(path);
-  if (!CheckSyntax(source.Path(), findings)) return findings;
+  ReportedProgress all(progress);
+  const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
+  ReportedProgress checked(all.Part(source.Share(), 1));
+  if (!CheckSyntax(source.Path(), findings, checked.Part(0, kShareOfSyntax))) return findings;
 
   const std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(source.Path(), options, findings);
   if (dictionary == nullptr) return findings;
 
   const BeingRead reading(path);
   FileChecker checker(*dictionary, findings);
-  ForEachWrittenInstance(source.Path(), ValuesRead::None, [&checker](const WrittenInstance& instance) { checker.Learn(instance); });
-  ForEachWrittenInstance(source.Path(), ValuesRead::All, [&checker](const WrittenInstance& instance) { checker.Check(instance); });
+  const auto learn = [&checker](const WrittenInstance& instance) { checker.Learn(instance); };
+  const auto check = [&checker](const WrittenInstance& instance) { checker.Check(instance); };
+  ForEachWrittenInstance(source.Path(), ValuesRead::None, learn, checked.Part(kShareOfSyntax, kShareOfSyntax + kShareOfTypes));
+  ForEachWrittenInstance(source.Path(), ValuesRead::All, check, checked.Part(kShareOfSyntax + kShareOfTypes, 1));
   checker.CheckWhole();
   findings.Sort();
   return findings;

@@ -14,6 +14,7 @@
 #include "ExpUtilities.h"
 #include "InstanceGraph.h"
 #include "InstancePairing.h"
+#include "Part21Source.h"
 #include "Scanner.h"
 #include "WrittenInstances.h"
 
@@ -24,6 +25,10 @@ namespace {
 using Kind = WrittenValue::Kind;
 
 constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
+
+// The shares of the time that it takes to compare files.
+constexpr double kShareOfSyntax = 0.25;
+constexpr double kShareOfGraph = 0.5;
 
 // Gives instances of a file anew, by where they stand.
 class InstanceText {
@@ -128,12 +133,12 @@ std::string NameOf(const WrittenRecord& record, std::size_t parameter, bool isCo
 
 class Comparer {
  public:
-  Comparer(const std::string& first, const std::string& second, const DataDictionary* dictionary)
-      : dictionary_(dictionary), graph_(first, second, dictionary), texts_{InstanceText(first), InstanceText(second)} {}
+  Comparer(const std::string& first, const std::string& second, const DataDictionary* dictionary, const Progress& progress)
+      : dictionary_(dictionary), graph_(first, second, dictionary, progress), texts_{InstanceText(first), InstanceText(second)} {}
 
-  Comparison Run(bool withHeader) {
+  Comparison Run(bool withHeader, const Progress& progress) {
     if (withHeader) CompareHeaders();
-    pairing_ = PairInstances(graph_);
+    pairing_ = PairInstances(graph_, progress);
     std::vector<std::pair<int, int>> all = std::move(pairing_.pairs);  // -1 for the second where there is none
     for (const int node : pairing_.removed) all.emplace_back(node, -1);
     std::sort(all.begin(), all.end());
@@ -252,12 +257,20 @@ class Comparer {
 }  // namespace
 
 Comparison CompareFiles(const std::string& first, const std::string& second, const ComparisonOptions& options,
-                        Findings& findingsOfFirst, Findings& findingsOfSecond) {
-  const bool areReadable[] = {CheckSyntax(first, findingsOfFirst), CheckSyntax(second, findingsOfSecond)};
+                        Findings& findingsOfFirst, Findings& findingsOfSecond, const Progress& progress) {
+  ReportedProgress all(progress);
+  const Part21Source sources[] = {Part21Source(first, all.Part(0, Part21Source::kShareOfJson / 2)),
+                                  Part21Source(second, all.Part(Part21Source::kShareOfJson / 2, Part21Source::kShareOfJson))};
+  ReportedProgress compared(all.Part(std::max(sources[0].Share(), sources[1].Share()), 1));
+  const bool areReadable[] = {
+      CheckSyntax(sources[0].Path(), findingsOfFirst, compared.Part(0, kShareOfSyntax / 2)),
+      CheckSyntax(sources[1].Path(), findingsOfSecond, compared.Part(kShareOfSyntax / 2, kShareOfSyntax))};
   if (!areReadable[0] || !areReadable[1]) return {};
   Findings ignored(first);
-  const std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(first, options.schema, ignored);
-  return Comparer(first, second, dictionary.get()).Run(options.withHeader);
+  const std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(sources[0].Path(), options.schema, ignored);
+  return Comparer(sources[0].Path(), sources[1].Path(), dictionary.get(),
+                  compared.Part(kShareOfSyntax, kShareOfSyntax + kShareOfGraph))
+      .Run(options.withHeader, compared.Part(kShareOfSyntax + kShareOfGraph, 1));
 }
 
 }  // namespace velmar

@@ -11,6 +11,7 @@
 #include "DictionaryLoader.h"
 #include "Findings.h"
 #include "Input.h"
+#include "Progress.h"
 
 namespace velmar {
 
@@ -67,6 +68,6 @@ struct ComparisonOptions {
 /// What is wrong with the syntax of the files becomes findings; what stands there is not compared. Throws std::runtime_error
 /// where a file, or the text of the schema, cannot be read. Takes some 100 bytes of memory for each instance.
 Comparison CompareFiles(const std::string& first, const std::string& second, const ComparisonOptions& options,
-                        Findings& findingsOfFirst, Findings& findingsOfSecond);
+                        Findings& findingsOfFirst, Findings& findingsOfSecond, const Progress& progress = {});
 
 }  // namespace velmar

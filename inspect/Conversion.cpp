@@ -50,25 +50,21 @@ bool IsLoss(const Finding& finding) {
 class CountingBuffer : public std::streambuf {
  public:
   CountingBuffer(std::streambuf& target, const Progress& progress, std::uint64_t expected)
-      : target_(target), progress_(progress), expected_(static_cast<double>(expected)) {}
+      : target_(target), written_(progress, static_cast<double>(expected)) {}
 
  private:
-  static constexpr std::streamsize kReported = 1 << 18;  // bytes between two reports
-
   int_type overflow(int_type character) override {
     if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
     return target_.sputc(traits_type::to_char_type(character));
   }
   std::streamsize xsputn(const char* text, std::streamsize length) override {
-    const std::streamsize before = count_;
     count_ += length;
-    if (before / kReported != count_ / kReported) progress_(static_cast<double>(count_) / expected_);
+    written_(static_cast<double>(count_));
     return target_.sputn(text, length);
   }
 
   std::streambuf& target_;
-  const ReportedProgress progress_;
-  const double expected_;
+  ReportedProgress written_;
   std::streamsize count_ = 0;
 };
 
@@ -95,14 +91,19 @@ void RequireReadableStrings(const std::string& part21) {
   }
 }
 
+void WritePart21(Population& file, VelmarFiles::TextBuffer& buffer, const Progress& progress, std::uint64_t expectedSize) {
+  CountingBuffer counter(buffer, progress, expectedSize);
+  std::ostream stream(&counter);
+  stream.exceptions(std::ios::badbit | std::ios::failbit);
+  file.Write(stream);
+}
+
 // The Part 21 text of a population, which is empty then.
-std::string TakeText(Population& file) {
+std::string TakeText(Population& file, const Progress& progress, std::uint64_t expectedSize) {
   std::string part21;
   {
     VelmarFiles::TextBuffer buffer;
-    std::ostream stream(&buffer);
-    stream.exceptions(std::ios::badbit | std::ios::failbit);
-    file.Write(stream);
+    WritePart21(file, buffer, progress, expectedSize);
     file.DeleteEntities();
     VELMAR::ReleaseUnusedMemory();
     const std::uint64_t size = SizeOf(buffer);
@@ -142,21 +143,22 @@ std::string WhyNotWritten(Reading& in, const std::string& out) {
 
 std::uint64_t WriteAndReport(Population& file, FileFormat format, const std::string& out, Findings& findings,
                              const Progress& progress, std::uint64_t expectedSize) {
-  constexpr std::uint64_t kJsonOfPart21 = 2;  // JSON is about twice as long
+  constexpr double kShareOfText = 0.3;  // of the time for a format that is made of Part 21
+  ReportedProgress all(progress);
   try {
     VelmarFiles::TextBuffer buffer;
-    CountingBuffer counter(buffer, progress, format == FileFormat::Json ? kJsonOfPart21 * expectedSize : expectedSize);
-    std::ostream stream(&counter);
-    stream.exceptions(std::ios::badbit | std::ios::failbit);
     if (format == FileFormat::Part21) {
-      file.Write(stream);
+      WritePart21(file, buffer, all.Part(0, 1), expectedSize);
     } else {
       const std::string schema = file.IsSchemaSupported() ? file.GetEnforcedFactoryName() : "";
-      const std::string part21 = TakeText(file);
+      const std::string part21 = TakeText(file, all.Part(0, kShareOfText), expectedSize);
+      const Progress ofFormat = all.Part(kShareOfText, 1);
       RecordTypes types(schema);
-      if (format == FileFormat::Csv) return WriteCsv(part21, types, out);
-      if (format == FileFormat::Sqlite) return WriteSqlite(part21, types, out);
-      WriteJson(part21, types, stream);
+      if (format == FileFormat::Csv) return WriteCsv(part21, types, out, ofFormat);
+      if (format == FileFormat::Sqlite) return WriteSqlite(part21, types, out, ofFormat);
+      std::ostream stream(&buffer);
+      stream.exceptions(std::ios::badbit | std::ios::failbit);
+      WriteJson(part21, types, stream, ofFormat);
     }
     VelmarFiles::ReplaceFile(out, buffer.Blocks());
     return SizeOf(buffer);

@@ -22,8 +22,8 @@ std::string WhyNotWritten(Reading& in, const std::string& out);
 
 /// Writes the population and returns the number of bytes. What `out` holds is replaced by a complete file, of CSV by a complete
 /// folder, or not at all. Adds an error where that fails. All formats but Part 21 empty the population: its instances make
-/// room for their text. Tells `progress` how much of Part 21 and JSON is written, as far as it can be known: that which was read had
-/// `expectedSize` bytes.
+/// room for their text. Tells `progress` how much is written, as far as it can be known: that which was read had `expectedSize`
+/// bytes.
 std::uint64_t WriteAndReport(Population& file, FileFormat format, const std::string& out, Findings& findings,
                              const Progress& progress, std::uint64_t expectedSize);
 

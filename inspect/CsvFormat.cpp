@@ -63,6 +63,12 @@ class CsvWriter {
   }
 
   std::map<std::string, Table>& Tables() { return tables_; }
+  // Of all rows, about as many bytes as will be written.
+  std::size_t Size() const {
+    std::size_t size = 0;
+    for (const auto& [name, table] : tables_) size += table.rows.size();
+    return size;
+  }
 
  private:
   void AddHeader(const TableRow& row) {
@@ -175,16 +181,21 @@ std::string WhyNoFolder(const std::string& folder) {
   return fmt::format("cannot be written: {}", std::strerror(errno));
 }
 
-std::uint64_t WriteCsv(const std::string& part21, RecordTypes& types, const std::string& folder) {
+std::uint64_t WriteCsv(const std::string& part21, RecordTypes& types, const std::string& folder, const Progress& progress) {
+  constexpr double kShareOfRows = 0.8;  // of the time that it takes
+  ReportedProgress all(progress);
   CsvWriter writer(types);
-  ForEachInstanceOf(part21, [&writer](const WrittenInstance& instance) { writer.Add(instance); });
+  ForEachInstanceOf(
+      part21, [&writer](const WrittenInstance& instance) { writer.Add(instance); }, all.Part(0, kShareOfRows));
   PartFolder part(FolderOf(folder));
   std::uint64_t size = 0;
+  ReportedProgress written(all.Part(kShareOfRows, 1), static_cast<double>(writer.Size()));
   for (auto& [name, table] : writer.Tables()) {
     const std::string text = table.Text();
     table = Table();
     part.Write(name + ".csv", text);
     size += text.size();
+    written(static_cast<double>(size));
   }
   part.Move();
   return size;

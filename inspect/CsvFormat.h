@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Progress.h"
 #include "RecordTypes.h"
 
 namespace velmar {
@@ -20,6 +21,6 @@ std::string WhyNoFolder(const std::string& folder);
 /// Makes a folder with a file for each entity type of a Part 21 text that a population wrote, and one for its header. The
 /// folder is there with all files or not at all; an empty one of that name is replaced. Throws std::runtime_error with the
 /// reason where that fails. The tables are made in memory. Returns their size in bytes.
-std::uint64_t WriteCsv(const std::string& part21, RecordTypes& types, const std::string& folder);
+std::uint64_t WriteCsv(const std::string& part21, RecordTypes& types, const std::string& folder, const Progress& progress = {});
 
 }  // namespace velmar

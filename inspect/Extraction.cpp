@@ -13,6 +13,8 @@
 
 #include "ExpUtilities.h"
 #include "Input.h"
+#include "Part21Source.h"
+#include "Population.h"
 #include "ReplaceFile.h"
 #include "Scanner.h"
 #include "WrittenInstances.h"
@@ -41,12 +43,15 @@ struct Part {
 
 }  // namespace
 
-Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers) {
-  const std::string contents = ContentsOf(path);
+Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers, const Progress& progress) {
+  constexpr double kShareOfReading = 0.9;  // of the time that it takes
+  ReportedProgress all(progress);
+  const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
+  const std::string contents = ContentsOf(source.Path());
   std::vector<Part> parts;
   std::vector<std::int64_t> references;
   std::unordered_map<std::int64_t, std::size_t> partOf;
-  const int dataBegin = ForEachWrittenInstance(path, ValuesRead::All, [&](const WrittenInstance& instance) {
+  const auto note = [&](const WrittenInstance& instance) {
     if (instance.IsInHeader()) return;
     const std::size_t first = references.size();
     for (const WrittenRecord& record : instance.records) {
@@ -57,7 +62,9 @@ Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers) 
     }
     partOf[instance.number] = parts.size();
     parts.push_back({instance.number, instance.begin, instance.end, first, references.size()});
-  });
+  };
+  const BeingRead reading(path);
+  const int dataBegin = ForEachWrittenInstance(source.Path(), ValuesRead::All, note, all.Part(source.Share(), kShareOfReading));
   if (dataBegin < 0) ThrowNoData(path);
 
   std::unordered_set<std::size_t> taken;
@@ -87,20 +94,27 @@ Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers) 
   return text;
 }
 
-Text Merge(const std::vector<std::string>& paths) {
+Text Merge(const std::vector<std::string>& paths, const Progress& progress) {
+  const double share = 1 / static_cast<double>(paths.size());  // of a file of the time that it takes
+  ReportedProgress all(progress);
   Text text;
   std::string schema;
   std::int64_t offset = 0;
   for (const std::string& path : paths) {
-    const std::string contents = ContentsOf(path);
-    const std::string name = VELMAR::ToUpperString(SchemaNamedIn(path).name);
+    const double begin = share * static_cast<double>(text.size());
+    ReportedProgress ofFile(all.Part(begin, begin + share));
+    const Part21Source source(path, ofFile.Part(0, Part21Source::kShareOfJson));
+    const std::string contents = ContentsOf(source.Path());
+    const std::string name = VELMAR::ToUpperString(SchemaNamedIn(source.Path()).name);
     if (text.empty()) schema = name;
     if (name != schema) {
       throw std::runtime_error(fmt::format("{} has the schema '{}', {} '{}': they make no file of one schema", paths.front(),
                                            schema, path, name));
     }
-    const File file = Open(path);
+    const File file = Open(source.Path());
     if (file == nullptr) ThrowUnreadable(path, errno);
+    const BeingRead reading(path);
+    ReportedProgress passed(ofFile.Part(source.Share(), 1), static_cast<double>(contents.size()));
     VELMAR::Scanner scanner(file.get());
     std::int64_t highest = offset;
     std::size_t done = 0;  // so much of the contents has been copied, or passed over
@@ -112,6 +126,7 @@ Text Merge(const std::vector<std::string>& paths) {
       done = static_cast<std::size_t>(position);
     };
     for (const Token* token = scanner.Scan(); token->kind != Token::EoF; token = scanner.Scan()) {
+      passed(token->pos);
       if (token->kind == Token::Data) {
         const int begin = token->pos + static_cast<int>(std::wcslen(token->val));
         if (text.empty() && !hadData) copyTo(begin);

@@ -116,7 +116,7 @@ class TreeWriter {
  public:
   void Write(const TreeLine& line, bool hasComponents) {
     while (open_ > line.level) Close();
-    const std::string text = Shown(line.text) + (line.note.empty() ? "" : " <span class=\"soft\">(" + Escaped(line.note) + ")</span>");
+    const std::string text = Shown(line.Text()) + (line.note.empty() ? "" : " <span class=\"soft\">(" + Escaped(line.note) + ")</span>");
     if (hasComponents) {
       html_ += "<li class=\"row\"><details open><summary class=\"own\">" + text + "</summary><ul>\n";
       ++open_;
@@ -242,9 +242,18 @@ FileInfo DescribeFile(const std::string& path, const ReadingOptions& options) {
 }  // namespace
 
 FileReport MakeReport(const std::string& path, const ReadingOptions& reading, const SchemaChoice& schema, const ReportLimits& limits) {
+  constexpr double kShareOfReading = 0.45;  // of the time that it takes
+  constexpr double kShareOfStructure = 0.2;
+  ReportedProgress made(reading.progress);
+  ReadingOptions options = reading;
+  options.progress = made.Part(0, kShareOfReading);
   Findings ofStructure(path);
-  FileReport report = {DescribeFile(path, reading), ReadProductStructure(path, schema, ofStructure),
-                       CheckFile(path, schema), {}, limits};
+  FileReport report = {
+      DescribeFile(path, options),
+      ReadProductStructure(path, schema, ofStructure, made.Part(kShareOfReading, kShareOfReading + kShareOfStructure)),
+      CheckFile(path, schema, made.Part(kShareOfReading + kShareOfStructure, 1)),
+      {},
+      limits};
   AddNew(report.findings, ofStructure);
   report.findings.Sort();
   std::vector<Place> places;

@@ -30,7 +30,7 @@ struct FileReport {
 };
 
 /// Reads and checks a file. Throws std::runtime_error where it, or the text of the schema, cannot be read; what is wrong with
-/// the file is a finding. The memory is that of the population while it is described.
+/// the file is a finding. The memory is that of the population while it is described. `reading.progress` is told of all of it.
 FileReport MakeReport(const std::string& path, const ReadingOptions& reading, const SchemaChoice& schema,
                       const ReportLimits& limits = {});
 

@@ -156,14 +156,18 @@ std::string WhyUnreadable(const std::string& path) {
   return "";
 }
 
+void RequireReadable(const std::string& path) {
+  const std::string why = WhyUnreadable(path);
+  if (!why.empty()) throw std::runtime_error(path + " " + why);
+}
+
 void ThrowUnreadable(const std::string& path, int error) {
   throw std::runtime_error(
       fmt::format("{} cannot be read: {}", path, std::strerror(error == 0 ? EIO : error)));
 }
 
 std::string ContentsOf(const std::string& path) {
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) throw std::runtime_error(path + " " + why);
+  RequireReadable(path);
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);
   std::string contents(FileSize(path), '\0');

@@ -29,6 +29,9 @@ std::size_t ReadBytes(std::FILE* file, char* bytes, std::size_t wanted);
 /// Why the file cannot be read, as the end of a sentence that begins with its name; empty where it can be.
 std::string WhyUnreadable(const std::string& path);
 
+/// Throws std::runtime_error where the file cannot be read: its path, and why.
+void RequireReadable(const std::string& path);
+
 /// Throws std::runtime_error: the file cannot be read, for the reason that `error`, a value of errno, gives.
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error);
 

@@ -16,10 +16,13 @@ std::uint64_t Combined(std::uint64_t own, std::uint64_t references) { return Mix
 
 }  // namespace
 
-InstanceGraph::InstanceGraph(const std::string& first, const std::string& second, const DataDictionary* dictionary) {
-  Read(first, false, dictionary);
+InstanceGraph::InstanceGraph(const std::string& first, const std::string& second, const DataDictionary* dictionary,
+                             const Progress& progress) {
+  constexpr double kShareOfAFile = 0.4;  // of the time for all
+  ReportedProgress made(progress);
+  Read(first, false, dictionary, made.Part(0, kShareOfAFile));
   border_ = static_cast<int>(nodes_.size());
-  Read(second, true, dictionary);
+  Read(second, true, dictionary, made.Part(kShareOfAFile, 2 * kShareOfAFile));
   nodes_.push_back({0, 0, 0, references_.size(), {0, 0}, 0, 0, 0});
   AddReferrers();
   ComputeHashes();
@@ -37,14 +40,14 @@ int InstanceGraph::TypeOf(const std::vector<const WrittenRecord*>& records, bool
   return number(type + ")");
 }
 
-void InstanceGraph::Read(const std::string& path, bool isSecond, const DataDictionary* dictionary) {
+void InstanceGraph::Read(const std::string& path, bool isSecond, const DataDictionary* dictionary, const Progress& progress) {
   const BeingRead reading(path);
   const std::size_t firstNode = nodes_.size();
   const std::size_t firstReference = references_.size();
   std::vector<std::int64_t> targets;
   Digest digest;
   std::vector<const WrittenRecord*> records;
-  ForEachWrittenInstance(path, ValuesRead::All, [&](const WrittenInstance& instance) {
+  const auto take = [&](const WrittenInstance& instance) {
     if (instance.IsInHeader()) {
       headers_[isSecond ? 1 : 0].push_back(instance);
       return;
@@ -66,7 +69,8 @@ void InstanceGraph::Read(const std::string& path, bool isSecond, const DataDicti
       references_.push_back({-1, reference.slot});
       targets.push_back(reference.number);
     }
-  });
+  };
+  ForEachWrittenInstance(path, ValuesRead::All, take, progress);
 
   std::vector<std::pair<std::int64_t, int>>& numbers = numbers_[isSecond ? 1 : 0];
   numbers.reserve(nodes_.size() - firstNode);

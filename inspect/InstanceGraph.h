@@ -11,6 +11,7 @@
 
 #include "DataDictionary.h"
 #include "InstanceDigest.h"
+#include "Progress.h"
 #include "WrittenInstances.h"
 
 namespace velmar {
@@ -41,7 +42,7 @@ class InstanceGraph {
   };
 
   /// Reads both. `dictionary` may be null. Throws std::runtime_error where a file cannot be read.
-  InstanceGraph(const std::string& first, const std::string& second, const DataDictionary* dictionary);
+  InstanceGraph(const std::string& first, const std::string& second, const DataDictionary* dictionary, const Progress& progress = {});
 
   int Size() const { return static_cast<int>(nodes_.size()) - 1; }
   /// The first instance of the second file.
@@ -61,7 +62,7 @@ class InstanceGraph {
   const std::vector<WrittenInstance>& HeaderOf(bool second) const { return headers_[second ? 1 : 0]; }
 
  private:
-  void Read(const std::string& path, bool isSecond, const DataDictionary* dictionary);
+  void Read(const std::string& path, bool isSecond, const DataDictionary* dictionary, const Progress& progress);
   int TypeOf(const std::vector<const WrittenRecord*>& records, bool isComplex);
   void AddReferrers();
   void ComputeHashes();

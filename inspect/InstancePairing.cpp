@@ -24,9 +24,11 @@ class Pairer {
     result_.partner.assign(static_cast<std::size_t>(graph.Size()), -1);
   }
 
-  Pairing Run() {
+  Pairing Run(const Progress& progress) {
     FindOpen();
     budget_ = 50000000 + 30 * open_.size();
+    ReportedProgress used(progress, kMostUsed * static_cast<double>(budget_));
+    reported_ = &used;
     while (!open_.empty() && PairSome()) {
       const auto isPaired = [this](int node) { return PartnerOf(node) >= 0; };
       open_.erase(std::remove_if(open_.begin(), open_.end(), isPaired), open_.end());
@@ -38,6 +40,9 @@ class Pairer {
 
  private:
   using Signature = std::pair<std::uint64_t, int>;
+
+  // What is done without looking at the budget takes up to three times as much of files that have little in common.
+  static constexpr double kMostUsed = 4;
 
   int PartnerOf(int node) const { return result_.partner[static_cast<std::size_t>(node)]; }
   bool IsOpen(int node) const { return isOpen_[static_cast<std::size_t>(node)] && PartnerOf(node) < 0; }
@@ -112,6 +117,7 @@ class Pairer {
       used_ += graph_.ReferrersOf(node).size();
     }
     used_ += graph_.ReferencesOf(node).size();
+    (*reported_)(static_cast<double>(used_));
     return isKnown ? sum : 0;
   }
 
@@ -260,10 +266,11 @@ class Pairer {
   std::size_t equal_ = 0;   // pairs that are equal
   std::size_t used_ = 0;    // references that were looked at
   std::size_t budget_ = 0;
+  ReportedProgress* reported_ = nullptr;  // while this runs
 };
 
 }  // namespace
 
-Pairing PairInstances(const InstanceGraph& graph) { return Pairer(graph).Run(); }
+Pairing PairInstances(const InstanceGraph& graph, const Progress& progress) { return Pairer(graph).Run(progress); }
 
 }  // namespace velmar

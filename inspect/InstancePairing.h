@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "InstanceGraph.h"
+#include "Progress.h"
 
 namespace velmar {
 
@@ -24,7 +25,8 @@ struct Pairing {
 /// paired by what it shares with one instance of the other file alone: its values and references, those that refer to it, the
 /// text that it begins with; what follows from pairs, by where their references stand; and at last by the order of the files.
 ///
-/// Time is n log n of the number of instances, where most of them are equal.
-Pairing PairInstances(const InstanceGraph& graph);
+/// Time is n log n of the number of instances, where most of them are equal. Tells `progress` how much has been spent of the effort that is
+/// made for those that are not.
+Pairing PairInstances(const InstanceGraph& graph, const Progress& progress = {});
 
 }  // namespace velmar

@@ -70,15 +70,17 @@ InstanceView ViewOf(ExpEntity& entity) {
   return view;
 }
 
-std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers) {
+std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers, const Progress& progress) {
   std::map<int, Place> places;
-  const Part21Source source(path);
+  ReportedProgress all(progress);
+  const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
   // Of a number that is used twice, the later instance is the one that is kept.
-  ForAnyWrittenInstance(source.Path(), ValuesRead::None, [&](const WrittenInstance& instance) {
+  const auto find = [&](const WrittenInstance& instance) {
     if (instance.number > kGreatestNumber) return;
     const int number = static_cast<int>(instance.number);
     if (numbers.count(number) != 0) places[number] = instance.where;
-  });
+  };
+  ForAnyWrittenInstance(source.Path(), ValuesRead::None, find, all.Part(source.Share(), 1));
   return places;
 }
 

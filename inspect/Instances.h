@@ -9,6 +9,7 @@
 
 #include "Input.h"
 #include "Population.h"
+#include "Progress.h"
 
 namespace velmar {
 
@@ -47,7 +48,7 @@ InstanceView ViewOf(VELMAR::ExpEntity& entity);
 
 /// Where the instances of these numbers begin in the file. Goes through the whole file. Throws
 /// std::runtime_error where it cannot be read.
-std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers);
+std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& numbers, const Progress& progress = {});
 
 /// The number of "#12" or "12". Throws std::invalid_argument for what is no number of an instance.
 int ParseInstanceNumber(const std::string& text);

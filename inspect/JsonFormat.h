@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Input.h"
+#include "Progress.h"
 #include "RecordTypes.h"
 
 namespace velmar {
@@ -15,7 +16,7 @@ namespace velmar {
 /// Writes what a Part 21 text holds as JSON, an instance a line. `part21` is what a population wrote; attributes have the names
 /// that `types` gives them. What the two texts hold is the same: ReadJson gives a text with the same values. Linear in
 /// the length of the text. Throws std::runtime_error for a value that has no place in JSON: a name with bytes that are no UTF-8.
-void WriteJson(const std::string& part21, RecordTypes& types, std::ostream& out);
+void WriteJson(const std::string& part21, RecordTypes& types, std::ostream& out, const Progress& progress = {});
 
 /// Why a text is not such JSON.
 class JsonError : public std::runtime_error {
@@ -32,7 +33,8 @@ class JsonError : public std::runtime_error {
 /// the header and instances stand on the lines on which they begin in the JSON, wherever that has a line for each.
 ///
 /// Every value arrives in the text as it stands; nothing is left out. Throws JsonError at the first mistake, and
-/// std::runtime_error where the file cannot be read. Linear in the length of the file, of which a block is held.
-std::string ReadJson(std::FILE* file);
+/// std::runtime_error where the file cannot be read. Linear in the length of the file, of which a block is held. `read`, which may be
+/// null, is told of the bytes that have been read.
+std::string ReadJson(std::FILE* file, ReportedProgress* read = nullptr);
 
 }  // namespace velmar

@@ -44,7 +44,7 @@ bool IsToken(const std::string& text, std::initializer_list<int> kinds) {
 // The bytes of a file, block by block, with the places of the last two.
 class JsonInput {
  public:
-  explicit JsonInput(std::FILE* file) : file_(file), block_(kBlock) { Fill(); }
+  JsonInput(std::FILE* file, ReportedProgress* read) : file_(file), read_(read), block_(kBlock) { Fill(); }
 
   bool IsAtEnd() const { return at_ == end_; }
   char Current() const { return block_[at_]; }
@@ -70,9 +70,13 @@ class JsonInput {
     errno = 0;
     end_ = ReadBytes(file_, block_.data(), block_.size());
     if (std::ferror(file_) != 0) throw std::runtime_error(std::strerror(errno == 0 ? EIO : errno));
+    count_ += end_;
+    if (read_ != nullptr) (*read_)(static_cast<double>(count_));
   }
 
   std::FILE* file_;
+  ReportedProgress* read_;
+  std::size_t count_ = 0;  // bytes that have been read
   std::vector<char> block_;
   std::size_t at_ = 0;
   std::size_t end_ = 0;
@@ -616,8 +620,8 @@ class JsonReader {
 
 }  // namespace
 
-std::string ReadJson(std::FILE* file) {
-  JsonInput input(file);
+std::string ReadJson(std::FILE* file, ReportedProgress* read) {
+  JsonInput input(file, read);
   JsonReader reader(input);
   nlohmann::json::sax_parse(JsonBytes(&input), JsonBytes(), &reader);
   return reader.Take();

@@ -64,7 +64,7 @@ class JsonWriter {
  public:
   JsonWriter(RecordTypes& types, std::ostream& out) : types_(types), out_(out) {}
 
-  void Write(const std::string& part21) {
+  void Write(const std::string& part21, const Progress& progress) {
     out_ << "{\n\"format\": \"" << kJsonFormat << "\",\n\"version\": " << kJsonVersion << ",\n\"schema\": ";
     if (types_.Schema().empty()) {
       out_ << "null";
@@ -73,7 +73,7 @@ class JsonWriter {
       out_ << text_;
     }
     out_ << ",\n\"header\": [";
-    ForEachInstanceOf(part21, [this](const WrittenInstance& instance) { WriteInstance(instance); });
+    ForEachInstanceOf(part21, [this](const WrittenInstance& instance) { WriteInstance(instance); }, progress);
     if (inHeader_) EndHeader();
     out_ << "\n]\n}\n";
   }
@@ -230,6 +230,8 @@ class JsonWriter {
 
 }  // namespace
 
-void WriteJson(const std::string& part21, RecordTypes& types, std::ostream& out) { JsonWriter(types, out).Write(part21); }
+void WriteJson(const std::string& part21, RecordTypes& types, std::ostream& out, const Progress& progress) {
+  JsonWriter(types, out).Write(part21, progress);
+}
 
 }  // namespace velmar

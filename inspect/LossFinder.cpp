@@ -36,11 +36,7 @@ LossFinder::LossFinder(Population& population, Findings& findings)
     : population_(population), findings_(findings), hadErrors_(findings.Errors() != 0) {}
 
 void LossFinder::Find(const std::string& path, const Progress& progress) {
-  const auto size = static_cast<double>(FileSize(path));
-  ForAnyWrittenInstance(path, ValuesRead::Numerals, [&](const WrittenInstance& instance) {
-    Look(instance);
-    if (defined_ % kReportedInstances == 0 && progress) progress(instance.end / size);
-  });
+  ForAnyWrittenInstance(path, ValuesRead::Numerals, [this](const WrittenInstance& instance) { Look(instance); }, progress);
   if (!population_.IsSchemaSupported()) ReportSchema();
   ReportRecords();
   ReportUnread();
@@ -54,7 +50,7 @@ void LossFinder::Look(const WrittenInstance& instance) {
   for (const WrittenRecord& record : instance.records) {
     if (record.type.empty()) continue;
     record_ = &record;
-    type_ = &TypeOf(record.type);
+    type_ = &TypeOf(record.type, instance.IsInHeader());
     LookAtValues(record);
     if (instance.isWhole || !type_->known) LookAtRecord(instance, record);
   }
@@ -155,12 +151,13 @@ std::string LossFinder::AttributeOf(const WrittenValue& value) const {
   return name;
 }
 
-LossFinder::Type& LossFinder::TypeOf(const std::string& name) {
-  const auto found = types_.find(name);
-  if (found != types_.end()) return found->second;
+LossFinder::Type& LossFinder::TypeOf(const std::string& name, bool isInHeader) {
+  std::unordered_map<std::string, Type>& types = isInHeader ? headerTypes_ : types_;
+  const auto found = types.find(name);
+  if (found != types.end()) return found->second;
 
   const std::string narrow = WithoutMark(name);
-  Type type = {population_.unknownTypes_.count(narrow) == 0, 0, 0, nullptr};
+  Type type = {isInHeader ? IsHeaderType(name) : population_.unknownTypes_.count(narrow) == 0, 0, 0, nullptr};
   if (type.known) {
     ExpEntityRuntimeType* runtimeType =
         ExpRuntimeRegistry::GetInstance()->GetEntityRuntimeType(narrow, population_.GetEnforcedFactoryName());
@@ -169,7 +166,7 @@ LossFinder::Type& LossFinder::TypeOf(const std::string& name) {
               runtimeType};
     }
   }
-  return types_.emplace(name, type).first->second;
+  return types.emplace(name, type).first->second;
 }
 
 void LossFinder::Note(Loss& loss, const WrittenInstance& instance, Place place) const {
@@ -209,16 +206,15 @@ void LossFinder::ReportRecords() {
     switch (kind) {
       case Kind::kUnknown:
       case Kind::kUnknownPart:
-      case Kind::kUnknownHeader:
         unplaced[type] -= std::min(unplaced[type], loss.count);
-        if (kind == Kind::kUnknownHeader) code = Code::kUnknownHeaderRecord;
         if (!population_.IsSchemaSupported()) continue;
-        text = fmt::format(
-            "{} of {} kept by position: {} has no such entity",
-            Counted(loss.count, kind == Kind::kUnknown       ? "instance"
-                                : kind == Kind::kUnknownPart ? "partial record"
-                                                             : "header record"),
-            type, kind == Kind::kUnknownHeader ? "the header" : population_.GetEnforcedFactoryName());
+        text = fmt::format("{} of {} kept by position: {} has no such entity",
+                           Counted(loss.count, kind == Kind::kUnknown ? "instance" : "partial record"), type,
+                           population_.GetEnforcedFactoryName());
+        break;
+      case Kind::kUnknownHeader:
+        code = Code::kUnknownHeaderRecord;
+        text = fmt::format("{} of {} kept by position: the header has no such entity", Counted(loss.count, "header record"), type);
         break;
       case Kind::kTooMany:
         code = Code::kTooManyParameters;

@@ -57,7 +57,7 @@ class LossFinder {
   void CheckNumber(std::int64_t number, const std::string& text, Place place, int instance, const std::string& attribute);
   void NoteReference(const WrittenValue& value);
   void RealValue(const WrittenValue& value);
-  Type& TypeOf(const std::string& name);
+  Type& TypeOf(const std::string& name, bool isInHeader);
   std::string AttributeOf(const WrittenValue& value) const;
 
   void Note(Loss& loss, const WrittenInstance& instance, Place place) const;
@@ -72,6 +72,7 @@ class LossFinder {
   Findings& findings_;
   const bool hadErrors_;  // before we began to look
   std::unordered_map<std::string, Type> types_;
+  std::unordered_map<std::string, Type> headerTypes_;
   std::map<std::tuple<std::string, Kind, int>, Loss> records_;  // by type, kind, number of attributes
   std::map<int, std::string> seen_;         // where a number that is used twice was used first
   const WrittenRecord* record_ = nullptr;   // the one we are in,

@@ -15,11 +15,12 @@ namespace velmar {
 
 namespace {
 
-std::string TextOfJson(const std::string& path) {
+std::string TextOfJson(const std::string& path, const Progress& progress) {
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);
+  ReportedProgress read(progress, static_cast<double>(FileSize(path)));
   try {
-    return ReadJson(file.get());
+    return ReadJson(file.get(), &read);
   } catch (const JsonError& error) {
     throw std::runtime_error(fmt::format("{}:{}:{}: {}", path, error.Where().line, error.Where().column, error.what()));
   } catch (const std::runtime_error& error) {
@@ -29,9 +30,10 @@ std::string TextOfJson(const std::string& path) {
 
 }  // namespace
 
-Part21Source::Part21Source(const std::string& path) : path_(path) {
+Part21Source::Part21Source(const std::string& path, const Progress& progress) : path_(path) {
+  RequireReadable(path);
   if (FormatOf(path) != FileFormat::Json) return;
-  const std::string text = TextOfJson(path);
+  const std::string text = TextOfJson(path, progress);
   const int descriptor = memfd_create("part21", MFD_CLOEXEC);
   if (descriptor >= 0) memory_.reset(fdopen(descriptor, "w"));
   const bool isWritten = memory_ != nullptr && std::fwrite(text.data(), 1, text.size(), memory_.get()) == text.size();

@@ -11,6 +11,7 @@
 #include "LibraryLog.h"
 #include "LossFinder.h"
 #include "Schemas.h"
+#include "WrittenInstances.h"
 
 namespace velmar {
 
@@ -19,16 +20,6 @@ namespace {
 const char* fileBeingRead = nullptr;
 
 constexpr double kShareOfReading = 0.7;  // of the time until all is known of a file
-
-// As many as it would have if all of it were as its first part is; at least 1.
-double ExpectedInstances(const std::string& path) {
-  constexpr std::size_t kFirstPart = 1 << 20;
-  const File file = Open(path);
-  std::string text(kFirstPart, '\0');
-  if (file != nullptr) text.resize(ReadBytes(file.get(), text.data(), text.size()));
-  const auto instances = static_cast<double>(std::count(text.begin(), text.end(), '='));
-  return std::max(1.0, instances * static_cast<double>(FileSize(path)) / static_cast<double>(std::max<std::size_t>(text.size(), 1)));
-}
 
 // Gives a variable a value for as long as it lives.
 template <class Value>
@@ -51,6 +42,10 @@ double Now() {
 
 }  // namespace
 
+bool IsHeaderType(const std::string& name) {
+  return name == "FILE_DESCRIPTION" || name == "FILE_NAME" || name == "FILE_SCHEMA";
+}
+
 const char* FileBeingRead() { return fileBeingRead; }
 
 BeingRead::BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
@@ -59,13 +54,12 @@ BeingRead::~BeingRead() { fileBeingRead = nullptr; }
 Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),
       isLateBound_(!options.lateBoundSchema.empty()),
-      keepsSchema_(isLateBound_ || options.schema.has_value()),
-      reportProgress_(options.progress) {
+      keepsSchema_(isLateBound_ || options.schema.has_value()) {
   KeepEverything(true);
   if (options.schema) SetSchema(*options.schema);
 }
 
-void Population::ReadAndReport(const std::string& path, Findings& findings) {
+void Population::ReadAndReport(const std::string& path, Findings& findings, const Progress& progress) {
   unknownTypes_.clear();
   unresolved_.clear();
   repeated_.clear();
@@ -82,11 +76,12 @@ void Population::ReadAndReport(const std::string& path, Findings& findings) {
   }
 
   const BeingRead reading(path);
-  const ReportedProgress progress(reportProgress_);
-  if (reportProgress_) expectedCount_ = ExpectedInstances(path);
+  ReportedProgress reported(progress);
   std::string unreadable;
   {
-    const InScope<const ReportedProgress*> shown(progress_, &progress);
+    ReportedProgress read(reported.Part(0, kShareOfReading), progress ? ExpectedInstances(path) : 0);
+    const InScope<ReportedProgress*> shown(read_, &read);
+    const InScope<bool> begins(isInHeader_, true);
     const LibraryLog log(findings);
     const double start = Now();
     Read(path);
@@ -100,10 +95,11 @@ void Population::ReadAndReport(const std::string& path, Findings& findings) {
   LoadTypes();  // where the file was given up before its schema was known
   if (!libraryFailure_.empty()) throw std::runtime_error(libraryFailure_);
   if (!fallbackFailure_.empty()) findings.Add(Code::kFallbackLibrary, fallbackFailure_);
-  LossFinder(*this, findings).Find(path, [&progress](double done) { progress(kShareOfReading + (1 - kShareOfReading) * done); });
+  LossFinder(*this, findings).Find(path, reported.Part(kShareOfReading, 1));
 }
 
 VELMAR::ExpEntity* Population::CreateEntity(const std::string& typeName) {
+  if (isInHeader_ && !IsHeaderType(typeName)) return nullptr;  // whatever the schema has under this name
   VELMAR::ExpEntity* entity = ExpFixedSchemaFile::CreateEntity(typeName);
   if (entity == nullptr && usesFallback_) {
     fallbackFailure_ = TryLoading(LoadFallback);
@@ -124,9 +120,7 @@ void Population::AddEntity(int number, VELMAR::ExpEntity* entity) {
   if (isNew) {
     areSorted_ = areSorted_ && (numbers_.empty() || numbers_.back() < number);
     numbers_.push_back(number);
-    if (reportProgress_ && Count() % kReportedInstances == 0 && progress_ != nullptr) {
-      (*progress_)(kShareOfReading * std::min(1.0, static_cast<double>(Count()) / expectedCount_));
-    }
+    if (read_ != nullptr) (*read_)(static_cast<double>(Count()));
   } else {
     repeated_.insert(number);
   }
@@ -139,6 +133,7 @@ const std::vector<int>& Population::Numbers() {
 }
 
 void Population::SetSchemaName(std::string name) {
+  isInHeader_ = false;
   wasGivenSchema_ = true;
   schemaOfFile_ = name;
   if (!keepsSchema_) ExpFixedSchemaFile::SetSchemaName(name);

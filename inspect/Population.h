@@ -21,7 +21,7 @@ struct ReadingOptions {
   /// The registry name of a schema that has been loaded at run time, to read with it, whatever the file says;
   /// empty for none.
   std::string lateBoundSchema;
-  Progress progress;  ///< told of reading
+  Progress progress;  ///< told how far reading is
 };
 
 /// References to an instance that the file does not have, at their first place.
@@ -31,6 +31,9 @@ struct UnresolvedReference {
   Place place = {0, 0};
   std::size_t count = 0;  ///< how many references there are
 };
+
+/// Whether the header has records of this type: FILE_DESCRIPTION, FILE_NAME, FILE_SCHEMA.
+bool IsHeaderType(const std::string& name);
 
 /// The path of the file that is being read; null while none is. For whoever says why the process ends: the
 /// library ends it where a token is too long.
@@ -52,7 +55,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
  public:
   explicit Population(const ReadingOptions& options = {});
 
-  /// Reads the file, which WhyUnreadable has found readable. Adds an error for everything that is wrong with
+  /// Reads the file, which RequireReadable has found readable. Adds an error for everything that is wrong with
   /// it and a finding for everything of it that this population does not hold:
   /// - errors: syntax; a schema without a library; instances and partial records of unknown types; records
   ///   with more parameters than their type has attributes; instance numbers that are used twice, or that
@@ -61,7 +64,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   ///   schema that cannot be loaded.
   /// Throws std::runtime_error where the file cannot be read to its end, or the library of its schema cannot
   /// be loaded.
-  void ReadAndReport(const std::string& path, Findings& findings);
+  void ReadAndReport(const std::string& path, Findings& findings, const Progress& progress = {});
 
   /// The time that reading took, in seconds, without that for loading schema libraries.
   double ReadingTime() const { return readingTime_; }
@@ -77,7 +80,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   /// goes over these, and not over all numbers that there could be. Good until the population changes.
   const std::vector<int>& Numbers();
 
-  /// How many instances, parts of such and records of the header are of a type that is not known, by type.
+  /// How many instances and parts of such are of a type that is not known, by type. Records of the header are none.
   const std::map<std::string, std::size_t>& UnknownTypes() const { return unknownTypes_; }
   /// References that lead nowhere, one for each missing instance, in the order of their places.
   const std::vector<UnresolvedReference>& Unresolved() const { return unresolved_; }
@@ -102,13 +105,12 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   std::vector<UnresolvedReference> unresolved_;
   std::set<int> repeated_;  // the numbers that were used more than once
   std::string schemaOfFile_;
+  bool isInHeader_ = false;      // while that is read
   bool wasGivenSchema_ = false;  // by the header of the file, be it empty
   bool schemaSupported_ = true;
   std::vector<int> numbers_;  // in the order of the file, until they are asked for
   bool areSorted_ = true;
-  Progress reportProgress_;
-  const ReportedProgress* progress_ = nullptr;  // while a file is read
-  double expectedCount_ = 0;                    // so many instances it has, about
+  ReportedProgress* read_ = nullptr;  // told of each instance while a file is read
   double readingTime_ = 0;
   double loadingTime_ = 0;
   bool usesFallback_ = false;    // whether the fallback schema is still to be loaded when a type is unknown

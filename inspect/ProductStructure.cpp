@@ -15,6 +15,7 @@
 
 #include "Checking.h"
 #include "ExpUtilities.h"
+#include "Part21Source.h"
 #include "Population.h"
 #include "Wording.h"
 #include "WrittenInstances.h"
@@ -586,17 +587,23 @@ std::vector<Component> ComponentsOf(const ProductStructure& structure, std::size
   return components;
 }
 
-ProductStructure ReadProductStructure(const std::string& path, const SchemaChoice& choice, Findings& findings) {
-  if (!CheckSyntax(path, findings)) return {};
+ProductStructure ReadProductStructure(const std::string& path, const SchemaChoice& choice, Findings& findings,
+                                      const Progress& progress) {
+  constexpr double kShareOfSyntax = 0.5;  // of the time that it takes
+  ReportedProgress all(progress);
+  const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
+  ReportedProgress read(all.Part(source.Share(), 1));
+  if (!CheckSyntax(source.Path(), findings, read.Part(0, kShareOfSyntax))) return {};
   Findings ignored(path);
-  std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(path, choice, ignored);
+  std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(source.Path(), choice, ignored);
   if (dictionary == nullptr || dictionary->Find(kEntityNames[kDefinition]) == nullptr) {
     dictionary = DictionaryOfText(kCommonEntities);
   }
   Reader reader(*dictionary, findings);
   {
     const BeingRead reading(path);
-    ForEachWrittenInstance(path, ValuesRead::All, [&reader](const WrittenInstance& instance) { reader.Take(instance); });
+    ForEachWrittenInstance(
+        source.Path(), ValuesRead::All, [&reader](const WrittenInstance& instance) { reader.Take(instance); }, read.Part(kShareOfSyntax, 1));
   }
   ProductStructure structure = reader.Structure();
   findings.Sort();

@@ -10,6 +10,7 @@
 
 #include "DictionaryLoader.h"
 #include "Findings.h"
+#include "Progress.h"
 
 namespace velmar {
 
@@ -78,6 +79,7 @@ std::vector<Component> ComponentsOf(const ProductStructure& structure, std::size
 /// structure becomes findings.
 ///
 /// Throws std::runtime_error where the file or the text of the schema cannot be read. Linear in the length of the file.
-ProductStructure ReadProductStructure(const std::string& path, const SchemaChoice& choice, Findings& findings);
+ProductStructure ReadProductStructure(const std::string& path, const SchemaChoice& choice, Findings& findings,
+                                      const Progress& progress = {});
 
 }  // namespace velmar

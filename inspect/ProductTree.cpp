@@ -19,14 +19,20 @@ std::string NameOf(const DefinedProduct& product) {
   if (!IsBlank(product.version)) more.push_back("version " + product.version);
   if (!product.isDefined) more.emplace_back("not defined");
   if (!more.empty()) name += fmt::format(" [{}]", fmt::join(more, ", "));
-  name += fmt::format(" #{}", product.number);
-  constexpr std::size_t kShown = 3;
-  for (std::size_t i = 0; i < std::min(product.shapes.size(), kShown); ++i) {
-    name += fmt::format("{} #{} {}", i == 0 ? ", shape" : ",", product.shapes[i].number, product.shapes[i].type);
-  }
-  if (product.shapes.size() > kShown) name += fmt::format(", {} more", product.shapes.size() - kShown);
   return name;
 }
+
+std::string InstancesOf(const DefinedProduct& product) {
+  std::string instances = fmt::format(" #{}", product.number);
+  constexpr std::size_t kShown = 3;
+  for (std::size_t i = 0; i < std::min(product.shapes.size(), kShown); ++i) {
+    instances += fmt::format("{} #{} {}", i == 0 ? ", shape" : ",", product.shapes[i].number, product.shapes[i].type);
+  }
+  if (product.shapes.size() > kShown) instances += fmt::format(", {} more", product.shapes.size() - kShown);
+  return instances;
+}
+
+TreeLine RootLine(const DefinedProduct& product) { return {0, true, "", NameOf(product), InstancesOf(product), ""}; }
 
 // "2 x ", "2.5 MILLIMETRE ", "2 x 2.5 KILOGRAM "
 std::string AmountOf(const Component& component, const ProductStructure& structure) {
@@ -54,8 +60,8 @@ class Walk {
   Walk(const ProductStructure& structure, const TreeOptions& options, const std::function<void(const TreeLine&)>& take)
       : structure_(structure), options_(options), take_(take), shownAt_(structure.products.size(), kNever) {}
 
-  void Take(std::size_t root, bool isLast) {
-    take_({0, isLast, NameOf(structure_.products[root]), ""});
+  void Take(std::size_t root) {
+    take_(RootLine(structure_.products[root]));
     if (!Expand(root)) return;
     while (!levels_.empty()) {
       Level& level = levels_.back();
@@ -65,10 +71,11 @@ class Walk {
       }
       const Component& component = level.components[level.next++];
       const std::size_t product = component.product;
-      TreeLine line = {levels_.size(), level.next == level.components.size(),
-                       AmountOf(component, structure_) + NameOf(structure_.products[product]), ""};
-      if (options_.all) line.text += UsageText(structure_.usages[component.usages.front()]);
-      const std::size_t hidden = structure_.products[product].usages.size();
+      const DefinedProduct& defined = structure_.products[product];
+      TreeLine line = {levels_.size(), level.next == level.components.size(), AmountOf(component, structure_), NameOf(defined),
+                       InstancesOf(defined), ""};
+      if (options_.all) line.instances += UsageText(structure_.usages[component.usages.front()]);
+      const std::size_t hidden = defined.usages.size();
       if (hidden == 0 || MayExpand(product)) {
         take_(line);
         Expand(product);
@@ -114,9 +121,9 @@ class Walk {
 void WalkProductTree(const ProductStructure& structure, const TreeOptions& options,
                      const std::function<void(const TreeLine&)>& take) {
   Walk walk(structure, options, take);
-  for (const std::size_t root : structure.roots) walk.Take(root, true);
+  for (const std::size_t root : structure.roots) walk.Take(root);
   for (const DefinedProduct& product : structure.products) {
-    if (!product.isDefined) take({0, true, NameOf(product), ""});
+    if (!product.isDefined) take(RootLine(product));
   }
 }
 

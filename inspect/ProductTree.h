@@ -20,8 +20,13 @@ struct TreeOptions {
 struct TreeLine {
   std::size_t level;  ///< from 0
   bool isLast;        ///< whether no line of the same assembly follows
-  std::string text;   ///< the amount, the name, the instances; as the file has them
-  std::string note;   ///< why its components do not follow; empty where they do, or there are none
+  /// As the file has them: "2 x ", how much of it there is; "bolt [B1, version 2]"; " #12, shape #20 SHAPE_REPRESENTATION", the instances.
+  std::string amount;
+  std::string name;
+  std::string instances;
+  std::string note;  ///< why its components do not follow; empty where they do, or there are none
+
+  std::string Text() const { return amount + name + instances; }
 };
 
 /// Gives the lines one by one, those of a root behind each other, and last the products without a definition. The components of

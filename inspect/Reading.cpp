@@ -1,7 +1,5 @@
 #include "Reading.h"
 
-#include <stdexcept>
-
 #include "Input.h"
 #include "Part21Source.h"
 
@@ -9,9 +7,9 @@ namespace velmar {
 
 Reading::Reading(const std::string& path, const ReadingOptions& options)
     : findings_(path), population_(options) {
-  const std::string why = WhyUnreadable(path);
-  if (!why.empty()) throw std::runtime_error(path + " " + why);
-  population_.ReadAndReport(Part21Source(path).Path(), findings_);
+  ReportedProgress progress(options.progress);
+  const Part21Source source(path, progress.Part(0, Part21Source::kShareOfJson));
+  population_.ReadAndReport(source.Path(), findings_, progress.Part(source.Share(), 1));
   size_ = FileSize(path);
 }
 

@@ -539,7 +539,7 @@ struct PartFile {
 
 }  // namespace
 
-std::uint64_t WriteSqlite(const std::string& part21, RecordTypes& types, const std::string& path) {
+std::uint64_t WriteSqlite(const std::string& part21, RecordTypes& types, const std::string& path, const Progress& progress) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   const bool isThere = fs::exists(status);
@@ -555,7 +555,8 @@ std::uint64_t WriteSqlite(const std::string& part21, RecordTypes& types, const s
     database.Run(
         "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA locking_mode = EXCLUSIVE; PRAGMA cache_size = -65536; BEGIN");
     SqliteWriter writer(database, types);
-    ForEachInstanceOf(part21, [&writer](const WrittenInstance& instance) { writer.Add(instance); });
+    ForEachInstanceOf(
+        part21, [&writer](const WrittenInstance& instance) { writer.Add(instance); }, progress);
     writer.Finish();
     database.Run("COMMIT");
   }

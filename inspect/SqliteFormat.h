@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "Progress.h"
 #include "RecordTypes.h"
 
 namespace velmar {
@@ -14,6 +15,6 @@ namespace velmar {
 ///
 /// Throws std::runtime_error with the reason where that fails. Linear in the length of the text but for the indexes; of the
 /// database, some 64 MB are in memory. Returns its size in bytes.
-std::uint64_t WriteSqlite(const std::string& part21, RecordTypes& types, const std::string& path);
+std::uint64_t WriteSqlite(const std::string& part21, RecordTypes& types, const std::string& path, const Progress& progress = {});
 
 }  // namespace velmar

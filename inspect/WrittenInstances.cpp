@@ -1,5 +1,6 @@
 #include "WrittenInstances.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -37,14 +38,18 @@ bool IsNumeral(WrittenValue::Kind kind) {
 }
 
 int ForEach(const std::string& path, ValuesRead wanted, bool (InstanceReader::*read)(WrittenInstance&, ValuesRead),
-            const std::function<void(const WrittenInstance&)>& action) {
+            const std::function<void(const WrittenInstance&)>& action, const Progress& progress) {
   const File file = Open(path);
   if (file == nullptr) ThrowUnreadable(path, errno);
+  ReportedProgress passed(progress, progress ? static_cast<double>(FileSize(path)) : 0);
   errno = 0;
   VELMAR::Scanner scanner(file.get());
   InstanceReader reader(scanner);
   WrittenInstance instance;
-  while ((reader.*read)(instance, wanted)) action(instance);
+  while ((reader.*read)(instance, wanted)) {
+    action(instance);
+    passed(instance.end);
+  }
   if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
   return reader.DataBegin();
 }
@@ -293,43 +298,61 @@ bool InstanceReader::ReadValue(WrittenValue& value, ValuesRead wanted) {
   }
 }
 
-int ForEachWrittenInstance(const std::string& path, ValuesRead wanted,
-                           const std::function<void(const WrittenInstance&)>& action) {
-  return ForEach(path, wanted, &InstanceReader::Read, action);
+int ForEachWrittenInstance(const std::string& path, ValuesRead wanted, const std::function<void(const WrittenInstance&)>& action,
+                           const Progress& progress) {
+  return ForEach(path, wanted, &InstanceReader::Read, action, progress);
 }
 
-void ForAnyWrittenInstance(const std::string& path, ValuesRead wanted,
-                           const std::function<void(const WrittenInstance&)>& action) {
-  ForEach(path, wanted, &InstanceReader::ReadAny, action);
+void ForAnyWrittenInstance(const std::string& path, ValuesRead wanted, const std::function<void(const WrittenInstance&)>& action,
+                           const Progress& progress) {
+  ForEach(path, wanted, &InstanceReader::ReadAny, action, progress);
 }
 
-void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action) {
+double ExpectedInstances(const std::string& path) {
+  constexpr std::size_t kFirstPart = 1 << 20;
+  const File file = Open(path);
+  std::string text(kFirstPart, '\0');
+  text.resize(file == nullptr ? 0 : ReadBytes(file.get(), text.data(), text.size()));
+  const auto instances = static_cast<double>(std::count(text.begin(), text.end(), '='));
+  return std::max(1.0, instances * static_cast<double>(FileSize(path)) / static_cast<double>(std::max<std::size_t>(text.size(), 1)));
+}
+
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action,
+                       const Progress& progress) {
   const File file(fmemopen(const_cast<char*>(part21.data()), part21.size(), "rb"));  // reads only
   if (file == nullptr) throw std::runtime_error(std::strerror(errno));
   VELMAR::Scanner scanner(file.get());
   InstanceReader reader(scanner);
   WrittenInstance instance;
+  ReportedProgress passed(progress, static_cast<double>(part21.size()));
   while (reader.ReadAny(instance)) {
     if (!instance.isWhole) {
       const std::string what = instance.IsInHeader() ? "a record of the header" : "#" + std::to_string(instance.number);
       throw std::runtime_error(what + " has a value that cannot be read again");
     }
     action(instance);
+    passed(instance.end);
   }
 }
 
 NamedSchema SchemaNamedIn(const std::string& path) {
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  errno = 0;
+  VELMAR::Scanner scanner(file.get());
+  InstanceReader reader(scanner);
+  WrittenInstance instance;
   NamedSchema found;
-  ForEachWrittenInstance(path, ValuesRead::None, [&found](const WrittenInstance& instance) {
-    if (!instance.IsInHeader() || found.where.line != 0) return;
+  while (found.where.line == 0 && reader.Read(instance, ValuesRead::None)) {
     const WrittenRecord& record = instance.records.front();
-    if (record.type != "FILE_SCHEMA") return;
+    if (!instance.IsInHeader() || record.type != "FILE_SCHEMA") continue;
     found.where = record.where;
     for (const WrittenValue& value : record.values) {
       if (value.kind != WrittenValue::Kind::String || !found.name.empty()) continue;
       found.name = VELMAR::ConvertSTEPStringToUtf8(value.text);
     }
-  });
+  }
+  if (std::ferror(file.get()) != 0) ThrowUnreadable(path, errno);
   return found;
 }
 

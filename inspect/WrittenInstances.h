@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Input.h"
+#include "Progress.h"
 #include "Scanner.h"
 
 namespace VELMAR {
@@ -113,18 +114,22 @@ class InstanceReader {
   std::vector<WrittenRecord> spare_;     // records whose memory waits for others
 };
 
-/// Calls `action` for each header record and whole instance of a file; returns where its DATA section begins, as DataBegin. Throws
-/// std::runtime_error where it cannot be read.
-int ForEachWrittenInstance(const std::string& path, ValuesRead wanted,
-                           const std::function<void(const WrittenInstance&)>& action);
+/// Calls `action` for each header record and whole instance of a file; returns where its DATA section begins, as DataBegin. Tells
+/// `progress` how much of the file it has passed. Throws std::runtime_error where it cannot be read.
+int ForEachWrittenInstance(const std::string& path, ValuesRead wanted, const std::function<void(const WrittenInstance&)>& action,
+                           const Progress& progress = {});
 
 /// The same for a file that is in memory, of 2^31 - 1 bytes at most, without a byte order mark. Throws std::runtime_error where an
 /// instance has a mistake.
-void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action);
+void ForEachInstanceOf(const std::string& part21, const std::function<void(const WrittenInstance&)>& action,
+                       const Progress& progress = {});
 
 /// The same for instances with mistakes, too.
-void ForAnyWrittenInstance(const std::string& path, ValuesRead wanted,
-                           const std::function<void(const WrittenInstance&)>& action);
+void ForAnyWrittenInstance(const std::string& path, ValuesRead wanted, const std::function<void(const WrittenInstance&)>& action,
+                           const Progress& progress = {});
+
+/// As many instances as a file would have if all of it were as its first part is; at least 1. For telling how far it has been read.
+double ExpectedInstances(const std::string& path);
 
 /// The number of an instance name without its `#`; the greatest 64-bit number for all that are greater.
 std::int64_t InstanceNumber(const char* begin, const char* end);
@@ -135,7 +140,7 @@ struct NamedSchema {
   Place where = {0, 0};  ///< of the record
 };
 
-/// Throws as ForEachWrittenInstance does.
+/// Reads no further than that record. Throws as ForEachWrittenInstance does.
 NamedSchema SchemaNamedIn(const std::string& path);
 
 }  // namespace velmar

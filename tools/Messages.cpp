@@ -1,17 +1,15 @@
 #include "Messages.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <system_error>
 #include <vector>
 
+#include "Colours.h"
 #include "Input.h"
 #include "Population.h"
 #include "ProgressBar.h"
@@ -24,26 +22,10 @@ namespace {
 // So many findings with a place are printed; what is beyond is counted.
 constexpr std::size_t kPrinted = 50;
 
-constexpr const char* kBoldRed = "1;31";
-constexpr const char* kBoldGreen = "1;32";
-constexpr const char* kBoldYellow = "1;33";
-
 std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
 
-// For a terminal that shows them, unless its user wants none (NO_COLOR).
-bool HasColours(std::FILE* stream) {
-  const char* noColour = std::getenv("NO_COLOR");
-  const char* terminal = std::getenv("TERM");
-  return isatty(fileno(stream)) != 0 && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
-         std::strcmp(terminal, "dumb") != 0;
-}
-
-std::string Coloured(std::FILE* stream, const std::string& text, const char* colour) {
-  return HasColours(stream) ? fmt::format("\x1B[{}m{}\x1B[0m", colour, text) : text;
-}
-
 std::string Shown(std::FILE* stream, Severity severity) {
-  return Coloured(stream, Name(severity), severity == Severity::kError ? kBoldRed : kBoldYellow);
+  return Coloured(stream, Name(severity), severity == Severity::kError ? Style::kBoldRed : Style::kBoldYellow);
 }
 
 // "#12 DIRECTION.name: "; empty where nothing is known of it.
@@ -70,7 +52,7 @@ void PrintTo(std::FILE* stream, Findings& findings, std::size_t most, bool withS
                       withSubjects ? SubjectOf(finding) : "", finding.text, CodeOf(finding)));
     if (i >= excerpts.size()) continue;  // the file is gone
     const auto [shown, caret] = Printable(excerpts[i]);
-    if (!shown.empty()) print(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured(stream, "^", kBoldGreen)));
+    if (!shown.empty()) print(fmt::format("  {}\n  {:{}}{}\n", shown, "", caret, Coloured(stream, "^", Style::kBoldGreen)));
   }
   const std::size_t hidden = placed.size() - printed + findings.NotKept();
   if (hidden > 0) print(fmt::format("{}: {} not shown\n", file, Counted(hidden, "more message")));

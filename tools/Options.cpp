@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "FileFormats.h"
 #include "LateBoundSchema.h"
 #include "ProgressBar.h"
 #include "Schemas.h"
@@ -55,7 +56,7 @@ std::optional<VELMAR::Schema> ReadingFlags::Schema() const {
 ReadingOptions ReadingFlags::Resolve() const {
   ReadingOptions options;
   options.schema = Schema();
-  if (!quiet) options.progress = MakeProgressBar("reading");
+  options.progress = MakeProgressBar("reading", quiet);
   if (!express.empty()) {
     options.lateBoundSchema = VELMAR::LateBoundSchema::Load(express, {"", "", includes}).GetRegistryName();
   }
@@ -66,6 +67,12 @@ Reading& ReadForGood(const std::string& path, const ReadingOptions& options) {
   static Reading* reading = nullptr;  // what can be reached from here is no leak
   reading = new Reading(path, options);
   return *reading;
+}
+
+void RequirePart21Name(const std::string& path) {
+  const FileFormat format = FormatOf(path);
+  if (format == FileFormat::Part21) return;
+  throw std::runtime_error(fmt::format("{} is named as {}, and what is written is Part 21", path, Name(format)));
 }
 
 std::string Footer(const std::string& example) {

@@ -12,6 +12,10 @@
 
 namespace velmar {
 
+/// The help of what commands read.
+constexpr const char* kFileHelp = "The file: Part 21, or JSON that is named .json";
+constexpr const char* kFilesHelp = "The files: Part 21, or JSON that is named .json";
+
 /// How files are read, as users say it.
 struct ReadingFlags {
   std::optional<std::string> schema;
@@ -33,6 +37,9 @@ struct ReadingFlags {
 /// Reads a file, as Reading does, for the rest of the process. The instances are never taken apart, which would take a fifth of
 /// the time that reading them took: the system gets the memory back as a whole. Only the last file of a command is read so.
 Reading& ReadForGood(const std::string& path, const ReadingOptions& options);
+
+/// Throws std::runtime_error where a file of this name would be taken for another format than Part 21.
+void RequirePart21Name(const std::string& path);
 
 /// What the help of a command ends with: an example, and the exit status.
 std::string Footer(const std::string& example);

@@ -8,6 +8,7 @@
 #include "Extraction.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -21,7 +22,8 @@ struct AnonymiseFlags {
 };
 
 int AnonymiseFile(const AnonymiseFlags& flags) {
-  const Anonymised anonymised = Anonymise(flags.file);
+  RequirePart21Name(flags.out);
+  const Anonymised anonymised = Anonymise(flags.file, MakeProgressBar("reading", flags.quiet));
   WriteText(anonymised.text, flags.out);
   if (flags.quiet) return kDone;
   Say(fmt::format("{}: {} of {} and {} replaced\n", flags.file, Counted(anonymised.strings, "string"),
@@ -42,7 +44,7 @@ void AddAnonymise(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "anonymise", "Writes a file without its names and texts, to send it to somebody: strings, comments, authors and dates are "
                    "replaced, all else stays as it stands, mistakes included. OUT is replaced by a complete file or not at all");
-  command->add_option("FILE", flags->file, "The Part 21 file")->required();
+  command->add_option("FILE", flags->file, kFileHelp)->required();
   command->add_option("-o,--output", flags->out, "The Part 21 file to write")->required()->type_name("OUT");
   command->add_flag("-q,--quiet", flags->quiet, "Does not say what was replaced");
   command->footer(Footer("velmar anonymise examples/bracket.stp -o anonymous.stp"));

@@ -15,6 +15,7 @@
 #include "Json.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Sarif.h"
 #include "Schemas.h"
 
@@ -45,12 +46,13 @@ std::set<Code> CodesNamed(const std::vector<std::string>& names) {
 int Check(const CheckFlags& flags) {
   const std::set<Code> codes = CodesNamed(flags.only);
   const SchemaChoice options = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
+  const Progress progress = MakeProgressBar("checking", flags.reading.quiet);
   int status = kDone;
   Json json = Json::array();
   std::vector<Findings> all;
   for (const std::string& path : flags.files) {
     try {
-      Findings findings = CheckFile(path, options);
+      Findings findings = CheckFile(path, options, progress);
       if (!codes.empty()) findings.Keep(codes);
       if (!findings.IsEmpty()) status = std::max<int>(status, kFileHasErrors);
       if (flags.json) {
@@ -82,7 +84,7 @@ void AddCheck(CLI::App& program, Run& run) {
   CLI::App* command =
       program.add_subcommand("check", "Says what is wrong with files: syntax, and values, references and types that do not "
                                       "follow the schema. docs/findings.md lists what it finds");
-  command->add_option("FILE", flags->files, "Part 21 files")->required();
+  command->add_option("FILE", flags->files, kFilesHelp)->required();
   flags->reading.AddTo(*command);
   command->add_option("--max", flags->most, "How many findings with a place are printed for a file; 100 without this")
       ->type_name("N");

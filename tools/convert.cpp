@@ -57,7 +57,7 @@ int Convert(const ConvertOptions& options) {
   if (options.renumber) Renumber(file);
   const std::string instances = Counted(file.Count(), "instance");
   Findings outFindings(out);
-  const Progress progress = options.reading.quiet ? nullptr : MakeProgressBar("writing");
+  const Progress progress = MakeProgressBar("writing", options.reading.quiet);
   const auto start = std::chrono::steady_clock::now();
   const std::uint64_t outSize = WriteAndReport(file, format, out, outFindings, progress, reading.Size());
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -2,16 +2,19 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
+#include "Colours.h"
 #include "Commands.h"
 #include "Comparison.h"
 #include "Json.h"
 #include "Messages.h"
 #include "Options.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -46,6 +49,10 @@ std::pair<std::string, std::string> Shortened(const ChangedValue& value) {
   return {cut(value.before), cut(value.after)};
 }
 
+std::string Removed(const std::string& text) { return Coloured(stdout, text, Style::kRed); }
+std::string Added(const std::string& text) { return Coloured(stdout, text, Style::kGreen); }
+std::string Changed(const std::string& text) { return Coloured(stdout, text, Style::kYellow); }
+
 void PrintDifference(const Difference& difference, const DiffFlags& flags) {
   const auto name = [&difference](const Difference::Side& side) {
     return side.number < 0 ? difference.type : fmt::format("#{} {}", side.number, difference.type);
@@ -55,21 +62,21 @@ void PrintDifference(const Difference& difference, const DiffFlags& flags) {
   };
   switch (difference.kind) {
     case Difference::Kind::Removed:
-      fmt::print("{}: removed {}\n", place(flags.first, difference.before), Printable(name(difference.before)));
+      fmt::print("{}: {}\n", place(flags.first, difference.before), Removed("removed " + Printable(name(difference.before))));
       return;
     case Difference::Kind::Added:
-      fmt::print("{}: added {}\n", place(flags.second, difference.after), Printable(name(difference.after)));
+      fmt::print("{}: {}\n", place(flags.second, difference.after), Added("added " + Printable(name(difference.after))));
       return;
     case Difference::Kind::Changed:
       break;
   }
-  fmt::print("{}: changed {} ({}{})\n", place(flags.first, difference.before), Printable(name(difference.before)),
+  fmt::print("{}: {} ({}{})\n", place(flags.first, difference.before), Changed("changed " + Printable(name(difference.before))),
              difference.after.number < 0 ? "" : fmt::format("#{} at ", difference.after.number),
              place(flags.second, difference.after));
   for (const ChangedValue& value : difference.values) {
     const auto [before, after] = Shortened(value);
-    fmt::print("  {}: {} -> {}\n", value.attribute, before.empty() ? "nothing" : Printable(before),
-               after.empty() ? "nothing" : Printable(after));
+    fmt::print("  {}: {} -> {}\n", value.attribute, Removed(before.empty() ? "nothing" : Printable(before)),
+               Added(after.empty() ? "nothing" : Printable(after)));
   }
 }
 
@@ -101,7 +108,8 @@ int Diff(const DiffFlags& flags) {
                                      !flags.ignoreHeader};
   Findings ofFirst(flags.first);
   Findings ofSecond(flags.second);
-  const Comparison comparison = CompareFiles(flags.first, flags.second, options, ofFirst, ofSecond);
+  const Comparison comparison = CompareFiles(flags.first, flags.second, options, ofFirst, ofSecond,
+                                             MakeProgressBar("comparing", flags.reading.quiet));
   if (flags.json) {
     Json json = {{"first", flags.first}, {"second", flags.second}};
     json.update(ToJson(comparison));
@@ -123,7 +131,7 @@ void AddDiff(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "diff", "Says what differs between two files: instances that are changed, removed or added, whatever their numbers and "
               "their order");
-  command->add_option("A", flags->first, "A Part 21 file")->required();
+  command->add_option("A", flags->first, kFileHelp)->required();
   command->add_option("B", flags->second, "The file that it is compared with")->required();
   command->add_flag("--ignore-header", flags->ignoreHeader, "Leaves out the HEADER section");
   command->add_option("--max", flags->most, "How many differences are printed; 100 without this")->type_name("N");

@@ -136,7 +136,7 @@ void AddInfo(CLI::App& program, Run& run) {
       "info",
       "Prints the headers of files, their schemas, and how many instances of which types "
       "they hold");
-  command->add_option("FILE", options->files, "Part 21 files")->required();
+  command->add_option("FILE", options->files, kFilesHelp)->required();
   options->reading.AddTo(*command);
   command->add_flag("--json", options->json, "Prints an array with an object for each file");
   command->footer(Footer("velmar info examples/bracket.stp"));

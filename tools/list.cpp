@@ -104,7 +104,7 @@ void AddList(CLI::App& program, Run& run) {
   auto options = std::make_shared<ListOptions>();
   CLI::App* command = program.add_subcommand(
       "list", "Lists the instances of a type and its subtypes, with attributes as columns");
-  command->add_option("FILE", options->file, "The Part 21 file")->required();
+  command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_option("TYPE", options->request.type, "The entity type, in any case of letters")->required();
   command->add_flag("--exact", options->request.isExact, "Leaves out the instances of subtypes");
   command

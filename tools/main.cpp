@@ -35,7 +35,7 @@ VelmarManual::Facts ManualFacts() {
   VelmarManual::Facts facts;
   facts.version = VELMAR_VERSION;
   facts.sections = {
-      {"ENVIRONMENT", {"NO_COLOR: where it is set and not empty, messages have no colours on a terminal."}},
+      {"ENVIRONMENT", {"NO_COLOR: where it is set and not empty, there are no colours on a terminal."}},
       {"FILES",
        {"share/velmar/schemas/*.exp, beside the folder of the program: the EXPRESS texts of the schemas that come with Velmar."}},
       {"SEE ALSO", {"velmar-express(1)"}},

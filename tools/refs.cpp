@@ -98,7 +98,7 @@ void AddRefs(CLI::App& program, Run& run) {
   auto options = std::make_shared<RefsOptions>();
   CLI::App* command =
       program.add_subcommand("refs", "Says who refers to an instance, and through which attribute");
-  command->add_option("FILE", options->file, "The Part 21 file")->required();
+  command->add_option("FILE", options->file, kFileHelp)->required();
   command
       ->add_option("N", options->instance,
                    "The instance, as 12 or '#12': a shell takes # alone for a comment")

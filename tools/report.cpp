@@ -41,7 +41,7 @@ void AddReport(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "report", "Writes a page of HTML for people: the header of a file, its product structure, its types, and what is wrong with "
                 "it, with a search box. The page needs no network. OUT is replaced by a complete page or not at all");
-  command->add_option("FILE", flags->file, "The Part 21 file")->required();
+  command->add_option("FILE", flags->file, kFileHelp)->required();
   command->add_option("-o,--output", flags->out, "The page to write")->required()->type_name("OUT");
   command->add_option("--max", flags->limits.findings, "How many findings with a place are shown; what is beyond is counted")
       ->capture_default_str()

@@ -56,7 +56,7 @@ int Show(const ShowOptions& options) {
   for (const std::string& instance : options.instances) numbers.push_back(ParseInstanceNumber(instance));
   const ReadingOptions readingOptions = options.reading.Resolve();
   Reading& reading = ReadForGood(options.file, readingOptions);
-  const std::map<int, Place> places = FindPlaces(options.file, {numbers.begin(), numbers.end()});
+  const std::map<int, Place> places = FindPlaces(options.file, {numbers.begin(), numbers.end()}, readingOptions.progress);
 
   std::vector<int> missing;
   Json json = Json::array();
@@ -92,7 +92,7 @@ void AddShow(CLI::App& program, Run& run) {
   auto options = std::make_shared<ShowOptions>();
   CLI::App* command =
       program.add_subcommand("show", "Prints instances with the names and values of their attributes");
-  command->add_option("FILE", options->file, "The Part 21 file")->required();
+  command->add_option("FILE", options->file, kFileHelp)->required();
   command
       ->add_option("N", options->instances, "Instances, as 12 or '#12': a shell takes # alone for a comment")
       ->required();

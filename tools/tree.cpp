@@ -2,17 +2,20 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "Colours.h"
 #include "Commands.h"
 #include "Json.h"
 #include "Messages.h"
 #include "Options.h"
 #include "ProductStructure.h"
 #include "ProductTree.h"
+#include "ProgressBar.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -41,7 +44,9 @@ void PrintTree(const ProductStructure& structure, const TreeFlags& flags) {
       for (std::size_t i = 0; i + 1 < line.level; ++i) lines += isLast[i] ? "    " : "│   ";
       lines += line.isLast ? "└── " : "├── ";
     }
-    fmt::print("{}{}{}\n", lines, Printable(line.text), line.note.empty() ? "" : fmt::format(" ({})", line.note));
+    const auto dim = [](const std::string& text) { return Coloured(stdout, text, Style::kDim); };
+    const std::string note = line.note.empty() ? "" : fmt::format(" ({})", line.note);
+    fmt::print("{}{}{}{}\n", lines, dim(Printable(line.amount)), Printable(line.name), dim(Printable(line.instances) + note));
   });
   std::size_t assemblies = 0;
   for (const DefinedProduct& product : structure.products) {
@@ -57,7 +62,7 @@ void PrintTree(const ProductStructure& structure, const TreeFlags& flags) {
 int Tree(const TreeFlags& flags) {
   Findings findings(flags.file);
   const SchemaChoice choice = {flags.reading.Schema(), flags.reading.express, flags.reading.includes};
-  const ProductStructure structure = ReadProductStructure(flags.file, choice, findings);
+  const ProductStructure structure = ReadProductStructure(flags.file, choice, findings, MakeProgressBar("reading", flags.reading.quiet));
   if (flags.json) {
     Json json = ToJson(structure);
     json["findings"] = ToJson(findings);
@@ -75,7 +80,7 @@ void AddTree(CLI::App& program, Run& run) {
   CLI::App* command = program.add_subcommand(
       "tree", "Prints the product structure: assemblies and their components, with names, ids, and the instances of "
               "definitions and shapes");
-  command->add_option("FILE", flags->file, "The Part 21 file")->required();
+  command->add_option("FILE", flags->file, kFileHelp)->required();
   command->add_flag("--all", flags->shown.all, "Shows each usage; without this, equal components of an assembly stand in one line");
   command->add_option("--depth", flags->shown.depth, "Shows so many levels below the first; 0 is without a limit")
       ->capture_default_str()

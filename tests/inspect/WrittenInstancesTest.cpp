@@ -138,8 +138,8 @@ std::vector<std::string> Values(const std::string& data, ValuesRead wanted) {
 
 TEST(WrittenInstances, MayBeReadWithTheirReferencesAndRealNumbersAlone) {
   EXPECT_THAT(Values("#1=A(1,'x',#2,(3.5,(.T.,#4),$),L(M(6.E2)),*,#5);\n#2=(A(\"0\",-0.)B()C(#7));\n", ValuesRead::Numerals),
-              ElementsAre("3:11 of 0: a", "6:12 of 2: 2", "6:16 of 3: 3.5", "6:25 of 3: 4", "6:36 of 4: 6.E2", "6:45 of 6: 5", "7:12 of 1: -0.",
-                          "7:21 of 0: 7"));
+              ElementsAre("3:11 of 0: a", "6:12 of 2: 2", "6:16 of 3: 3.5", "6:25 of 3: 4", "6:36 of 4: 6.E2", "6:45 of 6: 5", "7:11 of 1: -0.",
+                          "7:20 of 0: 7"));
   EXPECT_THAT(Values("#1=A('x',2.5,#3;\n#2=A(#4);\n", ValuesRead::Numerals),
               ElementsAre("3:11 of 0: a", "6:10 of 1: 2.5", "6:14 of 2: 3", "7:6 of 0: 4"));
 }

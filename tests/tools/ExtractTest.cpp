@@ -13,6 +13,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 const std::string kVelmar = VELMAR_PROGRAM;
 
@@ -73,6 +74,70 @@ TEST_F(MergeFiles, WritesTheInstancesOfAll) {
     return std::stoi(out.substr(out.find_first_of("0123456789", at)));
   };
   EXPECT_EQ(instances("out.stp"), 2 * instances(SAMPLE_FILE));
+}
+
+// What is written of JSON is what is written of the Part 21 file that it was made of.
+class ExtractAndMergeOfJson : public Extract {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(Velmar({"convert", SAMPLE_FILE, "-o", "in.stp"}).status, 0);
+    ASSERT_EQ(Velmar({"convert", "in.stp", "-o", "in.json"}).status, 0);
+  }
+  // Written anew: the text that is made of JSON has other blanks and line ends.
+  std::string Rewritten(const std::string& name) {
+    EXPECT_EQ(Velmar({"convert", name, "-o", "again.stp"}).status, 0);
+    return Read("again.stp");
+  }
+};
+
+TEST_F(ExtractAndMergeOfJson, AreAsOfPart21) {
+  for (const char* name : {"in.stp", "in.json"}) {
+    const Outcome outcome = Velmar({"extract", name, "#20", "1", "-o", std::string(name) + ".part"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+  }
+  EXPECT_THAT(Read("in.json.part"), HasSubstr("\n#20=PRODUCT("));
+  EXPECT_EQ(Rewritten("in.json.part"), Rewritten("in.stp.part"));
+
+  EXPECT_EQ(Velmar({"merge", "in.stp", "in.stp", "in.stp", "-o", "part21.stp"}).status, 0);
+  const std::string expected = Rewritten("part21.stp");
+  EXPECT_EQ(Velmar({"merge", "in.json", "in.stp", "in.json", "-o", "json.stp"}).status, 0);
+  EXPECT_EQ(Rewritten("json.stp"), expected);
+  EXPECT_EQ(Velmar({"merge", "in.stp", "in.json", "in.json", "-o", "json.stp"}).status, 0);
+  EXPECT_EQ(Rewritten("json.stp"), expected);
+}
+
+TEST_F(ExtractAndMergeOfJson, SayWhatIsWrongWithThePathThatWasGiven) {
+  Outcome outcome = Velmar({"extract", "in.json", "99999", "-o", "out.stp"});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "velmar: error: in.json has no instance #99999\n");
+  WriteFile(directory_.Path("bad.json"), "{\n\"format\": 1}\n");
+  const std::string why = "velmar: error: bad.json:2:11: ";
+  EXPECT_THAT(Velmar({"extract", "bad.json", "1", "-o", "out.stp"}).err, StartsWith(why));
+  EXPECT_THAT(Velmar({"merge", "in.json", "bad.json", "-o", "out.stp"}).err, StartsWith(why));
+  EXPECT_EQ(Velmar({"merge", "in.json", "none.json", "-o", "out.stp"}).err, "velmar: error: none.json does not exist\n");
+  EXPECT_FALSE(std::filesystem::exists(directory_.Path("out.stp")));
+}
+
+// It would be taken for JSON from then on.
+TEST_F(ExtractAndMergeOfJson, DoNotWritePart21UnderTheNameOfAnotherFormat) {
+  for (const std::vector<std::string>& command :
+       std::vector<std::vector<std::string>>{{"extract", "in.json", "20"}, {"merge", "in.json", "in.stp"}, {"anonymise", "in.stp"}}) {
+    std::vector<std::string> words = command;
+    words.insert(words.end(), {"-o", "out.json"});
+    const Outcome outcome = Velmar(words);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.err, "velmar: error: out.json is named as json, and what is written is Part 21\n");
+    EXPECT_FALSE(std::filesystem::exists(directory_.Path("out.json")));
+  }
+}
+
+TEST_F(MergeFiles, OfATokenThatIsTooLongSayWhere) {
+  WriteFile(directory_.Path("in.stp"), FileWith(kPoint));
+  WriteFile(directory_.Path("long.stp"), FileWith("#1=COLOUR('" + std::string(40000, 'x') + "');\n"));
+  const std::string expected = "long.stp: error: the file holds a token of more than 32,767 characters and cannot be read [V005]\n";
+  EXPECT_EQ(Velmar({"merge", "in.stp", "long.stp", "-o", "out.stp"}).err, expected);
+  EXPECT_EQ(Velmar({"extract", "long.stp", "1", "-o", "out.stp"}).err, expected);
 }
 
 TEST_F(MergeFiles, OfOneSchemaOnly) {

@@ -97,6 +97,39 @@ TEST_F(Formats, JsonMayGoToStandardOutput) {
   EXPECT_THAT(outcome.out, EndsWith("\n]\n}\n"));
 }
 
+// Commands of which the others are not: what they say of the JSON is what they say of the file that it was made of.
+TEST_F(Formats, JsonIsLookedAtAsPart21Is) {
+  Run(SOURCE_FOLDER "/examples/trolley.stp", "a.stp");
+  Run("a.stp", "a.json");
+  const auto outputOf = [this](std::vector<std::string> command) {
+    command.insert(command.begin(), VELMAR_PROGRAM);
+    Setting setting;
+    setting.directory = directory_.Path("");
+    const Outcome outcome = RunProgram(command, setting);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    return outcome.out;
+  };
+  EXPECT_THAT(outputOf({"tree", "a.json"}), HasSubstr("12 x Hexagon nut M8"));
+  EXPECT_EQ(outputOf({"tree", "a.json"}), outputOf({"tree", "a.stp"}));
+  EXPECT_EQ(outputOf({"diff", "a.json", "a.stp"}), "no difference\n");
+  EXPECT_EQ(outputOf({"diff", "a.stp", "a.json"}), "no difference\n");
+  outputOf({"report", "a.json", "-o", "a.html"});
+  EXPECT_THAT(Read("a.html"), HasSubstr("Hexagon nut M8"));
+  outputOf({"anonymise", "a.json", "-o", "of_json.stp"});
+  outputOf({"anonymise", "a.stp", "-o", "of_part21.stp"});
+  EXPECT_THAT(Read("of_json.stp"), HasSubstr("PRODUCT('text_"));
+  EXPECT_EQ(outputOf({"diff", "of_json.stp", "of_part21.stp"}), "no difference\n");
+
+  std::string json = Read("a.json");
+  json.replace(json.find("\"Wheel\""), 7, "\"Disc\"");
+  Write("b.json", json);
+  Setting setting;
+  setting.directory = directory_.Path("");
+  const Outcome outcome = RunProgram({VELMAR_PROGRAM, "diff", "a.json", "b.json"}, setting);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.out, HasSubstr("  name: 'Wheel' -> 'Disc'\n"));
+}
+
 TEST_F(Formats, WhatIsWrongInJsonIsSaidWithItsPlaceAndNothingIsWritten) {
   Write("in.stp", FileWith(kPoint));
   Run("in.stp", "a.json");

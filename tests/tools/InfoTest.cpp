@@ -124,6 +124,36 @@ TEST(Info, UnknownTypesAreNamedWithTheirNumber) {
   EXPECT_THAT(outcome.out, HasSubstr("unknown types           W (1), X (2), Y (1), 1 more\n"));
 }
 
+// A header with records that no header has: of types that the schema does not have either, and of one that it has.
+std::string FileWithHeaderRecords(const std::string& schema) {
+  std::string text = FileWith("#1=PRODUCT('a','b',$,());\n#2=MINE();\n#3=(PRODUCT('a','b',$,())X());\n", schema);
+  return text.insert(text.find("FILE_SCHEMA"), "PRODUCT('a');\nMINE();\n!OTHER();\n");
+}
+
+TEST(Info, UnknownTypesAreNotThoseOfTheHeader) {
+  const Outcome outcome = Info(FileWithHeaderRecords("AUTOMOTIVE_DESIGN"));
+  EXPECT_THAT(outcome.out, HasSubstr("unknown types           MINE (1), X (1)\n"));
+  for (const char* type : {"PRODUCT", "MINE", "OTHER"}) {
+    EXPECT_THAT(outcome.err, HasSubstr(std::string("warning: 1 header record of ") + type + " kept by position: the header has no such entity [V009]"));
+  }
+  EXPECT_THAT(outcome.err, HasSubstr("error: 1 instance of MINE kept by position: AUTOMOTIVE_DESIGN has no such entity (#2) [V008]"));
+  // The schema knows what the header does not.
+  EXPECT_THAT(outcome.err, testing::Not(HasSubstr("instance of PRODUCT")));
+  EXPECT_THAT(outcome.err, testing::Not(HasSubstr("partial record of PRODUCT")));
+
+  const Outcome ofNoSchema = Info(FileWithHeaderRecords("NO_SUCH_SCHEMA"));
+  EXPECT_THAT(ofNoSchema.out, HasSubstr("unknown types           MINE (1), X (1)\n"));
+  EXPECT_THAT(ofNoSchema.err, HasSubstr("2 records of 2 unknown types kept by position: MINE, X [V008]"));
+  EXPECT_THAT(ofNoSchema.err, HasSubstr("1 header record of OTHER kept by position"));
+}
+
+TEST(Info, OfTheHeaderIsTheSameWhateverWasReadBefore) {
+  TemporaryDirectory directory;
+  const std::string in = WriteFile(directory.Path("in.stp"), FileWithHeaderRecords("AUTOMOTIVE_DESIGN"));
+  const std::string once = RunProgram({VELMAR_PROGRAM, "info", in}).err;
+  EXPECT_EQ(RunProgram({VELMAR_PROGRAM, "info", in, in}).err, once + once);
+}
+
 TEST(Info, QuietSaysNothingOfTheFileAndKeepsTheExitStatus) {
   TemporaryDirectory directory;
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith("#1=X();\n"));

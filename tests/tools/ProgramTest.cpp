@@ -10,6 +10,7 @@
 
 #include "RunProgram.h"
 #include "SampleFiles.h"
+#include "Terminal.h"
 
 namespace {
 
@@ -137,92 +138,25 @@ TEST(VelmarProgram, StandardOutputThatCannotBeWrittenIsAnError) {
   EXPECT_EQ(outcome.err, "velmar: error: standard output cannot be written: No space left on device\n");
 }
 
-// What the program says on standard error where that is a terminal of this kind.
-std::string OnATerminal(const std::vector<std::string>& command, const char* terminal, const char* noColour) {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY);
-  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return "no terminal";
-  const std::string slave = ptsname(master);
-  const int held = open(slave.c_str(), O_RDWR | O_NOCTTY);  // keeps what was written until it is read
-  Setting setting;
-  setting.before = [&] {
-    dup2(held, 2);
-    setenv("TERM", terminal, 1);
-    setenv("NO_COLOR", noColour, 1);
-  };
-  RunProgram(command, setting);
-  char text[65536];
-  fcntl(master, F_SETFL, O_NONBLOCK);
-  std::string all;
-  for (ssize_t length = 1; length > 0;) {
-    length = read(master, text, sizeof text);
-    if (length > 0) all.append(text, static_cast<std::size_t>(length));
-  }
-  close(held);
-  close(master);
-  return all;
-}
-
 TEST(VelmarProgram, MessagesHaveColoursOnATerminalOnly) {
   TemporaryDirectory directory;
   const std::string in =
       WriteFile(directory.Path("in.stp"), FileWith("#1=DIRECTION('');\n#2=DIRECTION('',(1.);\n"));
   const std::vector<std::string> command = {kVelmar, "info", in};
-  const std::string coloured = OnATerminal(command, "xterm", "");
-  if (coloured == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
-  EXPECT_THAT(coloured, HasSubstr(":8:1: \x1B[1;33mwarning\x1B[0m: 1 record of DIRECTION with fewer "));
-  EXPECT_THAT(coloured, HasSubstr(":9:21: \x1B[1;31merror\x1B[0m: \")\" expected [V001]"));
-  EXPECT_THAT(coloured, HasSubstr("                    \x1B[1;32m^\x1B[0m"));
-  EXPECT_THAT(OnATerminal({kVelmar, "info", in + "x"}, "xterm", ""), HasSubstr("velmar: \x1B[1;31merror\x1B[0m: "));
-  for (const std::string& plain : {OnATerminal(command, "xterm", "1"), OnATerminal(command, "dumb", ""),
-                                   RunProgram(command).err}) {
+  const auto coloured = OnATerminal(command);
+  if (!coloured) GTEST_SKIP() << "there are no pseudo terminals here";
+  EXPECT_THAT(*coloured, HasSubstr(":8:1: \x1B[1;33mwarning\x1B[0m: 1 record of DIRECTION with fewer "));
+  EXPECT_THAT(*coloured, HasSubstr(":9:21: \x1B[1;31merror\x1B[0m: \")\" expected [V001]"));
+  EXPECT_THAT(*coloured, HasSubstr("                    \x1B[1;32m^\x1B[0m"));
+  EXPECT_THAT(*OnATerminal({kVelmar, "info", in + "x"}), HasSubstr("velmar: \x1B[1;31merror\x1B[0m: "));
+  TerminalSetting noColour;
+  noColour.noColour = "1";
+  TerminalSetting dumb;
+  dumb.kind = "dumb";
+  for (const std::string& plain : {*OnATerminal(command, noColour), *OnATerminal(command, dumb), RunProgram(command).err}) {
     EXPECT_THAT(plain, HasSubstr("error: "));
     EXPECT_THAT(plain, testing::Not(HasSubstr("\x1B")));
   }
-}
-
-// What a terminal shows in the end of a text in which carriage returns go back to the beginning of the line.
-std::string ShownAtTheEnd(const std::string& text) {
-  std::string line;
-  std::size_t column = 0;
-  for (const char c : text) {
-    if (c == '\r') {
-      column = 0;
-    } else {
-      line.resize(std::max(line.size(), column + 1), ' ');
-      line[column++] = c;
-    }
-  }
-  return line.substr(0, line.find_last_not_of(' ') + 1);
-}
-
-TEST(VelmarProgram, ProgressIsShownOnATerminalWhereItTakesLong) {
-  TemporaryDirectory directory;
-  std::string data;
-  for (int number = 1; number <= 2000000; ++number) data += "#" + std::to_string(number) + "=COLOUR();\n";
-  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data));
-  const std::vector<std::string> command = {kVelmar, "convert", in, "-o", directory.Path("out.stp")};
-  const std::string shown = OnATerminal(command, "xterm", "");
-  if (shown == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
-  EXPECT_EQ(ShownAtTheEnd(shown), "");
-  EXPECT_EQ(OnATerminal(command, "dumb", ""), "");
-  std::vector<std::string> quiet = command;
-  quiet.emplace_back("-q");
-  EXPECT_EQ(OnATerminal(quiet, "xterm", ""), "");
-  const Outcome outcome = RunProgram(command);
-  EXPECT_EQ(outcome.err, "");
-  const std::size_t time = outcome.out.find("read in ");
-  ASSERT_NE(time, std::string::npos);
-  if (std::atof(outcome.out.c_str() + time + 8) < 700) GTEST_SKIP() << "it does not take long";
-  EXPECT_THAT(shown, HasSubstr("\rreading ["));
-  EXPECT_THAT(shown, HasSubstr(" %"));
-}
-
-TEST(VelmarProgram, NoProgressIsShownOfWhatIsQuicklyDone) {
-  TemporaryDirectory directory;
-  const std::string in = WriteFile(directory.Path("in.stp"), FileWith(kPoint));
-  const std::string shown = OnATerminal({kVelmar, "info", in}, "xterm", "");
-  if (shown == "no terminal") GTEST_SKIP() << "there are no pseudo terminals here";
-  EXPECT_EQ(shown, "");
 }
 
 // Messages are lost then, and nothing else: the exit status says what there is to say.
