@@ -28,7 +28,10 @@ constexpr const char* kBoldRed = "1;31";
 constexpr const char* kBoldGreen = "1;32";
 constexpr const char* kBoldYellow = "1;33";
 
-std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
+// The end of a message.
+std::string CodeOf(const Finding& finding) {
+  return fmt::format(" [{}]{}{}", NameOf(finding.code), finding.hint.empty() ? "" : "; ", finding.hint);
+}
 
 // For a terminal that shows them, unless its user wants none (NO_COLOR).
 bool HasColours(std::FILE* stream) {
@@ -87,8 +90,11 @@ void PrintAsData(Findings& findings, std::size_t most) { PrintTo(stdout, finding
 
 void SayWhereReadingEnded() {
   if (FileBeingRead() == nullptr) return;
-  Say(fmt::format("{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
-                  FileBeingRead(), Shown(stderr, Severity::kError), NameOf(Code::kLongToken)));
+  // The catalogue may be gone already.
+  Findings findings(FileBeingRead());
+  findings.Add({Code::kLongToken, Severity::kError, FindLongToken(FileBeingRead()), 0, "",
+                "a token of more than 32,767 characters begins here; the file cannot be read", ""});
+  Print(findings);
 }
 
 int Finish(Findings& findings, bool isQuiet) {
