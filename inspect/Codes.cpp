@@ -69,7 +69,8 @@ const std::vector<CodeInfo>& Rows() {
        "A record has more parameters than its entity type has attributes. The surplus is kept, by position.",
        "#1=DIRECTION('',(1.,0.),3);\n", "#1=DIRECTION('',(1.,0.));\n"},
       {Code::kTooFewParameters, kWarning, "too few parameters",
-       "A record has fewer parameters than its entity type has attributes. The others have no value, and are written as $.",
+       "A record has fewer parameters than its entity type has attributes. The others have no value, and are written as $. "
+       "velmar check takes it for an error.",
        "#1=DIRECTION('');\n", "#1=DIRECTION('',$);\n"},
       {Code::kNumberUsedTwice, kError, "instance number used twice",
        "Two instances have the same number. References to it lead to the later one; the earlier is not kept.",
@@ -234,8 +235,9 @@ std::string CatalogueAsMarkdown() {
       "# Findings\n\n"
       "What `velmar` says about files, by the code that ends each message. An error is a fault of the file, "
       "or data that is\n"
-      "lost, and makes the exit status 1; a warning does not. Examples are whole files, or the DATA section "
-      "of a file of AP214.\n";
+      "lost, and makes the exit status 1; a warning does so with `velmar check` only. Examples are whole files, or the DATA section "
+      "of a file of AP214;\n"
+      "tests/data/check has a file for each finding of `velmar check`, with its output, and one that is nearly the same without it.\n";
   for (const CodeInfo& row : Catalogue()) {
     text += fmt::format("\n## {}: {}\n\n{}. {}\n", NameOf(row.code), row.title,
                         row.severity == kError ? "Error" : "Warning", row.explanation);

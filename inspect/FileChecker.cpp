@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <utility>
 
+#include "Diagnostics.h"
 #include "ExpUtilities.h"
+#include "NumberRules.h"
 #include "StepStringRules.h"
 
 namespace velmar {
@@ -25,9 +27,7 @@ std::string Plural(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-Code CountCode(std::size_t found, std::size_t expected) {
-  return found < expected ? Code::kTooFewParameters : Code::kTooManyParameters;
-}
+std::string Text(Place place) { return std::to_string(place.line) + ":" + std::to_string(place.column); }
 
 std::string Description(const WrittenValue& value) {
   switch (value.kind) {
@@ -42,7 +42,7 @@ std::string Description(const WrittenValue& value) {
     case Kind::Enumeration:
       return "." + value.text + ".";
     case Kind::Reference:
-      return "a reference";
+      return "the reference #" + value.text;
     case Kind::Unset:
       return "$";
     case Kind::Omitted:
@@ -53,6 +53,91 @@ std::string Description(const WrittenValue& value) {
       break;
   }
   return value.text + "(...)";
+}
+
+// What values of a type are, for those who do not know its name; empty where the name says it.
+std::string NatureOf(const Domain& domain) {
+  using Type = Domain::Kind;
+  const auto limited = [&domain](const std::string& kind, const std::string& unit) {
+    if (domain.longest < 0) return kind;
+    return kind + " of " + (domain.isFixed ? "" : "at most ") + Plural(static_cast<std::size_t>(domain.longest), unit);
+  };
+  const auto unlessNamed = [&domain](const std::string& keyword, const std::string& nature) {
+    const char behind = domain.text.compare(0, keyword.size(), keyword) == 0 ? domain.text.c_str()[keyword.size()] : '_';
+    return behind == '\0' || behind == ' ' ? "" : nature;
+  };
+  switch (domain.kind) {
+    case Type::Integer:
+      return unlessNamed("integer", "an integer");
+    case Type::Real:
+      return unlessNamed("real", "a real number");
+    case Type::Number:
+      return unlessNamed("number", "a number");
+    case Type::String:
+      return unlessNamed("string", limited("a string", "character"));
+    case Type::Binary:
+      return unlessNamed("binary", limited("a binary value", "bit"));
+    case Type::Boolean:
+      return ".T. or .F.";
+    case Type::Logical:
+      return ".T., .F. or .U.";
+    case Type::Enumeration:
+      return "an enumeration item";
+    case Type::Entity:
+      return "a reference";
+    case Type::Aggregate:
+      for (const char* keyword : {"list", "set", "bag", "array"}) {
+        if (unlessNamed(keyword, "a list").empty()) return "";
+      }
+      return "a list";
+    case Type::Any:
+    case Type::Select:
+      break;
+  }
+  return "";
+}
+
+// "label (a string)"
+std::string Expected(const Domain& domain) {
+  const std::string nature = NatureOf(domain);
+  return domain.text + (nature.empty() ? "" : " (" + nature + ")");
+}
+
+template <class Value>
+std::vector<std::string> NamesOf(const std::map<std::string, Value>& values) {
+  std::vector<std::string> names;
+  names.reserve(values.size());
+  for (const auto& value : values) names.push_back(value.first);
+  return names;
+}
+
+// "A, B, C, ..."
+std::string Some(const std::vector<std::string>& names) {
+  constexpr std::size_t kMost = 8;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(names.size(), kMost); ++i) text += (i == 0 ? "" : ", ") + names[i];
+  return text + (names.size() > kMost ? ", ..." : "");
+}
+
+// Whether a value of this kind is of a type of that one, as far as the kinds tell.
+bool Suits(Domain::Kind type, Kind value) {
+  using Type = Domain::Kind;
+  switch (value) {
+    case Kind::Integer:
+      return type == Type::Integer || type == Type::Number;
+    case Kind::Real:
+      return type == Type::Real || type == Type::Number;
+    case Kind::String:
+      return type == Type::String;
+    case Kind::Binary:
+      return type == Type::Binary;
+    case Kind::Enumeration:
+      return type == Type::Enumeration || type == Type::Boolean || type == Type::Logical;
+    case Kind::Aggregate:
+      return type == Type::Aggregate;
+    default:
+      return false;
+  }
 }
 
 }  // namespace
@@ -74,7 +159,7 @@ int FileChecker::KindsOf(const WrittenInstance& instance) {
 
 void FileChecker::Learn(const WrittenInstance& instance) {
   if (instance.IsInHeader()) {
-    for (const WrittenRecord& record : instance.records) ++headerRecords_[record.type];
+    for (const WrittenRecord& record : instance.records) headerRecords_.emplace(record.type, Place{0, 0});
     return;
   }
   const int kinds = KindsOf(instance);
@@ -130,15 +215,20 @@ std::string FileChecker::NameOf(int kinds) const {
 
 // ----------------------------------------------------------------------------------------------------- the second time
 
-void FileChecker::Add(Code code, Place where, std::string text) {
-  constexpr std::int64_t kGreatest = 1073741823;
+void FileChecker::Add(Code code, Place where, std::string text, std::string hint) {
   const std::int64_t number = instance_ == nullptr ? 0 : instance_->number;
   std::string attribute = record_ == nullptr ? "" : record_->type;
   if (attribute_ != nullptr) attribute += "." + *attribute_;
   // What reading fills in with initial values is no less wrong.
   const Severity severity = code == Code::kTooFewParameters ? Severity::kError : InfoOf(code).severity;
-  findings_.Add({code, severity, where, number > 0 && number <= kGreatest ? static_cast<int>(number) : 0,
-                 std::move(attribute), std::move(text), ""});
+  findings_.Add({code, severity, where, number > 0 && number <= kGreatestInstance ? static_cast<int>(number) : 0,
+                 std::move(attribute), std::move(text), std::move(hint)});
+}
+
+// "did you mean 'VECTOR'?" where one of the names is near; for the first mistakes alone, as it takes its time.
+std::string FileChecker::HintFor(const std::string& name, const std::vector<std::string>& names) {
+  constexpr int kMostHints = 1000;
+  return ++hints_ > kMostHints ? "" : VELMAR::Express::DidYouMean(name, names);
 }
 
 void FileChecker::Check(const WrittenInstance& instance) {
@@ -150,15 +240,15 @@ void FileChecker::Check(const WrittenInstance& instance) {
     for (const WrittenRecord& record : instance.records) CheckHeaderRecord(record);
     return;
   }
+  const bool isInRange = CheckNumber(instance.number, instance.where);
   const auto repeated = repeated_.find(instance.number);
-  if (repeated != repeated_.end()) {
+  if (isInRange && repeated != repeated_.end()) {
     Place& first = repeated->second;
     if (first.line == 0) {
       first = instance.where;
     } else {
       Add(Code::kNumberUsedTwice, instance.where,
-          "the number is used a second time; first at " + std::to_string(first.line) + ":" +
-              std::to_string(first.column));
+          "the number is used a second time; first at " + Text(first));
     }
   }
   const Kinds kinds = kinds_[static_cast<std::size_t>(KindsOf(instance))];
@@ -169,13 +259,66 @@ void FileChecker::Check(const WrittenInstance& instance) {
 void FileChecker::CheckHeaderRecord(const WrittenRecord& record) {
   record_ = &record;
   for (const HeaderRule& rule : kHeader) {
-    if (record.type != rule.name || record.parameters == rule.parameters) continue;
-    Add(CountCode(record.parameters, rule.parameters), record.where,
-        "expected " + Plural(rule.parameters, "parameter") + ", found " + std::to_string(record.parameters));
+    if (record.type != rule.name) continue;
+    Place& first = headerRecords_[record.type];
+    if (first.line == 0) {
+      first = record.where;
+    } else {
+      Add(Code::kRepeatedRecord, record.where, "the header has a second record " + record.type + "; first at " + Text(first));
+    }
+    CheckCount(record, rule.parameters);
   }
   for (const WrittenValue& value : record.values) {
     if (value.kind == Kind::String) CheckString(value, Domain());
   }
+}
+
+// Points at the first parameter that is too many, or at the parenthesis where one is missing.
+void FileChecker::CheckCount(const WrittenRecord& record, std::size_t expected) {
+  if (record.parameters == expected) return;
+  const std::string text = "expected " + Plural(expected, "parameter") + ", found " + std::to_string(record.parameters);
+  if (record.parameters < expected) {
+    Add(Code::kTooFewParameters, record.end, text);
+    return;
+  }
+  const auto surplus = std::find_if(record.values.begin(), record.values.end(),
+                                    [expected](const WrittenValue& value) { return value.parameter == expected; });
+  Add(Code::kTooManyParameters, surplus->where, text);
+}
+
+// Whether instances may have the number.
+bool FileChecker::CheckNumber(std::int64_t number, Place where) {
+  if (number == 0) {
+    Add(Code::kNumberZero, where, "instance numbers begin at #1");
+  } else if (number > kGreatestInstance) {
+    Add(Code::kNumberTooHigh, where, "instance numbers end at #" + std::to_string(kGreatestInstance));
+  }
+  return number > 0 && number <= kGreatestInstance;
+}
+
+// The range of the numbers in a record, wherever they stand. `first` is the index of its first attribute in the rule.
+void FileChecker::CheckNumerals(const WrittenRecord& record, const EntityRule* rule, std::size_t first) {
+  constexpr std::size_t kSurelyInRange = 9;  // digits of an instance number
+  for (const WrittenValue& value : record.values) {
+    const std::string& text = value.text;
+    std::string becomes;
+    if (value.kind == Kind::Reference) {
+      if (text.size() <= kSurelyInRange && text[0] != '0') continue;
+    } else if (value.kind == Kind::Real) {
+      becomes = BeyondRange(text);
+      if (becomes.empty()) continue;
+    } else {
+      continue;
+    }
+    const std::size_t attribute = first + value.parameter;
+    attribute_ = rule != nullptr && attribute < rule->attributes.size() ? &rule->attributes[attribute].name : nullptr;
+    if (becomes.empty()) {
+      CheckNumber(InstanceNumber(text.data(), text.data() + text.size()), value.where);
+    } else {
+      Add(Code::kRealRange, value.where, "the real number does not fit 64 bits and becomes " + becomes);
+    }
+  }
+  attribute_ = nullptr;
 }
 
 void FileChecker::CheckWhole() {
@@ -193,24 +336,23 @@ void FileChecker::CheckRecord(const WrittenInstance& instance, const WrittenReco
   record_ = &record;
   attribute_ = nullptr;
   const EntityRule* rule = dictionary_.Find(record.type);
+  const std::size_t first = rule != nullptr && instance.isComplex ? rule->firstOwn : 0;
+  CheckNumerals(record, rule, first);
   if (rule == nullptr) {
     const auto unknown = unknown_.find(record.type);
     if (unknown == unknown_.end()) return;  // said already
     Add(Code::kUnknownType, record.where,
         dictionary_.SchemaName() + " has no such entity" +
-            (unknown->second == 1 ? "" : " (" + Plural(unknown->second, "record") + ")"));
+            (unknown->second == 1 ? "" : " (" + Plural(unknown->second, "record") + ")"),
+        HintFor(record.type, NamesOf(dictionary_.Entities())));
     unknown_.erase(unknown);
     return;
   }
   if (rule->isAbstract && !instance.isComplex) {
-    Add(Code::kAbstractType, record.where, "the entity is abstract: instances are of its subtypes");
+    Add(Code::kAbstractType, record.where, "the entity is abstract: expected one of its subtypes" + SubtypesOf(*rule));
   }
-  const std::size_t first = instance.isComplex ? rule->firstOwn : 0;
   const std::size_t expected = rule->attributes.size() - first;
-  if (record.parameters != expected) {
-    Add(CountCode(record.parameters, expected), record.parameters < expected ? record.end : record.where,
-        "expected " + Plural(expected, "parameter") + ", found " + std::to_string(record.parameters));
-  }
+  CheckCount(record, expected);
   std::size_t at = 0;
   for (std::size_t i = 0; i < std::min(expected, record.parameters); ++i) {
     const AttributeRule& attribute = rule->attributes[first + i];
@@ -219,6 +361,19 @@ void FileChecker::CheckRecord(const WrittenInstance& instance, const WrittenReco
     CheckParameter(attribute, isDerived, at);
     at = record.values[at].end;
   }
+}
+
+// " (A, B, ...)": those that instances may be of.
+const std::string& FileChecker::SubtypesOf(const EntityRule& rule) {
+  const auto [entry, isNew] = subtypes_.emplace(&rule, "");
+  if (isNew) {
+    std::vector<std::string> names;
+    for (const auto& [name, other] : dictionary_.Entities()) {
+      if (!other.isAbstract && other.IsKindOf(rule)) names.push_back(name);
+    }
+    if (!names.empty()) entry->second = " (" + Some(names) + ")";
+  }
+  return entry->second;
 }
 
 bool FileChecker::IsDerivedBy(const Kinds& kinds, const AttributeRule& attribute) const {
@@ -232,8 +387,16 @@ bool FileChecker::IsDerivedBy(const Kinds& kinds, const AttributeRule& attribute
 }
 
 void FileChecker::CheckComplex(const WrittenInstance& instance, const Kinds& kinds) {
-  record_ = &instance.records.front();
   attribute_ = nullptr;
+  std::map<std::string, Place> firsts;
+  for (const WrittenRecord& record : instance.records) {
+    record_ = &record;
+    const auto [first, isNew] = firsts.emplace(record.type, record.where);
+    if (isNew) continue;
+    Add(Code::kRepeatedRecord, record.where,
+        "the complex instance has a second record " + record.type + "; first at " + Text(first->second));
+  }
+  record_ = &instance.records.front();
   if (std::find(kinds.begin(), kinds.end(), nullptr) != kinds.end()) return;
   std::vector<const EntityRule*> missing;
   for (const EntityRule* kind : kinds) {
@@ -251,12 +414,12 @@ void FileChecker::CheckComplex(const WrittenInstance& instance, const Kinds& kin
 void FileChecker::CheckParameter(const AttributeRule& attribute, bool isDerived, std::size_t at) {
   const WrittenValue& value = Value(at);
   if (value.kind == Kind::Omitted) {
-    if (!isDerived) Add(Code::kNothingDerived, value.where, "nothing is derived here: expected " + attribute.domain->text);
+    if (!isDerived) Add(Code::kNothingDerived, value.where, "nothing is derived here: expected " + Expected(*attribute.domain));
   } else if (isDerived) {
     Add(Code::kDerivedValue, value.where, "the value is derived: expected *, found " + Description(value));
   } else if (value.kind == Kind::Unset) {
     if (!attribute.isOptional) {
-      Add(Code::kMissingValue, value.where, "a value is required: expected " + attribute.domain->text);
+      Add(Code::kMissingValue, value.where, "a value is required: expected " + Expected(*attribute.domain));
     }
   } else {
     CheckValue(*attribute.domain, at, 0);
@@ -266,7 +429,7 @@ void FileChecker::CheckParameter(const AttributeRule& attribute, bool isDerived,
 // --------------------------------------------------------------------------------------------------------- the values
 
 void FileChecker::WrongKind(const Domain& domain, const WrittenValue& value) {
-  Add(Code::kWrongKind, value.where, "expected " + domain.text + ", found " + Description(value));
+  Add(Code::kWrongKind, value.where, "expected " + Expected(domain) + ", found " + Description(value));
 }
 
 void FileChecker::CheckValue(const Domain& domain, std::size_t at, int depth) {
@@ -324,7 +487,10 @@ void FileChecker::CheckAggregate(const Domain& domain, std::size_t at, int depth
   const WrittenValue& list = Value(at);
   const auto count = static_cast<long>(list.elements);
   if (count < domain.fewest || (domain.most >= 0 && count > domain.most)) {
-    Add(Code::kElementCount, list.where, "expected " + domain.text + ", found " + Plural(list.elements, "element"));
+    std::string range = "at least " + Plural(static_cast<std::size_t>(domain.fewest), "element");
+    if (domain.most >= 0) range = std::to_string(domain.fewest) + " to " + Plural(static_cast<std::size_t>(domain.most), "element");
+    Add(Code::kElementCount, list.where,
+        "expected " + domain.text + (NatureOf(domain).empty() ? "" : " (" + range + ")") + ", found " + Plural(list.elements, "element"));
   }
   for (std::size_t element = at + 1; element < list.end; element = Value(element).end) {
     const WrittenValue& value = Value(element);
@@ -343,7 +509,10 @@ void FileChecker::CheckSelect(const Domain& domain, std::size_t at, int depth) {
   if (value.kind == Kind::Typed) {
     const auto type = domain.types.find(value.text);
     if (type == domain.types.end()) {
-      Add(Code::kForeignSelectType, value.where, value.text + " is no type of the select " + domain.text);
+      const std::vector<std::string> types = NamesOf(domain.types);
+      Add(Code::kForeignSelectType, value.where,
+          "expected " + domain.text + " (" + (types.empty() ? "a reference" : Some(types)) + "), found " + Description(value),
+          HintFor(value.text, types));
     } else if (value.elements != 1) {
       Add(Code::kWrongKind, value.where,
           "expected one value within " + value.text + "(...), found " + std::to_string(value.elements));
@@ -362,15 +531,19 @@ void FileChecker::CheckSelect(const Domain& domain, std::size_t at, int depth) {
     WrongKind(domain, value);
     return;
   }
+  auto example = std::find_if(domain.types.begin(), domain.types.end(),
+                              [&value](const auto& type) { return Suits(type.second->kind, value.kind); });
+  if (example == domain.types.end()) example = domain.types.begin();
   Add(Code::kUntypedSelectValue, value.where,
-      "expected " + domain.text + " with the name of a type, such as " + domain.types.begin()->first + "(...), found " +
-          Description(value));
+      "expected " + domain.text + " with the name of a type, such as " + example->first + "(...), found " + Description(value));
 }
 
 void FileChecker::CheckReference(const WrittenValue& value, const Domain& domain) {
-  const int kinds = value.text.size() > 18 ? -1 : Find(std::strtoll(value.text.c_str(), nullptr, 10));
+  const std::int64_t number = InstanceNumber(value.text.data(), value.text.data() + value.text.size());
+  const int kinds = Find(number);
   if (kinds < 0) {
-    Add(Code::kNoSuchInstance, value.where, "there is no instance #" + value.text);
+    // Of numbers that no instance may have it is said already.
+    if (number > 0 && number <= kGreatestInstance) Add(Code::kNoSuchInstance, value.where, "there is no instance #" + value.text);
     return;
   }
   bool isRight;
@@ -387,14 +560,15 @@ void FileChecker::CheckReference(const WrittenValue& value, const Domain& domain
 }
 
 void FileChecker::CheckItem(const WrittenValue& value, const Domain& domain) {
-  const std::string& item = value.text;
-  bool isRight;
-  if (domain.kind == Domain::Kind::Enumeration) {
-    isRight = std::binary_search(domain.items.begin(), domain.items.end(), item);
-  } else {
-    isRight = item == "T" || item == "F" || (item == "U" && domain.kind == Domain::Kind::Logical);
-  }
-  if (!isRight) Add(Code::kUnknownItem, value.where, domain.text + " has no item " + item);
+  using Type = Domain::Kind;
+  static const std::vector<std::string> kBoolean = {"F", "T"};
+  static const std::vector<std::string> kLogical = {"F", "T", "U"};
+  const std::vector<std::string>& items = domain.kind == Type::Enumeration ? domain.items
+                                          : domain.kind == Type::Boolean   ? kBoolean
+                                                                           : kLogical;
+  if (std::binary_search(items.begin(), items.end(), value.text)) return;
+  Add(Code::kUnknownItem, value.where, "expected an item of " + domain.text + " (" + Some(items) + "), found " + Description(value),
+      HintFor(value.text, items));
 }
 
 void FileChecker::CheckString(const WrittenValue& value, const Domain& domain) {
@@ -402,13 +576,14 @@ void FileChecker::CheckString(const WrittenValue& value, const Domain& domain) {
   if (mistake) {
     Place where = value.where;
     where.column += 1 + static_cast<int>(mistake->offset);
-    Add(mistake->isEscape ? Code::kBadEscape : Code::kNotUtf8, where, mistake->text);
+    Add(mistake->isEscape ? Code::kBadEscape : Code::kNotUtf8, where,
+        mistake->text + (mistake->isEscape ? "" : "; the string is taken for ISO 8859-1"));
   }
   if (domain.longest < 0) return;
   const std::string text = VELMAR::ConvertSTEPStringToUtf8(value.text);
   const auto length = static_cast<long>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
   if (length > domain.longest || (domain.isFixed && length < domain.longest)) {
-    Add(Code::kTooLong, value.where, "expected " + domain.text + ", found " + Plural(static_cast<std::size_t>(length), "character"));
+    Add(Code::kTooLong, value.where, "expected " + Expected(domain) + ", found " + Plural(static_cast<std::size_t>(length), "character"));
   }
 }
 
@@ -416,7 +591,7 @@ void FileChecker::CheckBinary(const WrittenValue& value, const Domain& domain) {
   if (domain.longest < 0 || value.text.empty()) return;
   const long bits = 4 * (static_cast<long>(value.text.size()) - 1) - (value.text[0] - '0');
   if (bits > domain.longest || (domain.isFixed && bits < domain.longest)) {
-    Add(Code::kTooLong, value.where, "expected " + domain.text + ", found " + Plural(static_cast<std::size_t>(bits), "bit"));
+    Add(Code::kTooLong, value.where, "expected " + Expected(domain) + ", found " + Plural(static_cast<std::size_t>(bits), "bit"));
   }
 }
 

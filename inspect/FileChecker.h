@@ -43,6 +43,9 @@ class FileChecker {
   void CheckRecord(const WrittenInstance& instance, const WrittenRecord& record, const Kinds& kinds);
   void CheckComplex(const WrittenInstance& instance, const Kinds& kinds);
   void CheckHeaderRecord(const WrittenRecord& record);
+  void CheckCount(const WrittenRecord& record, std::size_t expected);
+  bool CheckNumber(std::int64_t number, Place where);
+  void CheckNumerals(const WrittenRecord& record, const EntityRule* rule, std::size_t first);
   bool IsDerivedBy(const Kinds& kinds, const AttributeRule& attribute) const;
   void CheckParameter(const AttributeRule& attribute, bool isDerived, std::size_t at);
 
@@ -56,7 +59,9 @@ class FileChecker {
   void WrongKind(const Domain& domain, const WrittenValue& value);
 
   const WrittenValue& Value(std::size_t at) const { return record_->values[at]; }
-  void Add(Code code, Place where, std::string text);
+  void Add(Code code, Place where, std::string text, std::string hint = "");
+  std::string HintFor(const std::string& name, const std::vector<std::string>& names);
+  const std::string& SubtypesOf(const EntityRule& rule);
 
   const DataDictionary& dictionary_;
   Findings& findings_;
@@ -69,7 +74,9 @@ class FileChecker {
   bool isSorted_ = false;
   std::map<std::string, std::size_t> unknown_;      // how many records a type has that is unknown
   std::map<std::int64_t, Place> repeated_;       // numbers that are used more than once, and where first
-  std::map<std::string, std::size_t> headerRecords_;
+  std::map<std::string, Place> headerRecords_;   // where each stands first; on line 0 before it has been checked
+  std::map<const EntityRule*, std::string> subtypes_;  // of abstract entities, as a text
+  int hints_ = 0;
 
   // What is being checked.
   const WrittenInstance* instance_ = nullptr;

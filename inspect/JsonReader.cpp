@@ -18,6 +18,7 @@
 #include "BundledSchemas.h"
 #include "ExpRuntimeRegistry.h"
 #include "ExpUtilities.h"
+#include "Input.h"
 #include "JsonFormat.h"
 #include "JsonNumbers.h"
 #include "Scanner.h"
@@ -30,7 +31,6 @@ namespace {
 using VELMAR::Token;
 
 constexpr std::int64_t kHighestNumber = 1073741823;
-constexpr std::size_t kLongestToken = 32767;
 
 // Whether the text is one token of these kinds, and nothing else.
 bool IsToken(const std::string& text, std::initializer_list<int> kinds) {

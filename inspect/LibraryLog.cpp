@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 
 namespace velmar {
 
@@ -41,6 +42,29 @@ namespace {
 
 bool BeginsWith(const std::string& text, const char* start) { return text.compare(0, std::strlen(start), start) == 0; }
 
+// What the library says of syntax in the words of its grammar, in those of users; all else as it is.
+const std::string& Explained(const std::string& text) {
+  static const std::string kValue = "a value expected";
+  static const std::map<std::string, std::string> kTexts = {
+      {"EOF expected", "the end of the file expected"},
+      {"IDENT expected", "a name in capital letters expected"},
+      {"ENTITYINSTANCENAME expected", "the name of an instance, such as #1, expected"},
+      {"HEADER expected", "\"HEADER\" expected"},
+      {"DATA expected", "\"DATA\" expected"},
+      {"ENDSEC expected", "\"ENDSEC\" expected"},
+      {"invalid keyword", "the name of an entity type, in capital letters, expected"},
+      {"invalid entityInstance", "the name of an entity type, in capital letters, or \"(\" of a complex instance expected"},
+      {"invalid parameterArg", kValue},
+      {"invalid parameterExpAggr", kValue},
+      {"invalid parameterExpAggrSelect", kValue},
+      {"invalid parameter", kValue},
+      {"this symbol not expected in headerEntity", "\";\" expected behind the record of the header"},
+      {"this symbol not expected in entityInstance", "\";\" expected behind the instance"},
+  };
+  const auto explained = kTexts.find(text);
+  return explained == kTexts.end() ? text : explained->second;
+}
+
 // Adds what the library says of a place, which is about syntax, or about what is not kept. The walk over the file finds instances with
 // the same number, and numbers that are too great, and knows more about them.
 void AddPlaced(Findings& findings, Place place, const std::string& text) {
@@ -50,7 +74,7 @@ void AddPlaced(Findings& findings, Place place, const std::string& text) {
   const bool isRecord = BeginsWith(text, "of two records ") || BeginsWith(text, "there is a second record ");
   const std::size_t number = text.find('#');
   const int instance = (isScope || isRecord) && number != std::string::npos ? std::atoi(text.c_str() + number + 1) : 0;
-  findings.Add(isScope ? Code::kScope : isRecord ? Code::kRepeatedRecord : Code::kSyntax, place, text, instance);
+  findings.Add(isScope ? Code::kScope : isRecord ? Code::kRepeatedRecord : Code::kSyntax, place, Explained(text), instance);
 }
 
 }  // namespace

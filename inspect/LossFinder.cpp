@@ -3,13 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <cstdlib>
 #include <limits>
 #include <utility>
 
 #include "ExpRuntimeRegistry.h"
+#include "NumberRules.h"
 #include "Schemas.h"
 #include "Wording.h"
 
@@ -22,10 +21,6 @@ using VELMAR::ExpRuntimeRegistry;
 
 constexpr std::size_t kExamples = 3;        // how many instances a message names
 constexpr std::size_t kTypesNamed = 8;      // how many types one message names
-constexpr std::ptrdiff_t kShortReal = 200;  // real numbers of so many characters always fit 64 bits
-constexpr std::ptrdiff_t kShortExponent =
-    3;  // with an exponent of fewer digits, too, unless they are that long
-constexpr int kGreatestNumber = 1073741823;  // 2^30 - 1
 
 // The name of a user-defined type as the provider was asked for it.
 std::string WithoutMark(const std::string& type) { return type[0] == '!' ? type.substr(1) : type; }
@@ -57,7 +52,7 @@ void LossFinder::Look(const WrittenInstance& instance) {
 }
 
 void LossFinder::LookAtNumber(const WrittenInstance& instance) {
-  const bool canBeStored = instance.number > 0 && instance.number <= kGreatestNumber;
+  const bool canBeStored = instance.number > 0 && instance.number <= kGreatestInstance;
   if (canBeStored) {
     number_ = static_cast<int>(instance.number);
   } else {
@@ -105,14 +100,14 @@ void LossFinder::CheckNumber(std::int64_t number, const std::string& text, Place
   }
   const bool isKept = number <= std::numeric_limits<int>::max();
   findings_.Add(Code::kNumberTooHigh, place,
-                fmt::format("instance numbers end at #{}{}", kGreatestNumber, isKept ? "" : fmt::format("; {} is not kept", text)),
+                fmt::format("instance numbers end at #{}{}", kGreatestInstance, isKept ? "" : fmt::format("; {} is not kept", text)),
                 instance, attribute);
 }
 
 void LossFinder::NoteReference(const WrittenValue& value) {
   const char* const digits = value.text.data();
   const std::int64_t wanted = InstanceNumber(digits, digits + value.text.size());
-  if (wanted == 0 || wanted > kGreatestNumber) {
+  if (wanted == 0 || wanted > kGreatestInstance) {
     CheckNumber(wanted, "#" + value.text, value.where, number_, AttributeOf(value));
     return;
   }
@@ -127,17 +122,10 @@ void LossFinder::NoteReference(const WrittenValue& value) {
 }
 
 void LossFinder::RealValue(const WrittenValue& value) {
-  const char* const begin = value.text.data();
-  const char* const end = begin + value.text.size();
-  const char* last = end;  // behind what is no digit
-  while (last != begin && last[-1] >= '0' && last[-1] <= '9') --last;
-  const bool hasExponent = last != begin && last[-1] != '.';
-  if (end - begin <= kShortReal && !(hasExponent && end - last >= kShortExponent)) return;
-  const double number = std::strtod(begin, nullptr);
-  const bool isNotZero = std::any_of(begin, last, [](char c) { return c >= '1' && c <= '9'; });
-  if (!std::isinf(number) && (number != 0 || !isNotZero)) return;
+  const std::string becomes = BeyondRange(value.text);
+  if (becomes.empty()) return;
   findings_.Add(Code::kRealRange, value.where,
-                fmt::format("the real number does not fit 64 bits and becomes {}", number == 0 ? "0" : "infinite"), number_,
+                fmt::format("the real number does not fit 64 bits and becomes {}", becomes), number_,
                 AttributeOf(value));
 }
 

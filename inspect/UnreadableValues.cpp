@@ -10,6 +10,7 @@
 
 #include "ExpAttributeVisitor.h"
 #include "ExpCustomEntities.h"
+#include "Input.h"
 #include "Instances.h"
 #include "Wording.h"
 
@@ -20,7 +21,6 @@ namespace {
 using VELMAR::ExpAttribute;
 using VELMAR::ExpEntity;
 
-constexpr std::size_t kLongestToken = 32767;
 constexpr std::size_t kMostForAByte = 6;  // \X2\4E00\X0\ for two bytes of UTF-8
 constexpr std::size_t kExamples = 3;
 

@@ -22,7 +22,10 @@ namespace {
 // So many findings with a place are printed; what is beyond is counted.
 constexpr std::size_t kPrinted = 50;
 
-std::string CodeOf(const Finding& finding) { return fmt::format(" [{}]", NameOf(finding.code)); }
+// The end of a message.
+std::string CodeOf(const Finding& finding) {
+  return fmt::format(" [{}]{}{}", NameOf(finding.code), finding.hint.empty() ? "" : "; ", finding.hint);
+}
 
 std::string Shown(std::FILE* stream, Severity severity) {
   return Coloured(stream, Name(severity), severity == Severity::kError ? Style::kBoldRed : Style::kBoldYellow);
@@ -69,8 +72,11 @@ void PrintAsData(Findings& findings, std::size_t most) { PrintTo(stdout, finding
 
 void SayWhereReadingEnded() {
   if (FileBeingRead() == nullptr) return;
-  Say(fmt::format("{}: {}: the file holds a token of more than 32,767 characters and cannot be read [{}]\n",
-                  FileBeingRead(), Shown(stderr, Severity::kError), NameOf(Code::kLongToken)));
+  // The catalogue may be gone already.
+  Findings findings(FileBeingRead());
+  findings.Add({Code::kLongToken, Severity::kError, FindLongToken(FileBeingRead()), 0, "",
+                "a token of more than 32,767 characters begins here; the file cannot be read", ""});
+  Print(findings);
 }
 
 int Finish(Findings& findings, bool isQuiet) {

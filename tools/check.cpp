@@ -93,7 +93,9 @@ void AddCheck(CLI::App& program, Run& run) {
       ->allow_extra_args(false);
   CLI::Option* json = command->add_flag("--json", flags->json, "Prints an array with an object for each file");
   command->add_flag("--sarif", flags->sarif, "Prints a log in the format SARIF 2.1.0")->excludes(json);
-  command->footer(Footer("velmar check examples/bracket.stp"));
+  command->footer(
+      "Example: velmar check examples/bracket.stp\n\n"
+      "Exit status: 0 nothing was found; 1 something was found, errors or warnings; 2 wrong usage, or a file that cannot be read.");
   command->callback([flags, &run] { run = [flags] { return Check(*flags); }; });
 }
 

@@ -27,18 +27,19 @@ constexpr const char* kSchema =
     "ENTITY lists; a : ARRAY [0 : 1] OF OPTIONAL INTEGER; s : SET OF point; m : LIST OF LIST [2 : 2] OF INTEGER; END_ENTITY;"
     "ENTITY coded; k : code; END_ENTITY;"
     "ENTITY unit; d : INTEGER; END_ENTITY; ENTITY si SUBTYPE OF (unit); p : label; DERIVE SELF\\unit.d : INTEGER := 1; END_ENTITY;"
-    "ENTITY metric SUBTYPE OF (unit); END_ENTITY;";
+    "ENTITY metric SUBTYPE OF (unit); END_ENTITY;"
+    "TYPE pair = LIST [2 : 2] OF INTEGER; END_TYPE; ENTITY paired; p : pair; END_ENTITY;";
 
-// What is found in a file with these instances, which stand on line 1, as "column #number TYPE.attribute V028 text"; the
-// header is whole.
-std::vector<std::string> Found(const std::string& instances, const std::string& header =
-                                                                 "FILE_DESCRIPTION((''),'');FILE_NAME('','',(''),(''),'','','');"
-                                                                 "FILE_SCHEMA(('S'));") {
+constexpr const char* kHeader = "FILE_DESCRIPTION((''),'');FILE_NAME('','',(''),(''),'','','');FILE_SCHEMA(('S'));";
+
+// Before the instances, on their line.
+std::string Head(const std::string& header) { return "ISO-10303-21;HEADER;" + header + "ENDSEC;DATA;"; }
+
+Findings Checked(const std::string& instances, const std::string& header) {
   static const VELMAR::Express::SchemaText schema = VELMAR::Express::InSchema(kSchema);
   EXPECT_EQ(schema.diagnostics.ErrorCount(), 0u) << testing::PrintToString(schema.Findings());
   static const DataDictionary dictionary(*schema.model.schemas.front());
-  const std::string head = "ISO-10303-21;HEADER;" + header + "ENDSEC;DATA;";
-  const std::string text = head + instances + "ENDSEC;END-ISO-10303-21;";
+  const std::string text = Head(header) + instances + "ENDSEC;END-ISO-10303-21;";
   Findings findings("");
   FileChecker checker(dictionary, findings);
   for (const bool second : {false, true}) {
@@ -48,6 +49,21 @@ std::vector<std::string> Found(const std::string& instances, const std::string& 
     while (reader.Read(instance, second ? ValuesRead::All : ValuesRead::None)) second ? checker.Check(instance) : checker.Learn(instance);
   }
   checker.CheckWhole();
+  return findings;
+}
+
+std::vector<std::string> HintsFor(const std::string& instances) {
+  const Findings findings = Checked(instances, kHeader);
+  std::vector<std::string> hints;
+  for (const Finding& finding : findings.WithPlace()) hints.push_back(finding.hint);
+  return hints;
+}
+
+// What is found in a file with these instances, which stand on line 1, as "column #number TYPE.attribute V028 text"; the
+// header is whole.
+std::vector<std::string> Found(const std::string& instances, const std::string& header = kHeader) {
+  const std::string head = Head(header);
+  const Findings findings = Checked(instances, header);
   std::vector<std::string> lines;
   for (const Finding& finding : findings.WithPlace()) {
     const int column = finding.place.column - (finding.instance == 0 ? 0 : static_cast<int>(head.size()));
@@ -76,8 +92,8 @@ TEST(FileChecker, FindsUnknownTypesOnce) {
 
 TEST(FileChecker, FindsTooFewAndTooManyParameters) {
   EXPECT_THAT(Found("#1=POINT('a');"), ElementsAre("13 #1 POINT V011 expected 2 parameters, found 1"));
-  EXPECT_THAT(Found("#1=POINT('a',(1.),2);"), ElementsAre("4 #1 POINT V010 expected 2 parameters, found 3"));
-  EXPECT_THAT(Found("#1=(POINT((1.),2)SHAPE('a'));"), ElementsAre("5 #1 POINT V010 expected 1 parameter, found 2"));
+  EXPECT_THAT(Found("#1=POINT('a',(1.),2);"), ElementsAre("19 #1 POINT V010 expected 2 parameters, found 3"));
+  EXPECT_THAT(Found("#1=(POINT((1.),2)SHAPE('a'));"), ElementsAre("16 #1 POINT V010 expected 1 parameter, found 2"));
 }
 
 TEST(FileChecker, FindsValuesOfWrongKinds) {
@@ -85,18 +101,19 @@ TEST(FileChecker, FindsValuesOfWrongKinds) {
               ElementsAre("14 #1 VALUES_OF.i V028 expected integer, found the real number 1.",
                           "17 #1 VALUES_OF.r V028 expected real, found a string",
                           "21 #1 VALUES_OF.n V029 a value is required: expected number",
-                          "23 #1 VALUES_OF.b V028 expected boolean, found the integer 1",
-                          "25 #1 VALUES_OF.l V028 expected logical, found a reference",
-                          "28 #1 VALUES_OF.c V032 colour has no item BLUE",
+                          "23 #1 VALUES_OF.b V028 expected boolean (.T. or .F.), found the integer 1",
+                          "25 #1 VALUES_OF.l V028 expected logical (.T., .F. or .U.), found the reference #1",
+                          "28 #1 VALUES_OF.c V032 expected an item of colour (GREEN, RED), found .BLUE.",
                           "35 #1 VALUES_OF.y V028 expected binary (8), found the integer 3"));
-  EXPECT_THAT(Found("#1=POINT(LABEL('a'),1.);"), ElementsAre("10 #1 POINT.name V028 expected label, found LABEL(...)",
+  EXPECT_THAT(Found("#1=POINT(LABEL('a'),1.);"), ElementsAre("10 #1 POINT.name V028 expected label (a string of at most 5 characters), found LABEL(...)",
                                                              "21 #1 POINT.x V028 expected list [1 : 3] of real, found the real number 1."));
 }
 
 TEST(FileChecker, FindsItemsThatDoNotExist) {
   EXPECT_THAT(Found("#1=VALUES_OF(1,1.,2.,.U.,.TRUE.,.red.,\"0FF\");"), IsEmpty());  // no instance: a syntax error
   EXPECT_THAT(Found("#1=VALUES_OF(1,1.,2.,.U.,.TRUE.,.RED.,\"0FF\");"),
-              ElementsAre("22 #1 VALUES_OF.b V032 boolean has no item U", "26 #1 VALUES_OF.l V032 logical has no item TRUE"));
+              ElementsAre("22 #1 VALUES_OF.b V032 expected an item of boolean (F, T), found .U.",
+                          "26 #1 VALUES_OF.l V032 expected an item of logical (F, T, U), found .TRUE."));
 }
 
 TEST(FileChecker, FindsIntegersInPlaceOfRealNumbers) {
@@ -117,15 +134,16 @@ TEST(FileChecker, FindsDerivedValuesAndAsterisksElsewhere) {
 TEST(FileChecker, FindsWhatDoesNotBelongToASelect) {
   EXPECT_THAT(Found(std::string(kPoint) + "#2=PICKS(LABEL('a'),LEN(1.));#3=PICKS(LEN(1.,2.),$);#4=PICKS(LEN($),$);"
                                           "#5=PICKS(LEN('a'),$);#6=PICKS(MANY((LABEL('x'))),$);"),
-              ElementsAre("29 #2 PICKS.o V033 LABEL is no type of the select one", "40 #2 PICKS.t V033 LEN is no type of the select thing",
+              ElementsAre("29 #2 PICKS.o V033 expected one (COLOUR, LEN, MANY), found LABEL(...)",
+                          "40 #2 PICKS.t V033 expected thing (a reference), found LEN(...)",
                           "58 #3 PICKS.o V028 expected one value within LEN(...), found 2",
-                          "85 #4 PICKS.o V028 expected len, found $", "104 #5 PICKS.o V028 expected len, found a string",
-                          "127 #6 PICKS.o V033 LABEL is no type of the select one"));
+                          "85 #4 PICKS.o V028 expected len (a real number), found $", "104 #5 PICKS.o V028 expected len (a real number), found a string",
+                          "127 #6 PICKS.o V033 expected one (COLOUR, LEN, MANY), found LABEL(...)"));
 }
 
 TEST(FileChecker, FindsValuesOfSelectsWithoutATypeName) {
   EXPECT_THAT(Found("#1=PICKS(1.,2.);#2=PICKS(.RED.,(#1));"),
-              ElementsAre("10 #1 PICKS.o V034 expected one with the name of a type, such as COLOUR(...), found the real number 1.",
+              ElementsAre("10 #1 PICKS.o V034 expected one with the name of a type, such as LEN(...), found the real number 1.",
                           "13 #1 PICKS.t V028 expected thing, found the real number 2.",
                           "26 #2 PICKS.o V034 expected one with the name of a type, such as COLOUR(...), found .RED.",
                           "32 #2 PICKS.t V028 expected thing, found a list"));
@@ -133,8 +151,8 @@ TEST(FileChecker, FindsValuesOfSelectsWithoutATypeName) {
 
 TEST(FileChecker, FindsReferencesThatLeadNowhere) {
   EXPECT_THAT(Found("#2=LINE('',#1,#0);#3=PICKS(#99999999999999999999,#4);"),
-              ElementsAre("12 #2 LINE.p V035 there is no instance #1", "15 #2 LINE.q V035 there is no instance #0",
-                          "28 #3 PICKS.o V035 there is no instance #99999999999999999999",
+              ElementsAre("15 #2 LINE.q V013 instance numbers begin at #1", "12 #2 LINE.p V035 there is no instance #1",
+                          "28 #3 PICKS.o V014 instance numbers end at #1073741823",
                           "50 #3 PICKS.t V035 there is no instance #4"));
   EXPECT_THAT(Found("#2=LINE('',#5000000,#2000000);#1000000=POINT('',(1.));#2000000=POINT('',(1.));"),
               ElementsAre("12 #2 LINE.p V035 there is no instance #5000000"));
@@ -159,7 +177,7 @@ TEST(FileChecker, FindsNumbersThatAreUsedTwice) {
 TEST(FileChecker, FindsBadEscapesAndBytes) {
   EXPECT_THAT(Found("#1=POINT('a\\b',(1.));#2=POINT('\xE4',(1.));"),
               ElementsAre("12 #1 POINT.name V040 a backslash begins an escape; alone it is written \\\\",
-                          "32 #2 POINT.name V041 these bytes are not UTF-8"));
+                          "32 #2 POINT.name V041 these bytes are not UTF-8; the string is taken for ISO 8859-1"));
 }
 
 TEST(FileChecker, FindsTooManyAndTooFewElements) {
@@ -179,21 +197,61 @@ TEST(FileChecker, FindsUnsetElements) {
 TEST(FileChecker, FindsStringsAndBinaryValuesThatAreTooLong) {
   EXPECT_THAT(Found("#1=POINT('abcdef',(1.));#2=POINT('\\X2\\03B1\\X0\\''bcd',(1.));#3=CODED('a');#4=CODED('abc');"
                     "#5=VALUES_OF(1,1.,1,.T.,.T.,.RED.,\"1FFF\");"),
-              ElementsAre("10 #1 POINT.name V038 expected label, found 6 characters", "69 #3 CODED.k V038 expected code, found 1 character",
-                          "83 #4 CODED.k V038 expected code, found 3 characters",
+              ElementsAre("10 #1 POINT.name V038 expected label (a string of at most 5 characters), found 6 characters",
+                          "69 #3 CODED.k V038 expected code (a string of 2 characters), found 1 character",
+                          "83 #4 CODED.k V038 expected code (a string of 2 characters), found 3 characters",
                           "124 #5 VALUES_OF.y V038 expected binary (8), found 11 bits"));
 }
 
 TEST(FileChecker, FindsAbstractTypesAndMissingSupertypes) {
   EXPECT_THAT(Found("#1=SHAPE('');#2=(POINT((1.)));#3=(LINE(#1,$)SHAPE(''));"),
-              ElementsAre("4 #1 SHAPE V042 the entity is abstract: instances are of its subtypes",
+              ElementsAre("4 #1 SHAPE V042 the entity is abstract: expected one of its subtypes (LINE, POINT)",
                           "14 #2 POINT V043 the complex instance has no record of the supertype SHAPE",
                           "40 #3 LINE.p V036 expected point, found #1 (SHAPE)"));
 }
 
+TEST(FileChecker, FindsNumbersThatNoInstanceMayHave) {
+  EXPECT_THAT(Found("#1073741823=UNIT(1);#2=LINE('',#3,$);#3=POINT('',(1.));"), IsEmpty());
+  // Of numbers that cannot be kept, findings do not name the instance, and Found counts columns from the beginning of the line.
+  EXPECT_THAT(Found("#0=UNIT(1);#1073741824=UNIT(2);#99999999999999999999=UNIT(3);#88888888888888888888=UNIT(4);"),
+              ElementsAre(testing::EndsWith(" V013 instance numbers begin at #1"),
+                          testing::EndsWith(" V014 instance numbers end at #1073741823"),
+                          testing::EndsWith(" V014 instance numbers end at #1073741823"),
+                          testing::EndsWith(" V014 instance numbers end at #1073741823")));
+  EXPECT_THAT(Found("#1=NONE(#0);"), ElementsAre("9 #1 NONE V013 instance numbers begin at #1", "4 #1 NONE V008 S has no such entity"));
+}
+
+TEST(FileChecker, FindsRealNumbersOutOfRange) {
+  EXPECT_THAT(Found("#1=POINT('',(1.E308,1.E309,-1.E-400));"),
+              ElementsAre("21 #1 POINT.x V016 the real number does not fit 64 bits and becomes infinite",
+                          "28 #1 POINT.x V016 the real number does not fit 64 bits and becomes 0"));
+  EXPECT_THAT(Found("#1=(POINT((1.E309))SHAPE(''));"),
+              ElementsAre("12 #1 POINT.x V016 the real number does not fit 64 bits and becomes infinite"));
+}
+
+TEST(FileChecker, FindsRecordsThatAreUsedTwice) {
+  EXPECT_THAT(Found("#1=(METRIC()UNIT(1)UNIT(2));"),
+              ElementsAre(testing::StartsWith("20 #1 UNIT V051 the complex instance has a second record UNIT; first at 1:")));
+  EXPECT_THAT(Found("", "FILE_DESCRIPTION((''),'');FILE_NAME('','',(''),(''),'','','');FILE_SCHEMA(('S'));FILE_SCHEMA(('T'));"),
+              ElementsAre("102 FILE_SCHEMA V051 the header has a second record FILE_SCHEMA; first at 1:83"));
+}
+
+TEST(FileChecker, SaysHowManyElementsATypeWithANameHas) {
+  EXPECT_THAT(Found("#1=PAIRED((1));#2=PAIRED((1,2));#3=PAIRED(1);"),
+              ElementsAre("11 #1 PAIRED.p V037 expected pair (2 to 2 elements), found 1 element",
+                          "43 #3 PAIRED.p V028 expected pair (a list), found the integer 1"));
+}
+
+TEST(FileChecker, HasHintsForWhatIsMisspelt) {
+  EXPECT_EQ(HintsFor("#1=PIONT('a',(1.));"), std::vector<std::string>{"did you mean 'POINT'?"});
+  EXPECT_EQ(HintsFor("#1=VALUES_OF(1,1.,2,.T.,.T.,.GREN.,\"0FF\");"), std::vector<std::string>{"did you mean 'GREEN'?"});
+  EXPECT_EQ(HintsFor("#1=PICKS(COLOR(.RED.),$);"), std::vector<std::string>{"did you mean 'COLOUR'?"});
+  EXPECT_EQ(HintsFor("#1=ELEPHANT();"), std::vector<std::string>{""});
+}
+
 TEST(FileChecker, FindsMissingHeaderRecords) {
   EXPECT_THAT(Found("", "FILE_NAME('','',(''),(''),'','');FILE_SCHEMA(('S\\a'));"),
-              ElementsAre("21 FILE_NAME V011 expected 7 parameters, found 6",
+              ElementsAre("52 FILE_NAME V011 expected 7 parameters, found 6",
                           testing::HasSubstr("FILE_SCHEMA V040 a backslash begins an escape"),
                           "V044 the header has no FILE_DESCRIPTION"));
 }

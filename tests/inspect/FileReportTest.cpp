@@ -41,7 +41,7 @@ TEST_F(FileReportTest, ShowsAFindingWithItsSourceLineAndWhatItsCodeMeans) {
   const std::string page = PageOf(FileWith("#1=DIRECTION(3,(1.,0.));\n"));
   EXPECT_THAT(page, HasSubstr("<p class=\"verdict bad\">1 error, 0 warnings</p>"));
   EXPECT_THAT(page, HasSubstr("<li class=\"row\"><span class=\"severity error\">error</span> <span class=\"place\">8:14</span> "
-                              "<b>#1 DIRECTION.name </b> <bdi>expected label, found the integer 3</bdi> "
+                              "<b>#1 DIRECTION.name </b> <bdi>expected label (a string), found the integer 3</bdi> "
                               "<a class=\"code\" href=\"#V028\">V028</a><pre><bdi>#1=DIRECTION(<mark>3</mark>,(1.,0.));</bdi></pre></li>"));
   EXPECT_THAT(page, HasSubstr("<dt id=\"V028\">V028 "));
 }

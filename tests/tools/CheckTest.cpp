@@ -46,7 +46,7 @@ TEST_F(Check, SaysWhatIsWrongWhereAndWithWhat) {
   const Outcome outcome = Velmar({"in.stp"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out,
-            "in.stp:8:14: error: #1 DIRECTION.name: expected label, found the integer 3 [V028]\n"
+            "in.stp:8:14: error: #1 DIRECTION.name: expected label (a string), found the integer 3 [V028]\n"
             "  #1=DIRECTION(3,(1.,0.));\n"
             "               ^\n"
             "in.stp:9:15: error: #2 VECTOR.orientation: there is no instance #9 [V035]\n"
@@ -105,7 +105,7 @@ TEST_F(Check, GivesJson) {
   EXPECT_EQ(files[0]["findings"].size(), 3u);
   EXPECT_EQ(files[0]["findings"][0],
             json::parse(R"({"code": "V028", "severity": "error", "line": 8, "column": 14, "instance": 1,
-                            "attribute": "DIRECTION.name", "text": "expected label, found the integer 3",
+                            "attribute": "DIRECTION.name", "text": "expected label (a string), found the integer 3",
                             "hint": null})"));
   EXPECT_EQ(files[1]["findings"], json::array());
 }
@@ -122,7 +122,7 @@ TEST_F(Check, GivesSarif) {
   const json& result = run["results"][0];
   EXPECT_EQ(result["ruleId"], "V028");
   EXPECT_EQ(result["level"], "error");
-  EXPECT_EQ(result["message"]["text"], "#1 DIRECTION.name: expected label, found the integer 3");
+  EXPECT_EQ(result["message"]["text"], "#1 DIRECTION.name: expected label (a string), found the integer 3");
   const json& place = result["locations"][0]["physicalLocation"];
   EXPECT_EQ(place["artifactLocation"]["uri"], "a%20b.stp");
   EXPECT_EQ(place["region"]["startLine"], 8);
@@ -163,11 +163,25 @@ TEST_F(Check, ComparesWithTheSchemaOfAnExpressText) {
   const Outcome outcome = Velmar({"in.stp", "--express", "gears.exp"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("#2 GEAR.teeth: expected integer, found a string [V028]\n"),
-                                 HasSubstr("#2 GEAR.made_of: material has no item WOOD [V032]\n"), Not(HasSubstr("#1 "))));
+                                 HasSubstr("#2 GEAR.made_of: expected an item of material (BRASS, STEEL), found .WOOD. [V032]\n"), Not(HasSubstr("#1 "))));
   Write("wrong.exp", "SCHEMA gears; ENTITY gear; teeth : INTEGR; END_ENTITY; END_SCHEMA;\n");
   const Outcome wrong = Velmar({"in.stp", "--express", "wrong.exp"});
   EXPECT_EQ(wrong.status, 2);
   EXPECT_THAT(wrong.err, HasSubstr("wrong.exp has errors"));
+}
+
+TEST_F(Check, ExitsWith1WhereThereAreWarningsOnly) {
+  Write("in.stp", FileWith("#1=DIRECTION('',(1,0.));\n"));
+  const Outcome outcome = Velmar({"in.stp"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "in.stp: 0 errors, 1 warning\n");
+}
+
+TEST_F(Check, SaysWhatAMisspeltNameMayMean) {
+  Write("in.stp", FileWith("#1=DIRECTOIN('',(1.,0.));\n"));
+  EXPECT_THAT(Velmar({"in.stp"}).out, HasSubstr("AUTOMOTIVE_DESIGN has no such entity [V008]; did you mean 'DIRECTION'?\n"));
+  const json files = json::parse(Velmar({"in.stp", "--json"}).out);
+  EXPECT_EQ(files[0]["findings"][0]["hint"], "did you mean 'DIRECTION'?");
 }
 
 TEST_F(Check, FindsADamagedByteOrderMark) {

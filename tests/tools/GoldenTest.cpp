@@ -1,12 +1,11 @@
 // Commands on files of the repository, and all that they print: golden/NAME.txt has what is expected.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "RunProgram.h"
+#include "Transcript.h"
 
 namespace {
 
@@ -39,22 +38,8 @@ std::string Lasting(std::string text) {
 class GoldenOutput : public testing::TestWithParam<Golden> {};
 
 TEST_P(GoldenOutput, IsAsBefore) {
-  std::vector<std::string> command = {VELMAR_PROGRAM};
-  command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());
-  Setting setting;
-  setting.directory = SOURCE_FOLDER;
-  const Outcome outcome = RunProgram(command, setting);
-  std::string line = "$ velmar";
-  for (const std::string& argument : GetParam().arguments) line += " " + argument;
-  const std::string text = line + "\n" + Lasting(outcome.out) + "-- messages\n" + outcome.err +
-                           "-- exit status " + std::to_string(outcome.status) + "\n";
-
-  const std::string golden = std::string(SOURCE_FOLDER "/tests/tools/golden/") + GetParam().name + ".txt";
-  const std::string expected = ReadFile(golden);
-  if (text == expected) return;
-  const std::string made = testing::TempDir() + "velmar-golden-" + GetParam().name + ".txt";
-  std::ofstream(made) << text;
-  EXPECT_EQ(text, expected) << "If this is as it should be: cp " << made << " " << golden;
+  ExpectGolden(Lasting(TranscriptOf(GetParam().arguments, SOURCE_FOLDER)),
+               std::string(SOURCE_FOLDER "/tests/tools/golden/") + GetParam().name + ".txt");
 }
 
 const char kSample[] = "examples/bracket.stp";

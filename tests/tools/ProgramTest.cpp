@@ -228,7 +228,8 @@ TEST(VelmarProgram, ATokenOf32767CharactersIsReadAndALongerOneIsReported) {
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            in + ": error: the file holds a token of more than 32,767 characters and cannot be read [V005]\n");
+            in + ":8:20: error: a token of more than 32,767 characters begins here; the file cannot be read [V005]\n  #1=CARTESIAN_POINT('" +
+                std::string(80, 'x') + "\n                     ^\n");
 }
 
 TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
@@ -236,7 +237,7 @@ TEST(VelmarProgram, MessagesHoldNoControlCharactersOfTheFile) {
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith("#1=\x1B[31m\x07;\n" + kPoint));
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: invalid entityInstance [V001]\n  #1= [31m ;\n     ^\n"));
+  EXPECT_THAT(outcome.err, StartsWith(in + ":8:4: error: the name of an entity type, in capital letters, or \"(\" of a complex instance expected [V001]\n  #1= [31m ;\n     ^\n"));
 }
 
 TEST(VelmarProgram, CountsMoreMessagesThanItKeeps) {
@@ -256,7 +257,7 @@ TEST(VelmarProgram, OfManyMessages50AreShownAndTheOthersCounted) {
   const std::string in = WriteFile(directory.Path("in.stp"), FileWith(data));
   const Outcome outcome = RunProgram({kVelmar, "info", in});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: invalid entityInstance [V001]\n  #50=;\n"));
+  EXPECT_THAT(outcome.err, HasSubstr(in + ":57:5: error: the name of an entity type, in capital letters, or \"(\" of a complex instance expected [V001]\n  #50=;\n"));
   EXPECT_THAT(outcome.err, testing::Not(HasSubstr("#51=;")));
   EXPECT_THAT(outcome.err, HasSubstr(in + ": 10 more messages not shown\n"));
 }

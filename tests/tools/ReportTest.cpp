@@ -44,7 +44,7 @@ TEST_F(Report, ExitStatusSaysWhetherTheFileHasErrors) {
   Outcome outcome = Velmar({"bad.stp", "-o", "out.html"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "bad.stp: 1 error, 0 warnings\n");
-  EXPECT_THAT(ReadFile(directory_.Path("out.html")), HasSubstr("expected label, found the integer 3"));
+  EXPECT_THAT(ReadFile(directory_.Path("out.html")), HasSubstr("expected label (a string), found the integer 3"));
   outcome = Velmar({"bad.stp", "-o", "out.html", "--quiet"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "");
