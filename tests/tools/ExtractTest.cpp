@@ -135,9 +135,9 @@ TEST_F(ExtractAndMergeOfJson, DoNotWritePart21UnderTheNameOfAnotherFormat) {
 TEST_F(MergeFiles, OfATokenThatIsTooLongSayWhere) {
   WriteFile(directory_.Path("in.stp"), FileWith(kPoint));
   WriteFile(directory_.Path("long.stp"), FileWith("#1=COLOUR('" + std::string(40000, 'x') + "');\n"));
-  const std::string expected = "long.stp: error: the file holds a token of more than 32,767 characters and cannot be read [V005]\n";
-  EXPECT_EQ(Velmar({"merge", "in.stp", "long.stp", "-o", "out.stp"}).err, expected);
-  EXPECT_EQ(Velmar({"extract", "long.stp", "1", "-o", "out.stp"}).err, expected);
+  const auto says = testing::StartsWith("long.stp:8:11: error: a token of more than 32,767 characters begins here; the file cannot be read [V005]\n");
+  EXPECT_THAT(Velmar({"merge", "in.stp", "long.stp", "-o", "out.stp"}).err, says);
+  EXPECT_THAT(Velmar({"extract", "long.stp", "1", "-o", "out.stp"}).err, says);
 }
 
 TEST_F(MergeFiles, OfOneSchemaOnly) {

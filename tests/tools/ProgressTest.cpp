@@ -119,7 +119,7 @@ TEST(ProgressOnATerminal, LeavesTheLineToMessages) {
   for (const char* command : {"info", "check", "tree"}) {
     const auto ended = OnATerminal({kVelmar, command, WriteFile(directory.Path("long.stp"), longToken)}, terminal);
     EXPECT_THAT(*ended, HasSubstr("ing ["));
-    EXPECT_THAT(*ended, HasSubstr(" \r" + directory.Path("long.stp") + ": error: the file holds a token of more than 32,767 characters"));
+    EXPECT_THAT(*ended, HasSubstr(" \r" + directory.Path("long.stp") + ":9:11: error: a token of more than 32,767 characters begins here;"));
   }
 }
 
