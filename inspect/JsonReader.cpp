@@ -32,9 +32,10 @@ using VELMAR::Token;
 
 constexpr std::int64_t kHighestNumber = 1073741823;
 
-// Whether the text is one token of these kinds, and nothing else.
+// Whether the text is one token of these kinds, and nothing else. One with a carriage return is read as another, with a line feed.
 bool IsToken(const std::string& text, std::initializer_list<int> kinds) {
-  if (text.empty() || text.size() > kLongestToken || text[0] == '\xEF' || text.find('\0') != std::string::npos) return false;
+  if (text.empty() || text.size() > kLongestToken || text[0] == '\xEF') return false;
+  if (text.find('\0') != std::string::npos || text.find('\r') != std::string::npos) return false;
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
   const Token* token = scanner.Scan();
   const bool isOfKind = std::find(kinds.begin(), kinds.end(), token->kind) != kinds.end();

@@ -255,6 +255,8 @@ const ErrorCase kInstanceErrors[] = {
      R"(2:42: "binary" has a string of hexadecimal digits behind 0, 1, 2 or 3)"},
     {R"({"id":1,"type":"A","values":[{"part21":"1),(2"}]})",
      R"(2:46: "part21" has a number, string, binary or reference as Part 21 has it)"},
+    {R"({"id":1,"type":"A","values":[{"part21":"'\\X2\\D83D\r\\X0\\'"}]})",
+     R"(2:61: "part21" has a number, string, binary or reference as Part 21 has it)"},
     {R"({"id":1,"type":"A","values":[1 2]})", "2:33: no JSON: syntax error while parsing array - unexpected number literal; expected ']'"},
     {"{\"id\":1,\"type\":\"A\",\"values\":[\"\xFF\"]}", "2:31: no JSON: syntax error while parsing value - invalid string: ill-formed UTF-8 byte"},
 };
