@@ -13,6 +13,7 @@
 
 #include "ExpUtilities.h"
 #include "Input.h"
+#include "NumberRules.h"
 #include "Part21Source.h"
 #include "Population.h"
 #include "ReplaceFile.h"
@@ -25,7 +26,6 @@ namespace {
 
 using VELMAR::Token;
 
-constexpr std::int64_t kHighestNumber = 1073741823;
 constexpr const char* kEnd = "ENDSEC;\nEND-ISO-10303-21;\n";
 
 [[noreturn]] void ThrowNoData(const std::string& path) { throw std::runtime_error(path + " has no DATA section"); }
@@ -141,7 +141,7 @@ Text Merge(const std::vector<std::string>& paths, const Progress& progress) {
         inData = false;
       } else if (token->kind == Token::EntityInstanceName && inData) {
         const std::int64_t number = std::wcstoll(token->val + 1, nullptr, 10);
-        if (number > kHighestNumber - offset) {
+        if (number > kGreatestInstance - offset) {
           throw std::runtime_error(fmt::format("{}:{}:{}: the instance numbers become too high", path, token->line, token->col));
         }
         highest = std::max(highest, number + offset);

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "ExpUtilities.h"
+#include "NumberRules.h"
 #include "Part21Source.h"
 #include "WrittenInstances.h"
 
@@ -18,8 +19,6 @@ namespace {
 
 using VELMAR::ExpAttribute;
 using VELMAR::ExpEntity;
-
-constexpr std::int64_t kGreatestNumber = 1073741823;  // 2^30 - 1
 
 RecordView RecordOf(ExpEntity& entity, int begin) {
   RecordView record = {&entity.GetExpClassName(), {}};
@@ -76,7 +75,7 @@ std::map<int, Place> FindPlaces(const std::string& path, const std::set<int>& nu
   const Part21Source source(path, all.Part(0, Part21Source::kShareOfJson));
   // Of a number that is used twice, the later instance is the one that is kept.
   const auto find = [&](const WrittenInstance& instance) {
-    if (instance.number > kGreatestNumber) return;
+    if (instance.number > kGreatestInstance) return;
     const int number = static_cast<int>(instance.number);
     if (numbers.count(number) != 0) places[number] = instance.where;
   };
@@ -88,7 +87,7 @@ int ParseInstanceNumber(const std::string& text) {
   const std::string digits = text.substr(!text.empty() && text[0] == '#' ? 1 : 0);
   const bool isNumber = !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
   const std::int64_t number = isNumber ? InstanceNumber(digits.data(), digits.data() + digits.size()) : 0;
-  if (number == 0 || number > kGreatestNumber) {
+  if (number == 0 || number > kGreatestInstance) {
     throw std::invalid_argument(fmt::format("'{}' is no instance number; #12 and 12 are", text));
   }
   return static_cast<int>(number);

@@ -21,6 +21,7 @@
 #include "Input.h"
 #include "JsonFormat.h"
 #include "JsonNumbers.h"
+#include "NumberRules.h"
 #include "Scanner.h"
 #include "Wording.h"
 
@@ -29,8 +30,6 @@ namespace velmar {
 namespace {
 
 using VELMAR::Token;
-
-constexpr std::int64_t kHighestNumber = 1073741823;
 
 // Whether the text is one token of these kinds, and nothing else. One with a carriage return is read as another, with a line feed.
 bool IsToken(const std::string& text, std::initializer_list<int> kinds) {
@@ -212,7 +211,7 @@ class JsonReader {
   bool number_float(double, const std::string& text) {
     isBehindNumber_ = true;
     if (text.size() >= kLongestToken) Fail("the number is too long");
-    if (text.find_first_of(".eE") == std::string::npos) return Integer(text, text[0] == '-' ? -1 : kHighestNumber + 1);
+    if (text.find_first_of(".eE") == std::string::npos) return Integer(text, text[0] == '-' ? -1 : kGreatestInstance + 1);
     return Plain(RealOfJson(text));
   }
 
@@ -479,7 +478,7 @@ class JsonReader {
         if (value != kJsonVersion) FailExpected();
         break;
       case Key::Id:
-        if (!isNumber || value > kHighestNumber) FailExpected();
+        if (!isNumber || value > kGreatestInstance) FailExpected();
         number_ = value;
         break;
       case Key::Ref:

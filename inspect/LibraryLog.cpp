@@ -36,10 +36,6 @@ std::string ReasonUnreadable(const std::string& logged, int error) {
   return "";
 }
 
-}  // namespace
-
-namespace {
-
 bool BeginsWith(const std::string& text, const char* start) { return text.compare(0, std::strlen(start), start) == 0; }
 
 // What the library says of syntax in the words of its grammar, in those of users; all else as it is.

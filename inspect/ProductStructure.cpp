@@ -15,6 +15,7 @@
 
 #include "Checking.h"
 #include "ExpUtilities.h"
+#include "NumberRules.h"
 #include "Part21Source.h"
 #include "Population.h"
 #include "Wording.h"
@@ -179,8 +180,7 @@ class Seen {
 
 // Of an instance, as findings have it.
 int FindingNumber(std::int64_t number) {
-  constexpr std::int64_t kHighest = 1073741823;
-  return number > 0 && number <= kHighest ? static_cast<int>(number) : 0;
+  return number > 0 && number <= kGreatestInstance ? static_cast<int>(number) : 0;
 }
 
 class Reader {
