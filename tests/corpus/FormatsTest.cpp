@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -27,6 +28,16 @@ class Formats : public CorpusFile {
   TemporaryDirectory directory_;
 };
 
+// Without the time stamp, which is that of writing where a file has none.
+std::string Timeless(const std::string& part21) {
+  constexpr const char* kBehindName = "', '";
+  const std::size_t record = part21.find("\nFILE_NAME('");
+  const std::size_t stamp = record == std::string::npos ? record : part21.find(kBehindName, record);
+  if (stamp == std::string::npos) return part21;
+  const std::size_t begin = stamp + std::strlen(kBehindName);
+  return part21.substr(0, begin) + part21.substr(part21.find('\'', begin));
+}
+
 TEST_P(Formats, HaveAllInstances) {
   const std::string file = (Corpus() / GetParam()).string();
   const int status = Convert(file, "plain.stp");
@@ -35,10 +46,10 @@ TEST_P(Formats, HaveAllInstances) {
     EXPECT_FALSE(fs::exists(Path("a.json")));
     return;
   }
-  const std::string plain = ReadFile(Path("plain.stp"));
+  const std::string plain = Timeless(ReadFile(Path("plain.stp")));
   EXPECT_EQ(Convert(file, "a.json"), status);
   Convert(Path("a.json"), "back.stp");
-  EXPECT_TRUE(ReadFile(Path("back.stp")) == plain);
+  EXPECT_TRUE(Timeless(ReadFile(Path("back.stp"))) == plain);
   Convert(Path("a.json"), "b.json");
   EXPECT_TRUE(ReadFile(Path("b.json")) == ReadFile(Path("a.json")));
 
