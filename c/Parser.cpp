@@ -484,11 +484,20 @@ void Parser::exportList() {
   Expect(Token::Slash);
 }
 
+namespace {
+
+bool IsHeaderType(const std::string& name) {
+  return name == "FILE_DESCRIPTION" || name == "FILE_NAME" || name == "FILE_SCHEMA";
+}
+
+}  // namespace
+
 // simpleRecord = keyword "(" [ entityParameterList ] ")" .
 void Parser::simpleRecord(ExpEntity*& entity, Place place, std::string& name) {
   const bool inComplex = place == Place::Complex;
   const bool isUserDefined = keyword(name);
-  if (!skipHeader_) entity = Create(name);
+  const bool isForeign = keepsEverything_ && place == Place::Header && (isUserDefined || !IsHeaderType(name));
+  if (!skipHeader_ && !isForeign) entity = Create(name);
   if (keepsEverything_ && !skipHeader_) KeepRecord(entity, place, name, isUserDefined);
   bool ok = true;
   int reached = -1;
@@ -755,9 +764,7 @@ void Parser::enumeration(Family family, ExpAttribute* target) {
 // the "!" that it does not know of.
 void Parser::KeepRecord(ExpEntity*& entity, Place place, const std::string& name, bool isUserDefined) {
   const bool isInHeader = place == Place::Header;
-  const bool isWritten = entity != nullptr && KnownClasses::KindOf(*entity) != ClassKind::ComplexEntity &&
-                         (!isInHeader || (!isUserDefined && (name == "FILE_DESCRIPTION" || name == "FILE_NAME" ||
-                                                             name == "FILE_SCHEMA")));
+  const bool isWritten = entity != nullptr && KnownClasses::KindOf(*entity) != ClassKind::ComplexEntity;
   if (isWritten) {
     if (isUserDefined) KeptRecord::Of(*entity).isUserDefined = true;
   } else if (!name.empty()) {

@@ -232,6 +232,21 @@ TEST(KeepEverything, InstancesOfTheDataStayApartFromTheHeaderOfTheirType) {
   }
 }
 
+TEST(KeepEverything, UserDefinedRecordsOfTheHeaderAreNoneOfItsTypes) {
+  ExpFile file;
+  file.KeepEverything(true);
+  CapturedLog log;
+  Read(file, "ISO-10303-21;\nHEADER;\n!FILE_SCHEMA(('MINE'));\nFILE_DESCRIPTION((''),'1');\nFILE_NAME('','t',(''),(''),'','','');\n"
+             "FILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n");
+  std::list<ExpEntity*> schemas;
+  file.GetEntities(schemas, "FILE_SCHEMA", false);
+  EXPECT_EQ(schemas.size(), 1u);
+  EXPECT_EQ(file.GetSchemaName(), "AUTOMOTIVE_DESIGN");
+  std::ostringstream text;
+  file.WriteHeaderSection(text);
+  EXPECT_THAT(text.str(), HasSubstr("\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n!FILE_SCHEMA(('MINE'));\n"));
+}
+
 TEST(KeepEverything, ReferencesInKeptValuesAreRaisedByAppend) {
   ExpFile file;
   file.KeepEverything(true);
