@@ -317,8 +317,6 @@ void ExpFile::WriteEncodingEnd(std::ostream& os) { os << "END-ISO-10303-21;\n"; 
 ExpEntity* ExpFile::HeaderEntity(const std::string& typeName) {
   std::list<ExpEntity*> entities;
   GetEntities(entities, typeName, true);
-  // An instance of the data that has such a type is no record of the header.
-  if (KeepsEverything()) entities.remove_if([](ExpEntity* entity) { return entity->GetEntityNumber() >= 0; });
   return entities.empty() ? CreateEntity(typeName) : entities.front();
 }
 

@@ -496,7 +496,8 @@ bool IsHeaderType(const std::string& name) {
 void Parser::simpleRecord(ExpEntity*& entity, Place place, std::string& name) {
   const bool inComplex = place == Place::Complex;
   const bool isUserDefined = keyword(name);
-  const bool isForeign = keepsEverything_ && place == Place::Header && (isUserDefined || !IsHeaderType(name));
+  // The header has its own types, and the data none of them.
+  const bool isForeign = keepsEverything_ && (place == Place::Header ? isUserDefined || !IsHeaderType(name) : IsHeaderType(name));
   if (!skipHeader_ && !isForeign) entity = Create(name);
   if (keepsEverything_ && !skipHeader_) KeepRecord(entity, place, name, isUserDefined);
   bool ok = true;

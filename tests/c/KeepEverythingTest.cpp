@@ -232,6 +232,22 @@ TEST(KeepEverything, InstancesOfTheDataStayApartFromTheHeaderOfTheirType) {
   }
 }
 
+TEST(KeepEverything, PartsOfInstancesStayApartFromTheHeaderOfTheirType) {
+  // With a number, and without one, which is a mistake.
+  for (const std::string record : {"#1=(!FILE_SCHEMA(('MINE'))POINT());", "#1=(FILE_SCHEMA(('MINE'))POINT());", "(!FILE_SCHEMA(('MINE'))POINT());",
+                                   "(FILE_SCHEMA(('MINE'))POINT());"}) {
+    ExpFile file;
+    file.KeepEverything(true);
+    CapturedLog log;
+    Read(file, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'1');\nFILE_NAME('','t',(''),(''),'','','');\nENDSEC;\nDATA;\n" + record +
+                   "\nENDSEC;\nEND-ISO-10303-21;\n");
+    std::ostringstream text;
+    file.WriteHeaderSection(text);
+    EXPECT_THAT(text.str(), HasSubstr("\nFILE_SCHEMA((")) << record;
+    EXPECT_THAT(text.str(), Not(HasSubstr("MINE"))) << record;
+  }
+}
+
 TEST(KeepEverything, UserDefinedRecordsOfTheHeaderAreNoneOfItsTypes) {
   ExpFile file;
   file.KeepEverything(true);
