@@ -25,7 +25,7 @@ struct Command {
 
 void PrintTo(const Command& command, std::ostream* os) { *os << command.name; }
 
-class ProgressOf : public testing::TestWithParam<Command> {
+class ProgressOf : public WithTerminal<testing::TestWithParam<Command>> {
  protected:
   std::vector<std::string> Words(bool isQuiet) {
     std::vector<std::string> words = {kVelmar};
@@ -49,14 +49,13 @@ TEST_P(ProgressOf, IsShownOnATerminalOnlyAndNotWithQuiet) {
   TerminalSetting terminal;
   terminal.preloaded = VELMAR_FAST_CLOCK;
   const auto shown = OnATerminal(Words(false), terminal);
-  if (!shown) GTEST_SKIP() << "there are no pseudo terminals here";
   std::size_t at = 0;
   for (const std::string& bar : GetParam().bars) {
-    at = shown->find('\r' + bar + " [", at);
-    ASSERT_NE(at, std::string::npos) << bar << " in " << *shown;
+    at = shown.find('\r' + bar + " [", at);
+    ASSERT_NE(at, std::string::npos) << bar << " in " << shown;
   }
-  EXPECT_THAT(ShownAtTheEnd(*shown), Not(HasSubstr("[")));
-  EXPECT_THAT(*OnATerminal(Words(true), terminal), Not(HasSubstr("\r")));
+  EXPECT_THAT(ShownAtTheEnd(shown), Not(HasSubstr("[")));
+  EXPECT_THAT(OnATerminal(Words(true), terminal), Not(HasSubstr("\r")));
 
   Setting setting;
   setting.before = [] {
@@ -66,7 +65,7 @@ TEST_P(ProgressOf, IsShownOnATerminalOnlyAndNotWithQuiet) {
   };
   EXPECT_THAT(RunProgram(Words(false), setting).err, Not(HasSubstr("\r")));
   terminal.kind = "dumb";
-  EXPECT_THAT(*OnATerminal(Words(false), terminal), Not(HasSubstr("\r")));
+  EXPECT_THAT(OnATerminal(Words(false), terminal), Not(HasSubstr("\r")));
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryCommand, ProgressOf,
@@ -87,39 +86,38 @@ INSTANTIATE_TEST_SUITE_P(EveryCommand, ProgressOf,
                                          Command{"tree", {"tree", "IN"}, {"reading"}}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ProgressOnATerminal, OfWhatIsQuicklyDoneIsNotShown) {
+using ProgressOnATerminal = WithTerminal<testing::Test>;
+
+TEST_F(ProgressOnATerminal, OfWhatIsQuicklyDoneIsNotShown) {
   TemporaryDirectory directory;
   const auto shown = OnATerminal({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(kPoint))});
-  if (!shown) GTEST_SKIP() << "there are no pseudo terminals here";
-  EXPECT_EQ(*shown, "");
+  EXPECT_EQ(shown, "");
 }
 
-TEST(ProgressOnATerminal, IsAsWideAsTheTerminalAllows) {
+TEST_F(ProgressOnATerminal, IsAsWideAsTheTerminalAllows) {
   TemporaryDirectory directory;
   TerminalSetting terminal;
   terminal.preloaded = VELMAR_FAST_CLOCK;
   terminal.columns = 30;
   const auto shown = OnATerminal({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(kPoint))}, terminal);
-  if (!shown) GTEST_SKIP() << "there are no pseudo terminals here";
-  EXPECT_THAT(*shown, testing::ContainsRegex("\rreading \\[[= ]{13}\\] "));
+  EXPECT_THAT(shown, testing::ContainsRegex("\rreading \\[[= ]{13}\\] "));
 }
 
-TEST(ProgressOnATerminal, LeavesTheLineToMessages) {
+TEST_F(ProgressOnATerminal, LeavesTheLineToMessages) {
   TemporaryDirectory directory;
   TerminalSetting terminal;
   terminal.preloaded = VELMAR_FAST_CLOCK;
   terminal.noColour = "1";
   const std::string missing = directory.Path("none.stp");
   const auto shown = OnATerminal({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(kPoint)), missing}, terminal);
-  if (!shown) GTEST_SKIP() << "there are no pseudo terminals here";
-  EXPECT_THAT(*shown, HasSubstr("reading ["));
-  EXPECT_THAT(*shown, HasSubstr(" \rvelmar: error: " + missing + " does not exist\n"));
+  EXPECT_THAT(shown, HasSubstr("reading ["));
+  EXPECT_THAT(shown, HasSubstr(" \rvelmar: error: " + missing + " does not exist\n"));
 
   const std::string longToken = FileWith(kPoint + "#2=COLOUR('" + std::string(40000, 'x') + "');\n");
   for (const char* command : {"info", "check", "tree"}) {
     const auto ended = OnATerminal({kVelmar, command, WriteFile(directory.Path("long.stp"), longToken)}, terminal);
-    EXPECT_THAT(*ended, HasSubstr("ing ["));
-    EXPECT_THAT(*ended, HasSubstr(" \r" + directory.Path("long.stp") + ":9:11: error: a token of more than 32,767 characters begins here;"));
+    EXPECT_THAT(ended, HasSubstr("ing ["));
+    EXPECT_THAT(ended, HasSubstr(" \r" + directory.Path("long.stp") + ":9:11: error: a token of more than 32,767 characters begins here;"));
   }
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -10,8 +11,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
-#include <optional>
+#include <cstring>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,12 +30,50 @@ struct TerminalSetting {
   const char* preloaded = nullptr;  ///< a library (LD_PRELOAD)
 };
 
-/// All that a program writes to standard error where that is a terminal; nothing where there are no pseudo terminals.
-inline std::optional<std::string> OnATerminal(const std::vector<std::string>& command, const TerminalSetting& terminal = {}) {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY);
-  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return std::nullopt;
-  const std::string slave = ptsname(master);
-  const int held = open(slave.c_str(), O_RDWR | O_NOCTTY);  // keeps what was written until it is read
+/// Both ends of a pseudo terminal. Throws std::runtime_error where there is none to be had.
+class PseudoTerminal {
+ public:
+  PseudoTerminal() : master_(posix_openpt(O_RDWR | O_NOCTTY)) {
+    const bool isThere = master_ >= 0 && grantpt(master_) == 0 && unlockpt(master_) == 0;
+    if (isThere) slave_ = open(ptsname(master_), O_RDWR | O_NOCTTY);
+    if (slave_ >= 0) return;
+    const std::string reason = std::strerror(errno);
+    if (master_ >= 0) close(master_);
+    throw std::runtime_error("no pseudo terminal: " + reason);
+  }
+  ~PseudoTerminal() {
+    close(slave_);
+    close(master_);
+  }
+  PseudoTerminal(const PseudoTerminal&) = delete;
+  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+  int Master() const { return master_; }
+  int Slave() const { return slave_; }  ///< while it is open, what was written waits to be read
+
+ private:
+  int master_;
+  int slave_ = -1;
+};
+
+/// A fixture whose tests are skipped where the system has no pseudo terminals, a container without /dev/pts for instance.
+template <class Base>
+class WithTerminal : public Base {
+ protected:
+  void SetUp() override {
+    try {
+      const PseudoTerminal terminal;
+    } catch (const std::runtime_error& error) {
+      GTEST_SKIP() << error.what();
+    }
+  }
+};
+
+/// All that a program writes to standard error where that is a terminal. Throws as PseudoTerminal does.
+inline std::string OnATerminal(const std::vector<std::string>& command, const TerminalSetting& terminal = {}) {
+  const PseudoTerminal both;
+  const int master = both.Master();
+  const int held = both.Slave();
   termios mode = {};
   tcgetattr(held, &mode);
   cfmakeraw(&mode);
@@ -68,8 +109,6 @@ inline std::optional<std::string> OnATerminal(const std::vector<std::string>& co
   RunProgram(command, setting);
   hasEnded = true;
   reader.join();
-  close(held);
-  close(master);
   return all;
 }
 
