@@ -16,6 +16,7 @@
 #include "ExpLogging.h"
 #include "ExpSchemaLibrary.h"
 #include "KeptValues.h"
+#include "NumberSet.h"
 
 namespace VELMAR {
 
@@ -148,10 +149,11 @@ long LongOf(const char* begin, const char* end) {
 int IntegerOf(const char* begin, const char* end) { return static_cast<int>(LongOf(begin, end)); }
 
 // As strtod: what is too large becomes infinite, what is too small zero.
-double RealOf(const char* begin, const char* end) {
+double RealOf(const char* begin, const char* end, bool& isInRange) {
   const char* number = *begin == '+' ? begin + 1 : begin;
   double value = 0;
-  if (std::from_chars(number, end, value).ec != std::errc::result_out_of_range) return value;
+  isInRange = std::from_chars(number, end, value).ec != std::errc::result_out_of_range;
+  if (isInRange) return value;
   // Not zero, and out of range in the direction that the place of the first significant digit and the exponent tell.
   const char* mantissaEnd = std::find_if(number, end, [](char c) { return c == 'E' || c == 'e'; });
   const long exponent = mantissaEnd == end ? 0 : LongOf(mantissaEnd + 1, end);
@@ -167,6 +169,13 @@ template <class Value, class... Arguments>
 Value* AddElement(ExpAttribute* aggregate, Arguments&&... arguments) {
   if (aggregate == nullptr) return nullptr;
   return AddOwned(*aggregate, std::make_unique<Value>(std::forward<Arguments>(arguments)...));
+}
+
+// Whether an INTEGER is one of 64 bits as a real number.
+bool FitsReal(const char* begin, const char* end) {
+  bool isInRange = true;
+  if (end - begin > std::numeric_limits<double>::max_exponent10) RealOf(begin, end, isInRange);
+  return isInRange;
 }
 
 // Whether an INTEGER is one of 32 bits.
@@ -251,6 +260,12 @@ UnknownEntity* AsUnknown(ExpEntity* entity) {
 
 }  // namespace
 
+// What is to be said of a file as a whole, where everything is kept.
+struct Parser::Remarks {
+  std::set<std::string> types;  // of which a record has been reported
+  NumberSet references;         // the numbers that are referred to
+};
+
 Parser::Parser(Scanner* scanner)
     : scanner_(scanner),
       errors_(new Errors),
@@ -269,12 +284,14 @@ Parser::~Parser() { delete errors_; }
 
 void Parser::Parse() {
   const KnownClasses known;
+  if (keepsEverything_) remarks_ = std::make_unique<Remarks>();
   dummy_.text = "Dummy Token";
   dummy_.length = 11;
   t_ = la_ = &dummy_;
   Get();
   Part21();
   Expect(Token::EoF);
+  if (keepsEverything_) RemarkOnReferences();
 }
 
 void Parser::Get() {
@@ -372,9 +389,12 @@ void Parser::headerEntityList() {
 void Parser::headerEntity(std::set<std::string>& names) {
   ExpEntity* entity = nullptr;
   simpleRecord(entity, Place::Header, recordName_);
-  if (keepsEverything_ && entity != nullptr && AsUnknown(entity) == nullptr &&
-      !names.insert(recordName_).second) {
-    Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
+  if (keepsEverything_ && entity != nullptr) {
+    if (AsUnknown(entity) != nullptr) {
+      RemarkOnRecord(recordName_, "the header has no entity " + recordName_ + "; its record is kept by position");
+    } else if (!names.insert(recordName_).second) {
+      Warn(*t_, "of two records " + recordName_ + " in the header, one is not kept");
+    }
   }
   while (!StartOf(kEndsInstance)) {
     SynErr(kNotInHeaderEntity);
@@ -510,8 +530,14 @@ void Parser::simpleRecord(ExpEntity*& entity, Place place, std::string& name) {
     levels_.clear();
   }
   if (keepsEverything_ && entity != nullptr) {
-    if (reached < 0) reached = inComplex ? entity->GetExternalMappingStartIndex() : 0;
-    for (const int end = entity->GetNofExplicitMembers(); reached < end; ++reached) {
+    const int first = inComplex ? entity->GetExternalMappingStartIndex() : 0;
+    const int end = entity->GetNofExplicitMembers();
+    if (reached < 0) reached = first;
+    if (reached != end && AsUnknown(entity) == nullptr) {
+      RemarkOnRecord(name, "a record " + name + " has " + std::to_string(reached - first) + " parameters, and its type " +
+                               std::to_string(end - first) + " attributes");
+    }
+    for (; reached < end; ++reached) {
       ExpAttribute* missing = entity->GetMember(reached);
       if (missing != nullptr && !missing->IsOmitted()) missing->SetNotProvided(true);
     }
@@ -714,12 +740,17 @@ void Parser::untypedParameter(Family family, ExpAttribute* target) {
       break;
     }
     case Token::Real: {
-      const double value = RealOf(begin, end);
+      bool isInRange = true;
+      const double value = RealOf(begin, end, isInRange);
+      if (keepsEverything_ && !isInRange) {
+        Warn(*t_, "a real number does not fit 64 bits and becomes " + std::string(value == 0 ? "0" : "infinite"));
+      }
       isElement ? (void)AddElement<ExpReal>(target, value) : target->SetExpReal(value);
       break;
     }
     case Token::EntityInstanceName: {
       const int number = NumberOf(*t_);
+      if (keepsEverything_) remarks_->references.Insert(number);
       isElement ? (void)AddElement<ExpLink>(target, number) : target->SetExpLink(number);
       break;
     }
@@ -830,7 +861,9 @@ bool Parser::Takes(ExpAttribute& attribute) const {
   const ClassKind kind = KnownClasses::KindOf(attribute);
   if (kind == ClassKind::Select) return true;
   if (kind == ClassKind::Binary || token == Token::Binary) return false;
-  if (kind == ClassKind::Real) return token == Token::Real || token == Token::Integer;
+  if (kind == ClassKind::Real) {
+    return token == Token::Real || (token == Token::Integer && FitsReal(la_->text, la_->text + la_->length));
+  }
   if (token == Token::Integer && !FitsInteger(la_->text, la_->text + la_->length)) return false;
   switch (kind) {
     case ClassKind::Integer:
@@ -856,7 +889,8 @@ void Parser::KeepToken(Family family, ExpAttribute* target, std::string text) co
   } else if (auto* select = dynamic_cast<ExpSelect*>(target)) {
     KeptToken::SelectIn(*select, std::make_unique<KeptToken>(std::move(text)));
   } else if (dynamic_cast<ExpReal*>(target) != nullptr) {  // an INTEGER
-    target->SetExpReal(RealOf(text.data(), text.data() + text.size()));
+    bool isInRange = true;  // Takes has seen to that
+    target->SetExpReal(RealOf(text.data(), text.data() + text.size(), isInRange));
   } else if (text == "$") {
     target->SetNotProvided(true);
   } else if (text == "*") {
@@ -866,6 +900,27 @@ void Parser::KeepToken(Family family, ExpAttribute* target, std::string text) co
 
 void Parser::Warn(const Lexeme& at, const std::string& text) {
   errors_->Warning(at.line, at.col, std::wstring(text.begin(), text.end()).c_str());
+}
+
+// Says something of a record of the type, and of those that follow nothing more: there may be as many as instances. It is no
+// warning at a place, which is about what is lost.
+void Parser::RemarkOnRecord(const std::string& type, const std::string& text) {
+  if (remarks_->types.insert(type).second) Remark(text + " (line " + std::to_string(t_->line) + ")");
+}
+
+void Parser::Remark(const std::string& text) { errors_->Warning(std::wstring(text.begin(), text.end()).c_str()); }
+
+void Parser::RemarkOnReferences() {
+  constexpr std::size_t kNamed = 3;
+  std::size_t missing = 0;
+  std::string names;
+  remarks_->references.ForEach([&](int number) {
+    if (provider_->GetEntity(number) != nullptr) return;
+    if (++missing <= kNamed) names += (names.empty() ? "#" : ", #") + std::to_string(number);
+  });
+  if (missing == 0) return;
+  Remark("of the instances that are referred to, " + std::to_string(missing) + " are not there: " + names +
+         (missing > kNamed ? ", ..." : ""));
 }
 
 // The number of an instance name, raised by the offset.

@@ -105,7 +105,8 @@ class VELMAR_API ExpFile : public ExpAbstractObjectProvider {
   /// (GetKeptValue gives those); records of types that CreateEntity does not know, also in complex instances and in the
   /// header; the `!` of user-defined types. Attributes without a parameter are not provided. Writing gives real
   /// numbers the digits that they need to be read as the same number, and writes `$` where a value has no Part 21 form.
-  /// (ISO 10303-21, exchange structure.) What cannot be kept, a second instance with a number for instance, is logged.
+  /// (ISO 10303-21, exchange structure.) What cannot be kept, a second instance with a number for instance, is logged; also which types
+  /// have records with more or fewer parameters than attributes, and how many of the instances that are referred to are not there.
   ///
   /// Elements of the kinds that the default drops are values that ExpAttributeVisitor has no operation for, except for
   /// enumerations; they are written by ToString. An instance of an unknown type is an entity with a select for each

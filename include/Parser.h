@@ -134,6 +134,9 @@ class VELMAR_API Parser {
   void KeepToken(Family family, ExpAttribute* target, std::string text) const;
   bool IsInTypedParameter() const { return !levels_.empty() && !levels_.back().isList; }
   void Warn(const Lexeme& at, const std::string& text);
+  void RemarkOnRecord(const std::string& type, const std::string& text);
+  void Remark(const std::string& text);
+  void RemarkOnReferences();
 
   Scanner* scanner_;
   Errors* errors_;
@@ -154,6 +157,8 @@ class VELMAR_API Parser {
   std::string partName_;
   std::string text_;
   bool hasReportedFailure_ = false;
+  struct Remarks;
+  std::unique_ptr<Remarks> remarks_;  // where everything is kept
 };
 
 }  // namespace VELMAR

@@ -61,11 +61,23 @@ const std::string& Explained(const std::string& text) {
   return explained == kTexts.end() ? text : explained->second;
 }
 
-// Adds what the library says of a place, which is about syntax, or about what is not kept. The walk over the file finds instances with
-// the same number, and numbers that are too great, and knows more about them.
+// Whether the library says of a place what the walk over the file finds again, and knows more about: real numbers out of range,
+// instances with the same number, and numbers that are too great.
+bool IsFoundAgain(const std::string& text) {
+  return BeginsWith(text, "a real number does not fit ") || BeginsWith(text, "there is a second #") ||
+         text.find(" is too great a number") != std::string::npos;
+}
+
+// Whether the library says something of the whole file that the walk knows more about: references that lead nowhere, records that do
+// not fit their type, or have none.
+bool IsRemark(const std::string& text) {
+  return BeginsWith(text, "of the instances that are referred to, ") || BeginsWith(text, "a record ") ||
+         BeginsWith(text, "the header has no entity ");
+}
+
+// Adds what the library says of a place, which is about syntax, or about what is not kept.
 void AddPlaced(Findings& findings, Place place, const std::string& text) {
-  const bool isOfNumber = BeginsWith(text, "there is a second #") || text.find(" is too great a number") != std::string::npos;
-  if (isOfNumber) return;
+  if (IsFoundAgain(text)) return;
   const bool isScope = BeginsWith(text, "the scope of #");
   const bool isRecord = BeginsWith(text, "of two records ") || BeginsWith(text, "there is a second record ");
   const std::size_t number = text.find('#');
@@ -89,11 +101,15 @@ void LibraryLog::Write(const std::string& message, const VELMAR::ExpLogLevel& le
   int column = 0;
   int length = 0;
   if (std::sscanf(text.c_str(), "-- line %d col %d: %n", &line, &column, &length) == 2 && length > 0) {
+    hasRemarks_ = true;
     AddPlaced(findings_, {line, column}, text.substr(static_cast<std::size_t>(length)));
   } else if (level == VELMAR::ExpLogException) {
     const std::string reason = Reason(text);
     findings_.Add(reason.find("holds no record") != std::string::npos ? Code::kEmptyHeader : Code::kGivenUp,
                   reason);
+    hasRemarks_ = true;
+  } else if (IsRemark(text)) {
+    hasRemarks_ = true;
   }
 }
 

@@ -23,8 +23,12 @@ class LibraryLog : public VELMAR::ExpAbstractLogger {
   /// Why the file could not be read, or not to its end; empty where it could.
   const std::string& Unreadable() const { return unreadable_; }
 
+  /// Whether it said anything of the file's content, be it a finding or something that LossFinder knows more about.
+  bool HasRemarks() const { return hasRemarks_; }
+
  private:
   Findings& findings_;
+  bool hasRemarks_ = false;
   std::string unreadable_;
 };
 

@@ -23,7 +23,7 @@ class ExpEntityRuntimeType;
 namespace velmar {
 
 /// Walks once more over a file that has been read, and compares its records with the schema and with what the population could
-/// keep of them.
+/// keep of them. Finds nothing where reading met nothing unusual, see Population::ReadAndReport.
 class LossFinder {
  public:
   LossFinder(Population& population, Findings& findings);

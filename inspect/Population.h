@@ -62,6 +62,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   ///   cannot be stored; real numbers beyond 64 bits; records that are there twice;
   /// - warnings: records with too few parameters; scopes; further records of the header; a fallback
   ///   schema that cannot be loaded.
+  /// The text is gone over a second time only where something of that has been met.
   /// Throws std::runtime_error where the file cannot be read to its end, or the library of its schema cannot
   /// be loaded.
   void ReadAndReport(const std::string& path, Findings& findings, const Progress& progress = {});
@@ -104,6 +105,7 @@ class Population : public VELMAR::ExpFixedSchemaFile {
   std::map<std::string, std::size_t> unknownTypes_;
   std::vector<UnresolvedReference> unresolved_;
   std::set<int> repeated_;  // the numbers that were used more than once
+  bool hasOddNumbers_ = false;  // such as #0
   std::string schemaOfFile_;
   bool isInHeader_ = false;      // while that is read
   bool wasGivenSchema_ = false;  // by the header of the file, be it empty
