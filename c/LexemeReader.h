@@ -8,13 +8,14 @@
 
 namespace VELMAR {
 
-/// Reads the tokens of a scanner one by one. Strings may hold any code point, as for the parser. Does not own the scanner, of which
-/// nobody else asks for tokens meanwhile.
+/// Reads the tokens of a scanner one by one, of any length. Strings may hold any code point, as for the parser. Does not own the
+/// scanner, of which nobody else asks for tokens meanwhile.
 class LexemeReader {
  public:
   /// The first token is the current one.
   explicit LexemeReader(Scanner& scanner) : scanner_(scanner) {
     scanner_.KeepSupplementaryCharacters();
+    scanner_.AllowLongTokens();
     Next();
   }
 

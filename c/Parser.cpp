@@ -284,7 +284,10 @@ Parser::~Parser() { delete errors_; }
 
 void Parser::Parse() {
   const KnownClasses known;
-  if (keepsEverything_) remarks_ = std::make_unique<Remarks>();
+  if (keepsEverything_) {
+    remarks_ = std::make_unique<Remarks>();
+    scanner_->AllowLongTokens();
+  }
   dummy_.text = "Dummy Token";
   dummy_.length = 11;
   t_ = la_ = &dummy_;

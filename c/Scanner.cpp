@@ -486,32 +486,39 @@ class Scanner::Arena {
  public:
   static constexpr std::size_t kBlockSize = 128 * 1024;
 
-  Arena() { AddBlock(); }
+  Arena() { AddBlock(kBlockSize); }
 
   // Null where the current block has no room left.
   void* Allocate(std::size_t bytes) {
     const std::size_t begin = (used_ + alignof(Token) - 1) / alignof(Token) * alignof(Token);
-    if (begin + bytes > kBlockSize) return nullptr;
+    if (begin + bytes > blocks_.back().size) return nullptr;
     used_ = begin + bytes;
-    return blocks_.back().get() + begin;
+    return blocks_.back().bytes.get() + begin;
   }
 
-  void AddBlock() {
-    blocks_.emplace_back(new char[kBlockSize]);
+  // Of this size, or larger.
+  void AddBlock(std::size_t atLeast) {
+    const std::size_t size = std::max(atLeast, kBlockSize);
+    blocks_.push_back({std::unique_ptr<char[]>(new char[size]), size});
     used_ = 0;
   }
 
   // Frees the blocks before the one that holds `kept`.
   void FreeBefore(const void* kept) {
-    const auto holds = [kept](const std::unique_ptr<char[]>& block) {
+    const auto holds = [kept](const Block& block) {
       const std::less_equal<const void*> lessEqual;
-      return lessEqual(block.get(), kept) && lessEqual(kept, block.get() + kBlockSize - 1);
+      return lessEqual(block.bytes.get(), kept) && lessEqual(kept, block.bytes.get() + block.size - 1);
     };
     while (blocks_.size() > 1 && !holds(blocks_.front())) blocks_.pop_front();
   }
 
  private:
-  std::deque<std::unique_ptr<char[]>> blocks_;
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    std::size_t size;
+  };
+
+  std::deque<Block> blocks_;
   std::size_t used_ = 0;
 };
 
@@ -652,15 +659,16 @@ const Scanner::Lexeme& Scanner::PeekedLexeme() {
   return lexeme;
 }
 
-void Scanner::CreateHeapBlock() {
+// A block of at least this size.
+void Scanner::CreateHeapBlock(std::size_t size) {
   arena_->FreeBefore(tokens_);
-  arena_->AddBlock();
+  arena_->AddBlock(size);
 }
 
 Token* Scanner::CreateToken() {
   void* memory = arena_->Allocate(sizeof(Token));
   if (memory == nullptr) {
-    CreateHeapBlock();
+    CreateHeapBlock(sizeof(Token));
     memory = arena_->Allocate(sizeof(Token));
   }
   return new (memory) Token;
@@ -671,10 +679,10 @@ void Scanner::AppendVal(Token* token, const Lexeme& lexeme) {
   void* memory = arena_->Allocate(bytes);
   std::unique_ptr<wchar_t[]> wide;
   if (memory == nullptr && bytes <= Arena::kBlockSize) {
-    CreateHeapBlock();
+    CreateHeapBlock(bytes);
     memory = arena_->Allocate(bytes);
   }
-  if (memory == nullptr) {  // UTF-8 that is longer in bytes than it is in characters
+  if (memory == nullptr) {  // long, or UTF-8 that is longer in bytes than it is in characters
     wide.reset(new wchar_t[lexeme.length + 1]);
   }
   auto* text = memory == nullptr ? wide.get() : static_cast<wchar_t*>(memory);
@@ -696,7 +704,7 @@ void Scanner::AppendVal(Token* token, const Lexeme& lexeme) {
     const std::size_t size = static_cast<std::size_t>(end - text) * sizeof(wchar_t);
     memory = arena_->Allocate(size);
     if (memory == nullptr) {
-      CreateHeapBlock();
+      CreateHeapBlock(size);
       memory = arena_->Allocate(size);
     }
     std::memcpy(memory, text, size);
@@ -839,7 +847,7 @@ inline void Scanner::EndText(Lexeme& lexeme) {
     lexeme.text = lexeme.kept.data();
     lexeme.length = lexeme.kept.size();
   }
-  if (lexeme.length <= kMaxTokenLength) return;
+  if (lexeme.length <= kMaxTokenLength || allowsLongTokens_) return;
   std::size_t characters = lexeme.length;
   for (std::size_t i = 0; utf8_ && i < lexeme.length; ++i) {
     if (IsContinuation(static_cast<unsigned char>(lexeme.text[i]))) --characters;

@@ -100,7 +100,7 @@ class VELMAR_API ExpFile : public ExpAbstractObjectProvider {
   /// Whether reading keeps all that a file has, and writing writes all of it. Initially not: then what docs/limits.md
   /// lists is dropped. Concerns what is read and written from now on; what has been kept stays.
   ///
-  /// Kept are: BINARY values; `$`, `*` and enumeration items in aggregates; whatever stands in typed parameters, the empty list
+  /// Kept are: tokens of any length; BINARY values; `$`, `*` and enumeration items in aggregates; whatever stands in typed parameters, the empty list
   /// too; integers beyond 32 bits; parameters that their attribute does not take, or beyond the last attribute
   /// (GetKeptValue gives those); records of types that CreateEntity does not know, also in complex instances and in the
   /// header; the `!` of user-defined types. Attributes without a parameter are not provided. Writing gives real

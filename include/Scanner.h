@@ -223,7 +223,7 @@ class VELMAR_API KeywordMap {
 /// White space and comments stand between tokens; what is no token comes out as a token of the kind Invalid. Strings keep
 /// their apostrophes and escapes. A file that begins with the UTF-8 byte order mark is read as UTF-8, any other byte by
 /// byte. Three conditions end the process with exit status 1 and a message on standard output: a file that cannot be
-/// opened, a damaged byte order mark, and a token of more than 32,767 characters.
+/// opened, a damaged byte order mark, and, unless AllowLongTokens was called, a token of more than 32,767 characters.
 class VELMAR_API Scanner {
  public:
   /// Scans a memory block, which is copied.
@@ -235,6 +235,9 @@ class VELMAR_API Scanner {
   ~Scanner();
   Scanner(const Scanner&) = delete;
   Scanner& operator=(const Scanner&) = delete;
+
+  /// From now on tokens may be of any length.
+  void AllowLongTokens() { allowsLongTokens_ = true; }
 
   /// The next token; after the last, tokens of the kind EoF.
   Token* Scan();
@@ -318,7 +321,7 @@ class VELMAR_API Scanner {
   Token* NewToken();
   Token* CreateToken();
   void AppendVal(Token* token, const Lexeme& lexeme);
-  void CreateHeapBlock();
+  void CreateHeapBlock(std::size_t size);
 
   std::unique_ptr<Buffer> buffer_;
   const unsigned char* cur_ = nullptr;        // the current character
@@ -327,6 +330,7 @@ class VELMAR_API Scanner {
   bool inText_ = false;
   bool utf8_ = false;
   bool keepSupplementary_ = false;
+  bool allowsLongTokens_ = false;
   bool ended_ = false;  // before the end of the input
   std::string failure_;
   int line_ = 1;

@@ -1,14 +1,17 @@
 #include "Checking.h"
 
+#include <cerrno>
+#include <exception>
 #include <memory>
 #include <stdexcept>
 
 #include "DataDictionary.h"
+#include "ExpFile.h"
 #include "FileChecker.h"
 #include "Input.h"
 #include "LibraryLog.h"
+#include "Parser.h"
 #include "Part21Source.h"
-#include "Population.h"
 #include "WrittenInstances.h"
 
 namespace velmar {
@@ -43,13 +46,22 @@ bool CheckSyntax(const std::string& path, Findings& findings, const Progress& pr
     findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
     return false;
   }
-  const BeingRead reading(path);
+  const File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
   std::string unreadable;
   {
     const LibraryLog log(findings);
     ReportedProgress read(progress, progress ? ExpectedInstances(path) : 0);
-    SyntaxOnly file(read);
-    file.Read(path);
+    SyntaxOnly provider(read);
+    VELMAR::Scanner scanner(file.get());
+    scanner.AllowLongTokens();
+    VELMAR::Parser parser(&scanner);
+    parser.SetProvider(&provider);
+    try {
+      parser.Parse();
+    } catch (const std::exception& error) {  // there is no record in the header, or not enough memory
+      VELMAR::ExpLogger::WriteLine(error.what(), VELMAR::ExpLogException);
+    }
     unreadable = log.Unreadable();
   }
   if (!unreadable.empty()) throw std::runtime_error(path + " cannot be read: " + unreadable);
@@ -66,7 +78,6 @@ Findings CheckFile(const std::string& path, const SchemaChoice& options, const P
   const std::unique_ptr<DataDictionary> dictionary = LoadDictionaryOf(source.Path(), options, findings);
   if (dictionary == nullptr) return findings;
 
-  const BeingRead reading(path);
   FileChecker checker(*dictionary, findings);
   const auto learn = [&checker](const WrittenInstance& instance) { checker.Learn(instance); };
   const auto check = [&checker](const WrittenInstance& instance) { checker.Check(instance); };

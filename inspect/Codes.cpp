@@ -39,9 +39,9 @@ const std::vector<CodeInfo>& Rows() {
        "Nothing of "
        "the file is kept.",
        "#1073741824=COLOUR();\n", "#1073741823=COLOUR();\n"},
-      {Code::kLongToken, kError, "token too long",
-       "A token, mostly a string, has more than 32,767 characters. Reading ends there, and the program with "
-       "it.",
+      {Code::kLongToken, kWarning, "long token",
+       "A token, mostly a string, takes more than 32,767 bytes. velmar reads it; other programs may not, applications on this library that "
+       "do not keep everything among them.",
        nullptr, nullptr},
       {Code::kUnsupportedSchema, kError, "schema not supported",
        "There is no schema library for the schema that FILE_SCHEMA names. --schema reads the file with "
@@ -92,8 +92,9 @@ const std::vector<CodeInfo>& Rows() {
        "The library with types that the file's own schema lacks cannot be loaded. Such types are unknown "
        "then.",
        nullptr, nullptr},
-      {Code::kLongString, kWarning, "string too long when it is written",
-       "With its escapes the string has more than 32,767 characters, which ends the program that reads it.",
+      {Code::kLongString, kWarning, "long string when it is written",
+       "With its escapes the string takes more than 32,767 characters. velmar reads it; other programs may not, applications on this "
+       "library that do not keep everything among them.",
        nullptr, nullptr},
       {Code::kNotWritten, kError, "output not written",
        "Nothing was written, because of the reason given; what was there is left as it was.", nullptr,

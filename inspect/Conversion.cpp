@@ -40,6 +40,7 @@ bool IsLoss(const Finding& finding) {
     case Code::kTooFewParameters:
     case Code::kNumberZero:
     case Code::kFallbackLibrary:
+    case Code::kLongString:
       return false;
     default:
       return true;
@@ -79,18 +80,6 @@ std::uint64_t SizeOf(const VelmarFiles::TextBuffer& buffer) {
   return size;
 }
 
-// Throws std::runtime_error where a string is too long for the scanner, which would end the process.
-void RequireReadableStrings(const std::string& part21) {
-  constexpr std::size_t kLongest = 32767;  // with its apostrophes
-  std::size_t begin = part21.find('\'');
-  while (begin != std::string::npos) {
-    std::size_t end = part21.find('\'', begin + 1);
-    while (part21.compare(end, 2, "''") == 0) end = part21.find('\'', end + 2);
-    if (end - begin >= kLongest) throw std::runtime_error("a string takes more than 32,767 characters in Part 21");
-    begin = part21.find('\'', end + 1);
-  }
-}
-
 void WritePart21(Population& file, VelmarFiles::TextBuffer& buffer, const Progress& progress, std::uint64_t expectedSize) {
   CountingBuffer counter(buffer, progress, expectedSize);
   std::ostream stream(&counter);
@@ -113,7 +102,6 @@ std::string TakeText(Population& file, const Progress& progress, std::uint64_t e
     part21.reserve(size);
     for (const std::string& block : buffer.Blocks()) part21 += block;
   }
-  RequireReadableStrings(part21);
   return part21;
 }
 

@@ -63,7 +63,6 @@ Text Extract(const std::string& path, const std::vector<std::int64_t>& numbers, 
     partOf[instance.number] = parts.size();
     parts.push_back({instance.number, instance.begin, instance.end, first, references.size()});
   };
-  const BeingRead reading(path);
   const int dataBegin = ForEachWrittenInstance(source.Path(), ValuesRead::All, note, all.Part(source.Share(), kShareOfReading));
   if (dataBegin < 0) ThrowNoData(path);
 
@@ -113,9 +112,9 @@ Text Merge(const std::vector<std::string>& paths, const Progress& progress) {
     }
     const File file = Open(source.Path());
     if (file == nullptr) ThrowUnreadable(path, errno);
-    const BeingRead reading(path);
     ReportedProgress passed(ofFile.Part(source.Share(), 1), static_cast<double>(contents.size()));
     VELMAR::Scanner scanner(file.get());
+    scanner.AllowLongTokens();
     std::int64_t highest = offset;
     std::size_t done = 0;  // so much of the contents has been copied, or passed over
     bool inData = false;

@@ -6,6 +6,7 @@
 
 #include "Diagnostics.h"
 #include "ExpUtilities.h"
+#include "Input.h"
 #include "NumberRules.h"
 #include "StepStringRules.h"
 
@@ -101,6 +102,12 @@ std::string NatureOf(const Domain& domain) {
 std::string Expected(const Domain& domain) {
   const std::string nature = NatureOf(domain);
   return domain.text + (nature.empty() ? "" : " (" + nature + ")");
+}
+
+// In bytes.
+std::size_t LengthOfToken(const WrittenValue& value) {
+  const bool isQuoted = value.kind == Kind::String || value.kind == Kind::Binary;
+  return value.text.size() + (isQuoted ? 2 : value.kind == Kind::Reference ? 1 : 0);
 }
 
 template <class Value>
@@ -228,7 +235,8 @@ void FileChecker::Add(Code code, Place where, std::string text, std::string hint
 // "did you mean 'VECTOR'?" where one of the names is near; for the first mistakes alone, as it takes its time.
 std::string FileChecker::HintFor(const std::string& name, const std::vector<std::string>& names) {
   constexpr int kMostHints = 1000;
-  return ++hints_ > kMostHints ? "" : VELMAR::Express::DidYouMean(name, names);
+  constexpr std::size_t kLongestName = 1000;
+  return name.size() > kLongestName || ++hints_ > kMostHints ? "" : VELMAR::Express::DidYouMean(name, names);
 }
 
 void FileChecker::Check(const WrittenInstance& instance) {
@@ -268,6 +276,7 @@ void FileChecker::CheckHeaderRecord(const WrittenRecord& record) {
     }
     CheckCount(record, rule.parameters);
   }
+  CheckTokens(record, nullptr, 0);
   for (const WrittenValue& value : record.values) {
     if (value.kind == Kind::String) CheckString(value, Domain());
   }
@@ -296,25 +305,28 @@ bool FileChecker::CheckNumber(std::int64_t number, Place where) {
   return number > 0 && number <= kGreatestInstance;
 }
 
-// The range of the numbers in a record, wherever they stand. `first` is the index of its first attribute in the rule.
-void FileChecker::CheckNumerals(const WrittenRecord& record, const EntityRule* rule, std::size_t first) {
+// The length of the tokens in a record, and the range of its numbers, wherever they stand. `first` is the index of its first attribute in
+// the rule.
+void FileChecker::CheckTokens(const WrittenRecord& record, const EntityRule* rule, std::size_t first) {
   constexpr std::size_t kSurelyInRange = 9;  // digits of an instance number
-  for (const WrittenValue& value : record.values) {
-    const std::string& text = value.text;
-    std::string becomes;
-    if (value.kind == Kind::Reference) {
-      if (text.size() <= kSurelyInRange && text[0] != '0') continue;
-    } else if (value.kind == Kind::Real) {
-      becomes = BeyondRange(text);
-      if (becomes.empty()) continue;
-    } else {
-      continue;
-    }
+  const auto lookAt = [&](const WrittenValue& value) {
     const std::size_t attribute = first + value.parameter;
     attribute_ = rule != nullptr && attribute < rule->attributes.size() ? &rule->attributes[attribute].name : nullptr;
-    if (becomes.empty()) {
+  };
+  for (const WrittenValue& value : record.values) {
+    const std::string& text = value.text;
+    if (const std::size_t length = LengthOfToken(value); length > kLongestCommonToken) {
+      lookAt(value);
+      Add(Code::kLongToken, value.where,
+          "a token of " + std::to_string(length) + " bytes; other programs may read no more than " + std::to_string(kLongestCommonToken));
+    }
+    if (value.kind == Kind::Reference && (text.size() > kSurelyInRange || text[0] == '0')) {
+      lookAt(value);
       CheckNumber(InstanceNumber(text.data(), text.data() + text.size()), value.where);
-    } else {
+    } else if (value.kind == Kind::Real) {
+      const std::string becomes = BeyondRange(text);
+      if (becomes.empty()) continue;
+      lookAt(value);
       Add(Code::kRealRange, value.where, "the real number does not fit 64 bits and becomes " + becomes);
     }
   }
@@ -337,7 +349,7 @@ void FileChecker::CheckRecord(const WrittenInstance& instance, const WrittenReco
   attribute_ = nullptr;
   const EntityRule* rule = dictionary_.Find(record.type);
   const std::size_t first = rule != nullptr && instance.isComplex ? rule->firstOwn : 0;
-  CheckNumerals(record, rule, first);
+  CheckTokens(record, rule, first);
   if (rule == nullptr) {
     const auto unknown = unknown_.find(record.type);
     if (unknown == unknown_.end()) return;  // said already

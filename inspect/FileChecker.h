@@ -45,7 +45,7 @@ class FileChecker {
   void CheckHeaderRecord(const WrittenRecord& record);
   void CheckCount(const WrittenRecord& record, std::size_t expected);
   bool CheckNumber(std::int64_t number, Place where);
-  void CheckNumerals(const WrittenRecord& record, const EntityRule* rule, std::size_t first);
+  void CheckTokens(const WrittenRecord& record, const EntityRule* rule, std::size_t first);
   bool IsDerivedBy(const Kinds& kinds, const AttributeRule& attribute) const;
   void CheckParameter(const AttributeRule& attribute, bool isDerived, std::size_t at);
 

@@ -8,7 +8,19 @@
 
 namespace velmar {
 
+namespace {
+
+// Names and values in a file, which messages repeat, may be of any length. In bytes.
+constexpr std::size_t kLongestText = 1000;
+
+}  // namespace
+
 void Findings::Add(Finding finding) {
+  if (finding.text.size() > kLongestText) {
+    std::size_t end = kLongestText;
+    while (end > 0 && (finding.text[end] & 0xC0) == 0x80) --end;  // within a character
+    finding.text = finding.text.substr(0, end) + "...";
+  }
   if (finding.severity == Severity::kError) ++errors_;
   if (finding.place.line == 0) {
     general_.push_back(std::move(finding));

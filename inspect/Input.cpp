@@ -131,78 +131,6 @@ std::size_t EndOfWholeCharacters(const std::string& utf8) {
   return lead + length <= utf8.size() ? utf8.size() : lead;
 }
 
-// Follows the tokens of a text, one character after the other, as far as their lengths go.
-class TokenMeter {
- public:
-  // Of the token that has become too long; {0, 0} before that.
-  Place Long() const { return length_ > kLongestToken ? begin_ : Place{0, 0}; }
-
-  void Take(int c, Place place) {
-    switch (in_) {
-      case In::String:
-      case In::Binary:
-        ++length_;
-        if (c == (in_ == In::String ? '\'' : '"')) in_ = in_ == In::String ? In::StringEnd : In::Nothing;
-        break;
-      case In::StringEnd:  // two apostrophes stand for one
-        if (c == '\'') {
-          in_ = In::String;
-          ++length_;
-        } else {
-          Begin(c, place);
-        }
-        break;
-      case In::Word:
-        if (IsOfWord(c)) {
-          ++length_;
-        } else {
-          Begin(c, place);
-        }
-        break;
-      case In::Slash:
-        if (c == '*') {
-          in_ = In::Comment;
-          depth_ = 1;
-        } else if (c == '/') {
-          in_ = In::LineComment;
-        } else {
-          Begin(c, place);
-        }
-        break;
-      case In::LineComment:
-        if (c == '\n') in_ = In::Nothing;
-        break;
-      case In::Comment:
-        if (before_ == '*' && c == '/') --depth_;
-        if (before_ == '/' && c == '*') ++depth_;
-        if (depth_ == 0) in_ = In::Nothing;
-        before_ = (before_ == '*' && c == '/') || (before_ == '/' && c == '*') ? 0 : c;
-        return;
-      case In::Nothing:
-        Begin(c, place);
-        break;
-    }
-    before_ = 0;
-  }
-
- private:
-  enum class In { Nothing, Word, String, StringEnd, Binary, Slash, LineComment, Comment };
-
-  static bool IsOfWord(int c) { return std::isalnum(c) != 0 || std::strchr("_-+.#&!", c) != nullptr; }
-
-  void Begin(int c, Place place) {
-    begin_ = place;
-    length_ = 1;
-    in_ = c == '\'' ? In::String : c == '"' ? In::Binary : c == '/' ? In::Slash : IsOfWord(c) ? In::Word : In::Nothing;
-  }
-
-  In in_ = In::Nothing;
-  Place begin_ = {0, 0};
-  std::size_t length_ = 0;
-  int before_ = 0;  // in a comment
-  int depth_ = 0;   // of comments within comments
-};
-
 }  // namespace
 
 File Open(const std::string& path) {
@@ -262,22 +190,6 @@ std::uint64_t FileSize(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0) ThrowUnreadable(path, errno);
   return static_cast<std::uint64_t>(status.st_size);
-}
-
-Place FindLongToken(const std::string& path) {
-  const File file = Open(path);
-  if (file == nullptr) return {0, 0};
-  const bool characters = HasByteOrderMark(file.get());
-  LineReader reader(file.get());
-  TokenMeter meter;
-  Place place = {1, 0};
-  for (int c = reader.Get(); c != EOF && meter.Long().line == 0; c = reader.Get()) {
-    if (characters && IsContinuation(static_cast<char>(c))) continue;
-    ++place.column;
-    meter.Take(c, place);
-    if (c == '\n') place = {place.line + 1, 0};
-  }
-  return meter.Long();
 }
 
 std::vector<Excerpt> ReadExcerpts(const std::string& path, const std::vector<Place>& places) {

@@ -15,8 +15,8 @@ namespace velmar {
 /// The longest file that the library reads: 2^31 - 1 bytes.
 constexpr std::uint64_t kLongestFile = 2147483647;
 
-/// The longest token that the library reads, in characters.
-constexpr std::size_t kLongestToken = 32767;
+/// The longest token that every application on the library reads, in characters. Those that keep everything, as we do, read any.
+constexpr std::size_t kLongestCommonToken = 32767;
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -60,10 +60,6 @@ struct Excerpt {
   std::string text;
   std::size_t caret;
 };
-
-/// Where the first token of more than 32,767 characters begins, at which the library ends the process; {0, 0} where there is
-/// none, or the file cannot be read.
-Place FindLongToken(const std::string& path);
 
 /// One excerpt for each place; the places are sorted. Reads the file once, up to the last of them. Lines end
 /// at LF, at CR LF and at a CR alone.

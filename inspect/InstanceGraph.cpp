@@ -41,7 +41,6 @@ int InstanceGraph::TypeOf(const std::vector<const WrittenRecord*>& records, bool
 }
 
 void InstanceGraph::Read(const std::string& path, bool isSecond, const DataDictionary* dictionary, const Progress& progress) {
-  const BeingRead reading(path);
   const std::size_t firstNode = nodes_.size();
   const std::size_t firstReference = references_.size();
   std::vector<std::int64_t> targets;

@@ -33,9 +33,10 @@ using VELMAR::Token;
 
 // Whether the text is one token of these kinds, and nothing else. One with a carriage return is read as another, with a line feed.
 bool IsToken(const std::string& text, std::initializer_list<int> kinds) {
-  if (text.empty() || text.size() > kLongestToken || text[0] == '\xEF') return false;
+  if (text.empty() || text[0] == '\xEF') return false;
   if (text.find('\0') != std::string::npos || text.find('\r') != std::string::npos) return false;
   VELMAR::Scanner scanner(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  scanner.AllowLongTokens();
   const Token* token = scanner.Scan();
   const bool isOfKind = std::find(kinds.begin(), kinds.end(), token->kind) != kinds.end();
   return isOfKind && std::wcslen(token->val) == text.size() && scanner.Scan()->kind == Token::EoF;
@@ -210,7 +211,6 @@ class JsonReader {
   }
   bool number_float(double, const std::string& text) {
     isBehindNumber_ = true;
-    if (text.size() >= kLongestToken) Fail("the number is too long");
     if (text.find_first_of(".eE") == std::string::npos) return Integer(text, text[0] == '-' ? -1 : kGreatestInstance + 1);
     return Plain(RealOfJson(text));
   }
@@ -492,14 +492,7 @@ class JsonReader {
     return true;
   }
 
-  std::string Encoded(const std::string& text) const {
-    std::string encoded = '\'' + VELMAR::ConvertUtf8ToSTEPString(text) + '\'';
-    if (encoded.size() > kLongestToken) {
-      Fail(fmt::format("the string takes {} characters in Part 21, which reads {} at most", Grouped(encoded.size()),
-                       Grouped(kLongestToken)));
-    }
-    return encoded;
-  }
+  static std::string Encoded(const std::string& text) { return '\'' + VELMAR::ConvertUtf8ToSTEPString(text) + '\''; }
 
   void UseSchema(const std::string& name) {
     if (VELMAR::IsBundledSchema(name)) VELMAR::LoadBundledSchema(name);

@@ -18,8 +18,6 @@ namespace velmar {
 
 namespace {
 
-const char* fileBeingRead = nullptr;
-
 constexpr double kShareOfReading = 0.9;  // of the time until all is known of a file, where it is as it should be
 
 // Gives a variable a value for as long as it lives.
@@ -47,11 +45,6 @@ bool IsHeaderType(const std::string& name) {
   return name == "FILE_DESCRIPTION" || name == "FILE_NAME" || name == "FILE_SCHEMA";
 }
 
-const char* FileBeingRead() { return fileBeingRead; }
-
-BeingRead::BeingRead(const std::string& path) { fileBeingRead = path.c_str(); }
-BeingRead::~BeingRead() { fileBeingRead = nullptr; }
-
 Population::Population(const ReadingOptions& options)
     : ExpFixedSchemaFile(options.lateBoundSchema),
       isLateBound_(!options.lateBoundSchema.empty()),
@@ -77,7 +70,6 @@ void Population::ReadAndReport(const std::string& path, Findings& findings, cons
     return;
   }
 
-  const BeingRead reading(path);
   ReportedProgress reported(progress);
   std::string unreadable;
   bool hasRemarks = false;

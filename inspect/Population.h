@@ -35,19 +35,6 @@ struct UnresolvedReference {
 /// Whether the header has records of this type: FILE_DESCRIPTION, FILE_NAME, FILE_SCHEMA.
 bool IsHeaderType(const std::string& name);
 
-/// The path of the file that is being read; null while none is. For whoever says why the process ends: the
-/// library ends it where a token is too long.
-const char* FileBeingRead();
-
-/// While it lives, the file of this path is the one that is being read.
-class BeingRead {
- public:
-  explicit BeingRead(const std::string& path);
-  ~BeingRead();
-  BeingRead(const BeingRead&) = delete;
-  BeingRead& operator=(const BeingRead&) = delete;
-};
-
 /// A file that keeps everything, and notes while it is read which types its schema lacks. Schema libraries are loaded when it
 /// needs them: that of its schema, and that of the fallback schema when it meets a type that its schema
 /// lacks. A schema that was loaded at run time takes the place of both.

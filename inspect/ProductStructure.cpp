@@ -600,11 +600,8 @@ ProductStructure ReadProductStructure(const std::string& path, const SchemaChoic
     dictionary = DictionaryOfText(kCommonEntities);
   }
   Reader reader(*dictionary, findings);
-  {
-    const BeingRead reading(path);
-    ForEachWrittenInstance(
-        source.Path(), ValuesRead::All, [&reader](const WrittenInstance& instance) { reader.Take(instance); }, read.Part(kShareOfSyntax, 1));
-  }
+  ForEachWrittenInstance(
+      source.Path(), ValuesRead::All, [&reader](const WrittenInstance& instance) { reader.Take(instance); }, read.Part(kShareOfSyntax, 1));
   ProductStructure structure = reader.Structure();
   findings.Sort();
   return structure;

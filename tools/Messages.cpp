@@ -70,15 +70,6 @@ void Print(Findings& findings) { PrintTo(stderr, findings, kPrinted, false); }
 
 void PrintAsData(Findings& findings, std::size_t most) { PrintTo(stdout, findings, most, true); }
 
-void SayWhereReadingEnded() {
-  if (FileBeingRead() == nullptr) return;
-  // The catalogue may be gone already.
-  Findings findings(FileBeingRead());
-  findings.Add({Code::kLongToken, Severity::kError, FindLongToken(FileBeingRead()), 0, "",
-                "a token of more than 32,767 characters begins here; the file cannot be read", ""});
-  Print(findings);
-}
-
 int Finish(Findings& findings, bool isQuiet) {
   FlushOutput();
   const int status = findings.Errors() == 0 ? kDone : kFileHasErrors;

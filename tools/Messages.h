@@ -38,8 +38,4 @@ void Say(const std::string& text) noexcept;
 /// Prints `velmar: error: text` to standard error and returns kCannotRun.
 int CannotRun(const std::string& text);
 
-/// Says in which file, if the process ends while one is being read, because a token of it is too long: for
-/// std::atexit.
-void SayWhereReadingEnded();
-
 }  // namespace velmar

@@ -10,12 +10,12 @@
 #include "Commands.h"
 #include "Conversion.h"
 #include "FileFormats.h"
+#include "LongStrings.h"
 #include "Messages.h"
 #include "Options.h"
 #include "ProgressBar.h"
 #include "Reading.h"
 #include "Renumbering.h"
-#include "UnreadableValues.h"
 #include "Wording.h"
 
 namespace velmar {
@@ -47,7 +47,7 @@ int Convert(const ConvertOptions& options) {
   Reading& reading = ReadForGood(in, readingOptions);
   Population& file = reading.GetPopulation();
   Findings& findings = reading.GetFindings();
-  ReportUnreadableValues(file, findings);
+  ReportLongStrings(file, findings);
   const bool hasErrors = findings.Errors() != 0;
   why = WhyNotWritten(reading, out);
   if (!why.empty()) findings.Add(Code::kNotWritten, why);

@@ -76,7 +76,6 @@ int RunProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::atexit(velmar::SayWhereReadingEnded);
   std::signal(SIGXFSZ,
               SIG_IGN);  // a file that grows beyond its limit is an error of writing, as a full disk is
   int status = velmar::kDone;

@@ -416,6 +416,14 @@ TEST(KeepEverything, RealNumbersOutOfRangeAreLogged) {
   EXPECT_THAT(log.text, Not(HasSubstr("line 9 col 8")));
 }
 
+TEST(KeepEverything, TokensMayBeOfAnyLength) {
+  const std::string text(1000000, 'x');
+  const std::string name(100000, 'N');
+  const std::string digits(100000, '7');
+  const std::string record = name + "('" + text + "', ." + name + "., " + digits + ", \"0" + digits + "\", #1, " + name + "(1))";
+  EXPECT_EQ(Kept(record), record);
+}
+
 TEST(KeepEverything, AnIntegerThatIsNoRealNumberIsKeptBesideARealAttribute) {
   const std::string digits(400, '7');
   EXPECT_EQ(Kept("LIBRARY_KINDS(" + digits + ", $, .RED.)"), "LIBRARY_KINDS(" + digits + ", $, .RED.)");

@@ -943,6 +943,18 @@ INSTANTIATE_TEST_SUITE_P(
                     TooLong{"VeryLongString", "'" + std::string(3000000, 'x') + "'"}),
     [](const auto& info) { return std::string(info.param.name); });
 
+TEST_P(ScannerTooLong, IsReadWhereLongTokensAreAllowed) {
+  for (const Source source : AllSources()) {
+    ScannerOver scanner(GetParam().input + " B", source);
+    scanner->AllowLongTokens();
+    std::size_t longest = 0;
+    for (const Token* token = scanner->Scan(); token->kind != 0; token = scanner->Scan()) {
+      longest = std::max(longest, std::wcslen(token->val));
+    }
+    EXPECT_GT(longest, static_cast<std::size_t>(kLongestToken)) << NameOf(source);
+  }
+}
+
 TEST(ScannerHardStop, TheLengthOfAUtf8TokenIsCountedInCodePoints) {
   std::string text = "'";
   for (int i = 0; i < kLongestToken - 2; ++i) text += Utf8(0x4E00);

@@ -110,40 +110,6 @@ TEST(ReadExcerpts, ColumnsAreCharactersInAFileWithAByteOrderMarkAndBytesInOthers
   EXPECT_EQ(Excerpts("\xC3\xA4x", {{1, 3}}), Texts{"\xC3\xA4^x"});
 }
 
-// "line:column" of the token that is too long.
-std::string LongTokenIn(const std::string& text) {
-  TemporaryDirectory directory;
-  const Place place = FindLongToken(WriteFile(directory.Path("f"), text));
-  return std::to_string(place.line) + ":" + std::to_string(place.column);
-}
-
-TEST(FindLongToken, IsTheFirstOfMoreThan32767Characters) {
-  const std::string most(32765, 'x');
-  const std::string whole = "'" + most + "'";
-  EXPECT_EQ(LongTokenIn("#1=A(" + whole + "," + whole + ");"), "0:0");
-  EXPECT_EQ(LongTokenIn("#1=A(" + whole + ");\r\n#2=A(\r'x" + most + "');"), "3:1");
-  EXPECT_EQ(LongTokenIn("#1=A('it''s" + most + "');"), "1:6");
-  EXPECT_EQ(LongTokenIn("#1=A(\"0" + most + "\");"), "1:6");
-  EXPECT_EQ(LongTokenIn("#1=A(1." + std::string(32766, '0') + ");"), "1:6");
-  EXPECT_EQ(LongTokenIn("#1=A(1." + std::string(32765, '0') + ");"), "0:0");
-}
-
-TEST(FindLongToken, IsNotInComments) {
-  const std::string much = std::string(40000, 'x') + "'";
-  EXPECT_EQ(LongTokenIn("/*" + much + "*/#1=A();"), "0:0");
-  EXPECT_EQ(LongTokenIn("/*/* */" + much + "*/#1=A();"), "0:0");
-  EXPECT_EQ(LongTokenIn("//" + much + "\n" + much), "2:1");
-  EXPECT_EQ(LongTokenIn("/*'*/" + much), "1:6");
-}
-
-TEST(FindLongToken, CountsCharactersInAFileWithAByteOrderMark) {
-  std::string umlauts;
-  for (int i = 0; i < 32765; ++i) umlauts += "\xC3\xA4";
-  EXPECT_EQ(LongTokenIn("\xEF\xBB\xBF'" + umlauts + "'"), "0:0");
-  EXPECT_EQ(LongTokenIn("\xEF\xBB\xBF'\xC3\xA4" + umlauts + "'"), "1:1");
-  EXPECT_EQ(LongTokenIn("'" + umlauts + "'"), "1:1");
-}
-
 TEST(IsUtf8, AcceptsWholeAndCutOffSequencesButNoStrayBytes) {
   EXPECT_TRUE(IsUtf8("plain"));
   EXPECT_TRUE(IsUtf8("\xC3\xA4\xF0\x9F\x98\x80"));

@@ -112,13 +112,6 @@ TEST_F(ProgressOnATerminal, LeavesTheLineToMessages) {
   const auto shown = OnATerminal({kVelmar, "info", WriteFile(directory.Path("in.stp"), FileWith(kPoint)), missing}, terminal);
   EXPECT_THAT(shown, HasSubstr("reading ["));
   EXPECT_THAT(shown, HasSubstr(" \rvelmar: error: " + missing + " does not exist\n"));
-
-  const std::string longToken = FileWith(kPoint + "#2=COLOUR('" + std::string(40000, 'x') + "');\n");
-  for (const char* command : {"info", "check", "tree"}) {
-    const auto ended = OnATerminal({kVelmar, command, WriteFile(directory.Path("long.stp"), longToken)}, terminal);
-    EXPECT_THAT(ended, HasSubstr("ing ["));
-    EXPECT_THAT(ended, HasSubstr(" \r" + directory.Path("long.stp") + ":9:11: error: a token of more than 32,767 characters begins here;"));
-  }
 }
 
 }  // namespace

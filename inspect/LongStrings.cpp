@@ -1,4 +1,4 @@
-#include "UnreadableValues.h"
+#include "LongStrings.h"
 
 #include <fmt/format.h>
 
@@ -68,9 +68,9 @@ class Finder : public VELMAR::ExpAttributeVisitor {
 
  private:
   void VisitExpString(VELMAR::ExpString* value) override {
-    if (value->GetExpString().size() * kMostForAByte <= kLongestToken - 2) return;
+    if (value->GetExpString().size() * kMostForAByte <= kLongestCommonToken - 2) return;
     try {
-      if (value->ToString().size() > kLongestToken) ++longStrings_;
+      if (value->ToString().size() > kLongestCommonToken) ++longStrings_;
     } catch (const std::string&) {  // it cannot be written either, and writing says so
     }
   }
@@ -85,7 +85,7 @@ class Finder : public VELMAR::ExpAttributeVisitor {
 
 }  // namespace
 
-void ReportUnreadableValues(Population& file, Findings& findings) {
+void ReportLongStrings(Population& file, Findings& findings) {
   Finder finder;
   std::list<ExpEntity*> header;
   for (const char* type : {"FILE_DESCRIPTION", "FILE_NAME", "FILE_SCHEMA"})
@@ -105,8 +105,8 @@ void ReportUnreadableValues(Population& file, Findings& findings) {
   if (finder.strings.count > 0) {
     findings.Add(
         Code::kLongString,
-        fmt::format("{} written with more than {} characters, which ends the program that reads it: {}",
-                    Counted(finder.strings.count, "string"), Grouped(kLongestToken), finder.strings.Where()));
+        fmt::format("{} written with more than {} characters, which other programs may not read: {}",
+                    Counted(finder.strings.count, "string"), Grouped(kLongestCommonToken), finder.strings.Where()));
   }
 }
 
