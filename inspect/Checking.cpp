@@ -1,6 +1,5 @@
 #include "Checking.h"
 
-#include <cerrno>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -43,11 +42,10 @@ constexpr double kShareOfTypes = 0.25;
 bool CheckSyntax(const std::string& path, Findings& findings, const Progress& progress) {
   RequireReadable(path);
   if (HasDamagedByteOrderMark(path)) {
-    findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
+    findings.Add(Code::kByteOrderMark, {1, 1}, kDamagedByteOrderMark);
     return false;
   }
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
+  const File file = OpenPart21(path);
   std::string unreadable;
   {
     const LibraryLog log(findings);

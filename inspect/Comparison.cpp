@@ -137,8 +137,8 @@ class Comparer {
       : dictionary_(dictionary), graph_(first, second, dictionary, progress), texts_{InstanceText(first), InstanceText(second)} {}
 
   Comparison Run(bool withHeader, const Progress& progress) {
-    if (withHeader) CompareHeaders();
     pairing_ = PairInstances(graph_, progress);
+    if (withHeader) CompareHeaders();  // which may have references, though it should not
     std::vector<std::pair<int, int>> all = std::move(pairing_.pairs);  // -1 for the second where there is none
     for (const int node : pairing_.removed) all.emplace_back(node, -1);
     std::sort(all.begin(), all.end());

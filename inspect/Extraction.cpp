@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
@@ -110,8 +109,7 @@ Text Merge(const std::vector<std::string>& paths, const Progress& progress) {
       throw std::runtime_error(fmt::format("{} has the schema '{}', {} '{}': they make no file of one schema", paths.front(),
                                            schema, path, name));
     }
-    const File file = Open(source.Path());
-    if (file == nullptr) ThrowUnreadable(path, errno);
+    const File file = OpenPart21(source.Path());
     ReportedProgress passed(ofFile.Part(source.Share(), 1), static_cast<double>(contents.size()));
     VELMAR::Scanner scanner(file.get());
     scanner.AllowLongTokens();

@@ -186,6 +186,13 @@ bool HasDamagedByteOrderMark(const std::string& path) {
   return start[0] == '\xEF' && std::memcmp(start, "\xEF\xBB\xBF", 3) != 0;
 }
 
+File OpenPart21(const std::string& path) {
+  if (HasDamagedByteOrderMark(path)) throw std::runtime_error(path + " cannot be read: " + kDamagedByteOrderMark);
+  File file = Open(path);
+  if (file == nullptr) ThrowUnreadable(path, errno);
+  return file;
+}
+
 std::uint64_t FileSize(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0) ThrowUnreadable(path, errno);

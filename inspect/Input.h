@@ -44,6 +44,11 @@ std::string ContentsOf(const std::string& path);
 /// Whether the file begins with a byte that begins the UTF-8 byte order mark, but not with the whole mark.
 /// Throws std::runtime_error where it cannot be read.
 bool HasDamagedByteOrderMark(const std::string& path);
+constexpr const char* kDamagedByteOrderMark = "damaged byte order mark: EF is not followed by BB BF";
+
+/// The file, for a Scanner, which would end the process at a damaged byte order mark. Throws std::runtime_error where there is one, or
+/// the file cannot be opened.
+File OpenPart21(const std::string& path);
 
 /// The size in bytes. Throws std::runtime_error where the file cannot be asked.
 std::uint64_t FileSize(const std::string& path);

@@ -66,7 +66,7 @@ void Population::ReadAndReport(const std::string& path, Findings& findings, cons
   wasGivenSchema_ = false;
   hasOddNumbers_ = false;
   if (HasDamagedByteOrderMark(path)) {
-    findings.Add(Code::kByteOrderMark, {1, 1}, "damaged byte order mark: EF is not followed by BB BF");
+    findings.Add(Code::kByteOrderMark, {1, 1}, kDamagedByteOrderMark);
     return;
   }
 

@@ -39,8 +39,7 @@ bool IsNumeral(WrittenValue::Kind kind) {
 
 int ForEach(const std::string& path, ValuesRead wanted, bool (InstanceReader::*read)(WrittenInstance&, ValuesRead),
             const std::function<void(const WrittenInstance&)>& action, const Progress& progress) {
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
+  const File file = OpenPart21(path);
   ReportedProgress passed(progress, progress ? static_cast<double>(FileSize(path)) : 0);
   errno = 0;
   VELMAR::Scanner scanner(file.get());
@@ -336,8 +335,7 @@ void ForEachInstanceOf(const std::string& part21, const std::function<void(const
 }
 
 NamedSchema SchemaNamedIn(const std::string& path) {
-  const File file = Open(path);
-  if (file == nullptr) ThrowUnreadable(path, errno);
+  const File file = OpenPart21(path);
   errno = 0;
   VELMAR::Scanner scanner(file.get());
   InstanceReader reader(scanner);

@@ -156,6 +156,19 @@ TEST_F(Comparing, TheHeaderCountsUnlessItIsLeftOut) {
   EXPECT_TRUE(CompareWhole(FileWith(""), after, false).IsSame());
 }
 
+TEST_F(Comparing, ReferencesInTheHeaderAreCompared) {
+  const auto file = [](const std::string& reference, const std::string& data) {
+    std::string text = FileWith(data);
+    const std::string schema = "FILE_SCHEMA(";
+    return text.replace(text.find(schema), 0, "EXTRA(" + reference + ");\n");
+  };
+  EXPECT_TRUE(CompareWhole(file("#1", "#1=A('x',$);\n#2=A('y',$);\n"), file("#7", "#7=A('x',$);\n#8=A('y',$);\n")).IsSame());
+  const Comparison comparison = CompareWhole(file("#1", "#1=A('x',$);\n#2=A('y',$);\n"), file("#8", "#7=A('x',$);\n#8=A('y',$);\n"));
+  ASSERT_EQ(comparison.header.size(), 1u);
+  EXPECT_EQ(comparison.header[0].type, "EXTRA");
+  EXPECT_EQ(comparison.header[0].values[0].after, "#8");
+}
+
 TEST_F(Comparing, ParametersThatAreMissingAreShown) {
   EXPECT_THAT(Differences("#1=A('x',1.);\n", "#1=A('x');\n"), ElementsAre("changed #1 #1 A.w 1. "));
 }

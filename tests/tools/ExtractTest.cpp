@@ -132,6 +132,20 @@ TEST_F(ExtractAndMergeOfJson, DoNotWritePart21UnderTheNameOfAnotherFormat) {
   }
 }
 
+TEST_F(MergeFiles, WithADamagedByteOrderMarkAreNotRead) {
+  WriteFile(directory_.Path("in.stp"), FileWith(kPoint));
+  WriteFile(directory_.Path("damaged.stp"), "\xEF\xBB" + FileWith(kPoint));
+  const std::string error = "velmar: error: damaged.stp cannot be read: damaged byte order mark: EF is not followed by BB BF\n";
+  for (const std::vector<std::string>& command :
+       std::vector<std::vector<std::string>>{{"merge", "in.stp", "damaged.stp", "-o", "out.stp"}, {"extract", "damaged.stp", "1", "-o", "out.stp"}}) {
+    const Outcome outcome = Velmar(command);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, error);
+    EXPECT_FALSE(std::filesystem::exists(directory_.Path("out.stp")));
+  }
+}
+
 TEST_F(MergeFiles, WithTokensOfAnyLength) {
   const std::string instance = "COLOUR('" + std::string(40000, 'x') + "');\n";
   WriteFile(directory_.Path("in.stp"), FileWith(kPoint));
