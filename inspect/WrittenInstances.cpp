@@ -144,7 +144,7 @@ void InstanceReader::ReadRecords(WrittenInstance& instance, ValuesRead wanted) {
     instance.isComplex = true;
     Next();
     while (isWhole && (Is(Token::Ident) || Is(Token::Exclamation))) isWhole = ReadRecord(instance, wanted);
-    isWhole = isWhole && Is(Token::RightParenthesis);
+    isWhole = isWhole && !instance.records.empty() && Is(Token::RightParenthesis);
     if (isWhole) Next();
   } else {
     isWhole = ReadRecord(instance, wanted);

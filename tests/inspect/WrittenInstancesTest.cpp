@@ -212,6 +212,10 @@ TEST(WrittenInstances, WithMistakesAreReadToTheMistakeWhereThatIsWanted) {
   EXPECT_THAT(ReadAny(InFile("#1=&SCOPE #2=B(; ENDSCOPE A;\n")), ElementsAre("2 B()!", "1 A()!"));
 }
 
+TEST(WrittenInstances, AreMistakesWhereTheyAreComplexAndHaveNoRecord) {
+  EXPECT_EQ(ReadAny("DATA;#1=();#2=(A());"), (std::vector<std::string>{"1!", "2 A()"}));
+}
+
 TEST(InstanceNumber, IsTheGreatestForAllThatAreGreater) {
   const auto numberOf = [](const std::string& digits) { return InstanceNumber(digits.data(), digits.data() + digits.size()); };
   EXPECT_EQ(numberOf("0"), 0);
