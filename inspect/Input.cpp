@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>

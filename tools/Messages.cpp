@@ -11,7 +11,6 @@
 
 #include "Colours.h"
 #include "Input.h"
-#include "Population.h"
 #include "ProgressBar.h"
 #include "Wording.h"
 
